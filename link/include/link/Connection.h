@@ -1,0 +1,21 @@
+// Opening the chosen port, deciding whether the link may be used for upgrading, and closing it.
+#pragma once
+
+#include <string>
+
+namespace tarnwick {
+
+/// The chosen port's name, such as "COM5"; empty means that the user chose none.
+extern std::string gComPort;
+
+/// Opens `gComPort` and tests the link; a hand control is tested and locked. True when the link is
+/// usable. Shows its own messages.
+bool OpenConnection();
+
+/// Closes the port, open or not.
+void CloseConnection();
+
+/// Locks the hand control where the link runs through one; on a direct link does nothing.
+void LockHandControl();
+
+}  // namespace tarnwick

@@ -1,0 +1,118 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <new>
+#include <stdexcept>
+
+namespace tarnwick::files {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::error_code LastError() { return {errno, std::generic_category()}; }
+
+/// A file descriptor that closes itself.
+class Descriptor {
+ public:
+  explicit Descriptor(int fd) : mFd(fd) {}
+  ~Descriptor() { Close(); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int Get() const { return mFd; }
+  int Close() {
+    const int fd = mFd;
+    mFd = -1;
+    return fd >= 0 ? ::close(fd) : 0;
+  }
+
+ private:
+  int mFd;
+};
+
+bool ReadAll(int fd, std::string& content) {
+  std::size_t done = 0;
+  while (done < content.size()) {
+    const ssize_t got = ::read(fd, content.data() + done, content.size() - done);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return false;
+    if (got == 0) break;
+    done += static_cast<std::size_t>(got);
+  }
+  content.resize(done);
+  return true;
+}
+
+std::error_code WriteAll(int fd, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t put = ::write(fd, content.data(), content.size());
+    if (put < 0 && errno == EINTR) continue;
+    if (put < 0) return LastError();
+    content.remove_prefix(static_cast<std::size_t>(put));
+  }
+  return {};
+}
+
+/// Flushes the folder, so that the renaming itself survives a power cut. Best effort: some file
+/// systems refuse it, and the file is in place either way.
+void FlushFolder(const fs::path& folder) {
+  const Descriptor fd(::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (fd.Get() >= 0) ::fsync(fd.Get());
+}
+
+std::error_code WriteBeside(const fs::path& target, std::string_view content, std::string& temporary) {
+  temporary = target.string() + ".XXXXXX";
+  Descriptor fd(::mkostemp(temporary.data(), O_CLOEXEC));
+  if (fd.Get() < 0) {
+    temporary.clear();
+    return LastError();
+  }
+  struct stat old {};
+  const mode_t mode = ::stat(target.c_str(), &old) == 0 ? (old.st_mode & 0777u) : 0644u;
+  if (::fchmod(fd.Get(), mode) != 0) return LastError();
+  if (const std::error_code error = WriteAll(fd.Get(), content)) return error;
+  if (::fsync(fd.Get()) != 0 || fd.Close() != 0) return LastError();
+  return {};
+}
+
+}  // namespace
+
+bool FileExists(const fs::path& path) {
+  std::error_code error;
+  return fs::exists(path, error);
+}
+
+std::optional<std::string> ReadWhole(const fs::path& path, std::uintmax_t limit) {
+  const Descriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat info {};
+  if (fd.Get() < 0 || ::fstat(fd.Get(), &info) != 0 || !S_ISREG(info.st_mode)) return std::nullopt;
+  if (static_cast<std::uintmax_t>(info.st_size) > limit) return std::nullopt;
+  try {
+    std::string content(static_cast<std::size_t>(info.st_size), '\0');
+    if (ReadAll(fd.Get(), content)) return content;
+  } catch (const std::bad_alloc&) {
+  } catch (const std::length_error&) {
+  }
+  return std::nullopt;
+}
+
+std::error_code Replace(const fs::path& path, std::string_view content) {
+  std::error_code noLink;
+  const fs::path real = fs::canonical(path, noLink);
+  const fs::path target = noLink ? path : real;
+  std::string temporary;
+  std::error_code error = WriteBeside(target, content, temporary);
+  if (!error && ::rename(temporary.c_str(), target.c_str()) != 0) error = LastError();
+  if (error) {
+    if (!temporary.empty()) ::unlink(temporary.c_str());
+    return error;
+  }
+  FlushFolder(target.parent_path());
+  return {};
+}
+
+}  // namespace tarnwick::files

@@ -1,0 +1,20 @@
+// Containment of failures: one failed action is dropped and the next one runs.
+#pragma once
+
+#include <utility>
+
+namespace tarnwick {
+
+/// Runs `action`; a failure raised in it goes no further. True when it ran to its end.
+/// Wrap single actions, not sequences: what follows the failed action must still run.
+template <class Action>
+bool Contain(Action&& action) noexcept {
+  try {
+    std::forward<Action>(action)();
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,35 @@
+// Who this program is, where it lies, and how it ends.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace tarnwick::program {
+
+/// Identity of the running program. The file name decides titles, the settings file and the help.
+struct Identity {
+  std::filesystem::path folder;  ///< The portable folder, absolute, no trailing separator.
+  std::string name;              ///< The program's file name without its extension.
+  std::int32_t major = 0;
+  std::int32_t minor = 0;
+  std::int32_t revision = 0;
+};
+
+/// The identity in use: what was set, else read from the running executable once.
+const Identity& This();
+/// Replaces the identity, for programs that drive this one and for tests.
+void Set(Identity identity);
+
+/// "2.2.4"
+std::string VersionText();
+/// The frame's caption at rest: name, two blanks, "v" and the version.
+std::string Caption();
+
+/// Ends the process at once, without returning and without running anything else.
+/// A replacement set with `SetEnd` may return; callers make `End` their last action.
+void End();
+void SetEnd(std::function<void()> end);
+
+}  // namespace tarnwick::program

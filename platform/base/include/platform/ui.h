@@ -1,0 +1,44 @@
+// The user, as the rules of the program see one: boxes to answer, a beep, and pending events.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tarnwick::ui {
+
+/// The buttons of a box, in order. The first is always the default button.
+enum class Buttons { Ok, YesNo, RetryCancel };
+enum class Icon { Exclamation, Critical, Question, Information };
+enum class Answer { Ok, Yes, No, Retry, Cancel };
+
+/// What stands between the rules and the window system. Everything runs on the one thread.
+class IUserInterface {
+ public:
+  virtual ~IUserInterface() = default;
+
+  /// Shows a modal box titled with the program's name and waits for the answer. Closing the box
+  /// by Escape or its close box answers No or Cancel where there is one, else Ok.
+  virtual Answer MessageBox(std::string_view text, Buttons buttons, Icon icon) = 0;
+
+  /// Asks for a line of text. An empty answer is also what cancelling gives.
+  virtual std::string InputBox(std::string_view prompt, std::string_view title,
+                               std::string_view proposed) = 0;
+
+  /// Handles the window system's pending events once; the way long work stays responsive.
+  virtual void PumpEvents() = 0;
+
+  virtual void Beep() = 0;
+};
+
+/// Puts `user` in place; it must outlive its use. Until then boxes answer with their last button
+/// and nothing is shown.
+void Install(IUserInterface& user);
+/// Back to the state before the first `Install`.
+void Uninstall();
+
+Answer MessageBox(std::string_view text, Buttons buttons = Buttons::Ok, Icon icon = Icon::Exclamation);
+std::string InputBox(std::string_view prompt, std::string_view title, std::string_view proposed);
+void PumpEvents();
+void Beep();
+
+}  // namespace tarnwick::ui

@@ -1,0 +1,51 @@
+#include "platform/program.h"
+
+#include <cstdlib>
+#include <optional>
+
+namespace tarnwick::program {
+namespace {
+
+std::optional<Identity> gIdentity;
+std::function<void()> gEnd;
+
+Identity ReadIdentity() {
+  Identity identity{{}, "Tarnwick", TARNWICK_VERSION_MAJOR, TARNWICK_VERSION_MINOR, TARNWICK_VERSION_PATCH};
+  std::error_code error;
+  const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
+  if (error) {
+    identity.folder = std::filesystem::current_path(error);
+  } else {
+    identity.folder = executable.parent_path();
+    identity.name = executable.stem().string();
+  }
+  return identity;
+}
+
+}  // namespace
+
+const Identity& This() {
+  if (!gIdentity) gIdentity = ReadIdentity();
+  return *gIdentity;
+}
+
+void Set(Identity identity) { gIdentity = std::move(identity); }
+
+std::string VersionText() {
+  const Identity& self = This();
+  return std::to_string(self.major) + "." + std::to_string(self.minor) + "." + std::to_string(self.revision);
+}
+
+std::string Caption() { return This().name + "  v" + VersionText(); }
+
+void End() {
+  if (gEnd) {
+    gEnd();
+  } else {
+    std::_Exit(EXIT_SUCCESS);
+  }
+}
+
+void SetEnd(std::function<void()> end) { gEnd = std::move(end); }
+
+}  // namespace tarnwick::program

@@ -1,0 +1,52 @@
+// The program's settings: module globals read from one INI file beside the program at start and
+// written back at exit. There is no settings dialog.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace tarnwick {
+
+class INIfile;
+
+extern bool gDebugFilter4;   ///< The link library traces frames.
+extern bool gDebugFilter6;   ///< The link library traces the port.
+extern bool gModelOverride;  ///< A device's model is not compared with the package's.
+extern bool gBlockOverride;  ///< The user is asked for the block size.
+extern bool gTypeOverride;   ///< Accessories are offered; the firmware page checks no revisions.
+
+extern std::string gDefaultURL;  ///< The built-in update site locator.
+extern std::string gURL;         ///< The locator in use.
+extern std::string DomainUser;
+extern std::string DomainPassword;
+extern std::string DomainName;
+extern std::string DomainPath;
+extern std::string DomainDir;
+
+/// Folder of the firmware packages of the chosen device class, no trailing separator.
+extern std::filesystem::path gFirmwareDir;
+/// The settings document; there only during a read or a write of the file.
+extern std::unique_ptr<INIfile> gIni;
+
+/// All the work of program start: working directory, `gQAL`, settings file, debug filters.
+void LoadSettings();
+/// All the work of program end: settings file, `gQAL` released, link closed if a port is in use.
+void SaveSettings();
+
+/// A locator in its parts. The form is [user ":" password "@"] host "/" path "/" file, where a
+/// backslash counts as "/".
+struct UrlParts {
+  std::string user;
+  std::string password;
+  std::string name;  ///< The host.
+  std::string path;  ///< From the first "/" up to, not including, the last.
+  std::string dir;   ///< From the last "/" to the end.
+};
+UrlParts SplitUrl(std::string_view locator);
+
+/// The locator that applies when the settings file names none: 52 characters.
+std::string BuiltInUrl();
+
+}  // namespace tarnwick

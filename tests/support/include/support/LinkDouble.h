@@ -1,0 +1,169 @@
+// A scripted link library: every call logged, every result scripted, devices as plain values.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "link/LinkLibrary.h"
+
+namespace tarnwick::test {
+
+/// What the double answers for one address.
+struct ScriptedDevice {
+  std::int32_t state = 1;
+  std::int32_t major = 0;
+  std::int32_t minor = 0;
+  std::int32_t model = 0;
+  std::int32_t modelResult = 1;
+  std::int32_t hwRev = 0;
+  std::int32_t hwRevResult = 1;
+  std::int32_t bootHwRev = 0;
+  std::int32_t bootHwRevResult = 1;
+  std::int32_t bootVersion = 2;
+  std::int32_t bootVersionResult = 0;
+  std::map<std::int32_t, std::int32_t> memory;  ///< Word address to value; absent words fail to read.
+};
+
+/// Installs itself for its lifetime. Calls are logged by name and arguments: "getMcState 16".
+/// A running device goes to boot mode when entered, to program state when started, and back to boot
+/// mode when ended, unless the call was made to fail.
+class LinkDouble final : public ILinkLibrary {
+ public:
+  LinkDouble() { InstallLink(*this); }
+  ~LinkDouble() override { UninstallLink(); }
+
+  /// Makes the nth call (from 1) whose name is `name` fail with `result`; 0 for every call.
+  void Fail(const std::string& name, int nth, std::int32_t result = 0) { mFailures[name][nth] = result; }
+
+  std::array<std::int32_t, 3> getDllVersion() override {
+    Log("getDllVersion");
+    return dllVersion;
+  }
+  void debugFilter(std::int32_t filter) override { Log("debugFilter " + std::to_string(filter)); }
+  std::int32_t initSerialCommon(const std::string& port) override {
+    Log("initSerial " + port);
+    return port.empty() ? 0 : openResult;
+  }
+  std::int32_t getSerialMode() override {
+    Log("getSerialMode");
+    return serialMode;
+  }
+  void lockHc() override { Log("lockHc"); }
+  std::int32_t doTestForSkelmirra() override {
+    Log("testSkelmirra");
+    return skelmirraResult;
+  }
+  std::int32_t doTestForUpgradeSupport() override {
+    Log("testUpgradeSupport");
+    return upgradeSupportResult;
+  }
+  std::int32_t getModelCommon(std::int32_t address, std::int32_t& model) override {
+    Log("getModel", address);
+    model = devices[address].model;
+    return devices[address].modelResult;
+  }
+  std::int32_t getMcStateCommon(std::int32_t address, std::int32_t& major, std::int32_t& minor) override {
+    Log("getMcState", address);
+    std::int32_t result = 0;
+    if (Failing("getMcState", result)) return result;
+    const ScriptedDevice& device = devices[address];
+    if (device.state == 1) {
+      major = device.major;
+      minor = device.minor;
+    }
+    return device.state;
+  }
+  std::int32_t getHwRevCommon(std::int32_t address, std::int32_t& revision) override {
+    Log("getHwRev", address);
+    revision = devices[address].hwRev;
+    return devices[address].hwRevResult;
+  }
+  std::int32_t getHwRevFromBootCommon(std::int32_t address, std::int32_t& revision) override {
+    Log("getHwRevFromBoot", address);
+    std::int32_t result = 0;
+    if (Failing("getHwRevFromBoot", result)) return result;
+    revision = devices[address].bootHwRev;
+    return devices[address].bootHwRevResult;
+  }
+  std::int32_t getVersionFromBootCommon(std::int32_t address, std::int32_t& version) override {
+    Log("getVersionFromBoot", address);
+    version = devices[address].bootVersion;
+    return devices[address].bootVersionResult;
+  }
+  std::int32_t readMcProgMemCommon(std::int32_t address, std::int32_t first, std::int32_t last,
+                                   std::span<std::int32_t> words) override {
+    if (logReads) Log("read " + std::to_string(address) + " " + std::to_string(first) + " " + std::to_string(last));
+    ++mCounts["read"];
+    std::int32_t result = 0;
+    if (Failing("read", result, false)) return result;
+    const auto& memory = devices[address].memory;
+    for (std::int32_t word = first; word <= last; ++word) {
+      const auto found = memory.find(word);
+      if (found == memory.end()) return 0;
+      words[static_cast<std::size_t>(word - first)] = found->second;
+    }
+    return 1;
+  }
+  std::int32_t enterBootCommon(std::int32_t address) override { return Move("enterBoot", address, 2); }
+  std::int32_t startProgrammingCommon(std::int32_t address) override { return Move("startProgramming", address, 3); }
+  std::int32_t endProgrammingCommon(std::int32_t address) override { return Move("endProgramming", address, 2); }
+  std::int32_t sendDataCommon(std::int32_t address, std::span<const std::int32_t> elements) override {
+    if (logBlocks) {
+      Log("sendData", address);
+      blocks.emplace_back(elements.begin(), elements.end());
+    }
+    ++mCounts["sendData"];
+    std::int32_t result = 0;
+    const bool failing = Failing("sendData", result, false);
+    if (onSend) onSend();
+    return failing ? result : 1;
+  }
+
+  std::map<std::int32_t, ScriptedDevice> devices;
+  std::array<std::int32_t, 3> dllVersion{1, 2, 3};
+  std::int32_t openResult = 0;
+  std::int32_t serialMode = 0;
+  std::int32_t skelmirraResult = 1;
+  std::int32_t upgradeSupportResult = 0;
+
+  std::vector<std::string> calls;
+  std::vector<std::vector<std::int32_t>> blocks;  ///< Elements of each `sendData`.
+  bool logBlocks = true;                          ///< Off for benchmarks.
+  bool logReads = true;
+  std::function<void()> onSend;                        ///< Runs inside each `sendData`.
+  std::function<void(const std::string&)> log;         ///< Told each call, for tests of one recorded order.
+
+ private:
+  void Log(const std::string& call) {
+    calls.push_back(call);
+    if (log) log(call);
+  }
+  void Log(const std::string& name, std::int32_t address) { Log(name + " " + std::to_string(address)); }
+
+  std::int32_t Move(const std::string& name, std::int32_t address, std::int32_t state) {
+    Log(name, address);
+    std::int32_t result = 0;
+    if (Failing(name, result)) return result;
+    devices[address].state = state;
+    return 1;
+  }
+
+  bool Failing(const std::string& name, std::int32_t& result, bool count = true) {
+    if (mFailures.empty()) return false;
+    if (count) ++mCounts[name];
+    const auto found = mFailures.find(name);
+    if (found == mFailures.end()) return false;
+    auto hit = found->second.find(mCounts[name]);
+    if (hit == found->second.end()) hit = found->second.find(0);
+    if (hit == found->second.end()) return false;
+    result = hit->second;
+    return true;
+  }
+
+  std::map<std::string, std::map<int, std::int32_t>> mFailures;
+  std::map<std::string, int> mCounts;
+};
+
+}  // namespace tarnwick::test
