@@ -9,8 +9,9 @@
 namespace tarnwick {
 
 /// Brings row `index` into program state, sends its image block by block and ends the programming.
-/// True when the image was written. The row's `QalIndex` must not be 0, its `State` and `HwRev` must
-/// be up to date. Shows its own messages; pumps events before every block.
+/// True when the image was written. The row's `State` and `HwRev` must be up to date. Shows its own
+/// messages, pumps events before every block, and stops between blocks when `gCancelProgram` is set.
+/// A row without a usable image is refused with `ImageRefusal`'s text before the first call.
 bool ProgramDevice(std::int32_t index, std::string_view caption, IProgress& progress);
 
 /// True when none of the `count` words from `word` on has both bytes.

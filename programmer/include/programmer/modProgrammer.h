@@ -6,10 +6,10 @@
 
 namespace tarnwick {
 
-extern bool gVerifying;       ///< A verify run is in progress.
-extern bool gCancelVerify;    ///< The user has asked to stop the verify run.
-extern bool gProgramming;     ///< A programming run is in progress.
-extern bool gCancelProgram;   ///< The user has confirmed stopping the programming run.
+extern bool gVerifying;           ///< A verify run is in progress.
+extern bool gCancelVerify;        ///< The user has asked to stop the verify run.
+extern bool gProgramming;         ///< A programming run is in progress.
+extern bool gCancelProgram;       ///< The user has confirmed stopping the programming run.
 extern std::int32_t gTotalWords;  ///< Highest word index being worked on: the progress denominator.
 
 }  // namespace tarnwick

@@ -1,0 +1,122 @@
+#include "programmer/Compatibility.h"
+
+#include "firmware/QALclass.h"
+#include "link/Devices.h"
+#include "platform/ui.h"
+#include "settings/Settings.h"
+
+namespace tarnwick {
+namespace {
+
+enum class Verdict { Pass, OtherModel, OtherRevision, InvalidChange, ConfirmModel, ConfirmModelAtRisk };
+
+bool IsFiveOrSix(std::int32_t number) {
+  return number == 5 || number == 6;
+}
+
+/// The package lists the revisions it is for.
+Verdict JudgeByList(std::int32_t index) {
+  const DeviceEntry& row = gDevices[index];
+  const bool listed = PackageHasHwRev(index);
+  if (row.State == McState::Running) {
+    if (gQAL->ModelNumber() != row.Model) return Verdict::OtherModel;
+    return listed ? Verdict::Pass : Verdict::OtherRevision;
+  }
+  const bool bootRevision = IsFiveOrSix(row.HwRev);
+  if (listed) return bootRevision ? Verdict::Pass : Verdict::ConfirmModelAtRisk;
+  // An old boot loader of hardware 5 or 6 cannot tell the true one; a package for just one is taken.
+  const bool untold = bootRevision && EffectiveHwRev(index) == 0;
+  if (untold && gQAL->HwRevCount() == 1 && IsFiveOrSix(gQAL->HwRevValue(1))) return Verdict::Pass;
+  return Verdict::OtherRevision;
+}
+
+/// The package lists no revisions: it is for hardware that reports none, or 2 for models 5 and 6.
+Verdict JudgeWithoutList(std::int32_t index) {
+  const DeviceEntry& row = gDevices[index];
+  if (row.State == McState::Running) {
+    if (gQAL->ModelNumber() != row.Model) return Verdict::OtherModel;
+    const bool fits = row.HwRev == 0 || (row.HwRev == 2 && IsFiveOrSix(row.Model));
+    return fits ? Verdict::Pass : Verdict::InvalidChange;
+  }
+  const bool mayFit = row.HwRev == 0 || (row.HwRev == 2 && IsFiveOrSix(gQAL->ModelNumber()));
+  return mayFit ? Verdict::ConfirmModel : Verdict::InvalidChange;
+}
+
+bool Refuse(const std::string& text) {
+  ui::MessageBox(text);
+  ui::PumpEvents();
+  return false;
+}
+
+bool Confirm(const std::string& text) {
+  if (ui::MessageBox(text, ui::Buttons::YesNo, ui::Icon::Exclamation) == ui::Answer::Yes) return true;
+  ui::PumpEvents();
+  return false;
+}
+
+bool Announce(Verdict verdict, const std::string& prefix) {
+  const std::string warning =
+      prefix +
+      "Warning: Motor Controller model can not be determined.\r\n\r\n"
+      "Ensure that the appropriate firmware is selected for the device being upgraded.\r\n\r\n";
+  const std::string question = "Do you wish to continue?";
+  switch (verdict) {
+    case Verdict::Pass:
+      return true;
+    case Verdict::OtherModel:
+      return Refuse(prefix + "Model number doesn't match QAL file Model Number");
+    case Verdict::OtherRevision:
+      return Refuse(prefix + "Hardware Revision doesn't match QAL file Hardware Revision");
+    case Verdict::InvalidChange:
+      return Refuse(prefix + "Invalid Change in Hardware Revision ");
+    case Verdict::ConfirmModel:
+      return Confirm(warning + question);
+    case Verdict::ConfirmModelAtRisk:
+      return Confirm(warning +
+                     "Choosing an incorrect model can cause the mount to become unusable --\r\n\r\n"
+                     "contact Halcyrion technical support if you are unsure.\r\n\r\n" +
+                     question);
+  }
+  return false;
+}
+
+}  // namespace
+
+bool CheckCompatibility(std::int32_t index) {
+  ReadDeviceState(index);
+  ReadDeviceHwRev(index);
+  if (gModelOverride || gDeviceClass != 0) return true;
+  const Verdict verdict = gQAL->HwRevCount() >= 1 ? JudgeByList(index) : JudgeWithoutList(index);
+  return Announce(verdict, "[" + gDevices[index].Name + "] ");
+}
+
+bool PackageHasHwRev(std::int32_t index) {
+  const std::int32_t revision = EffectiveHwRev(index);
+  for (std::int32_t k = 1; k <= gQAL->HwRevCount(); ++k) {
+    if (gQAL->HwRevValue(k) == revision) return true;
+  }
+  return false;
+}
+
+void MatchPackageDevices() {
+  for (DeviceEntry& row : gDevices) {
+    row.QalIndex = 0;
+    for (std::int32_t k = 1; k <= gQAL->Devices() && row.QalIndex == 0; ++k) {
+      if (gQAL->DeviceAddress(k) == row.Address) row.QalIndex = k;
+    }
+  }
+}
+
+std::string PackageErrorText() {
+  return "Error " + std::to_string(gQAL->LastError()) + " : " + gQAL->LastErrorMessage() + " at Line " +
+         std::to_string(gQAL->LastErrorLine());
+}
+
+std::string ImageRefusal(std::int32_t index) {
+  if (gQAL->ErrorsFound()) return PackageErrorText();
+  const DeviceEntry& row = gDevices[index];
+  if (row.QalIndex >= 1 && row.QalIndex <= gQAL->Devices()) return {};
+  return "[" + row.Name + "] The selected package holds no firmware for this device";
+}
+
+}  // namespace tarnwick

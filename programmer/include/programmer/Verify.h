@@ -1,0 +1,33 @@
+// Comparing the firmware in a device with the image that the selected package holds for it. Nothing
+// in the device is changed.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+
+#include "programmer/Progress.h"
+
+namespace tarnwick {
+
+/// Why row `index` cannot be verified now, as the user is told; empty when it can. Reads nothing
+/// from the device but the probe of `SupportsVerify`.
+std::string VerifyRefusal(std::int32_t index);
+/// The first refusal among the rows, in order; empty when all can be verified.
+std::string VerifyRefusal(std::span<const std::int32_t> rows);
+
+/// True when the device's firmware lets its program memory be read. Expects a usable image, for the
+/// bus address comes from the package.
+bool SupportsVerify(std::int32_t index);
+
+/// Compares every word that the package fills with the device's. True when all were equal; stops at
+/// the first difference, and between words when `gCancelVerify` is set. Shows its own messages.
+/// Expects that `VerifyRefusal` gave none.
+bool VerifyDevice(std::int32_t index, IProgress& progress);
+
+/// `VerifyDevice` of each row until one fails, with `restoreFrame` after each.
+bool VerifyAll(std::span<const std::int32_t> rows, IProgress& progress,
+               const std::function<void()>& restoreFrame);
+
+}  // namespace tarnwick
