@@ -7,7 +7,9 @@
 namespace tarnwick {
 
 /// The larger of two; on equal values `a`.
-constexpr std::int32_t MaxOf(std::int32_t a, std::int32_t b) { return a >= b ? a : b; }
+constexpr std::int32_t MaxOf(std::int32_t a, std::int32_t b) {
+  return a >= b ? a : b;
+}
 
 struct FrameSize {
   std::int32_t width = 0;

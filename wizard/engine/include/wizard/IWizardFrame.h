@@ -54,7 +54,7 @@ class IWizardFrame {
   /// Moves the input focus to the page's window.
   virtual void FocusPage(IWizardPage& page) = 0;
 
-  /// The title of the frame's window.
+  /// The title of the frame's window. Comes before `LoadFrame`.
   virtual void FrameCaption(const std::string& caption) = 0;
   /// Hourglass pointer over the frame when on, the default one when off.
   virtual void SetWaitPointer(bool on) = 0;
