@@ -14,7 +14,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::error_code LastError() { return {errno, std::generic_category()}; }
+std::error_code LastError() {
+  return {errno, std::generic_category()};
+}
 
 /// A file descriptor that closes itself.
 class Descriptor {
@@ -104,6 +106,9 @@ std::error_code Replace(const fs::path& path, std::string_view content) {
   std::error_code noLink;
   const fs::path real = fs::canonical(path, noLink);
   const fs::path target = noLink ? path : real;
+  if (!noLink && !fs::is_regular_file(target, noLink)) {
+    return std::make_error_code(std::errc::operation_not_permitted);
+  }
   std::string temporary;
   std::error_code error = WriteBeside(target, content, temporary);
   if (!error && ::rename(temporary.c_str(), target.c_str()) != 0) error = LastError();

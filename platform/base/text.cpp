@@ -23,9 +23,13 @@ constexpr std::array<unsigned char, 256> kUpper = [] {
   return table;
 }();
 
-char UpperChar(char c) { return static_cast<char>(kUpper[static_cast<unsigned char>(c)]); }
+char UpperChar(char c) {
+  return static_cast<char>(kUpper[static_cast<unsigned char>(c)]);
+}
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
 
 /// Length of the number at the start of `text` (sign included), 0 when there is none.
 std::size_t NumberLength(std::string_view text) {
@@ -63,7 +67,9 @@ std::string_view TrimRight(std::string_view text) {
   return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
-std::string_view Trim(std::string_view text) { return TrimRight(TrimLeft(text)); }
+std::string_view Trim(std::string_view text) {
+  return TrimRight(TrimLeft(text));
+}
 
 std::string Upper(std::string_view text) {
   std::string result(text);
@@ -94,12 +100,18 @@ bool NextLine(std::string_view& rest, std::string_view& line) {
   return true;
 }
 
+std::string CleanLine(std::string_view line) {
+  std::string clean(line);
+  std::replace_if(
+      clean.begin(), clean.end(), [](char c) { return c == '\r' || c == '\n' || c == '\t'; }, ' ');
+  return std::string(Trim(clean));
+}
+
 KeyValue SplitKeyValue(std::string_view line) {
-  std::string folded(line);
-  std::replace_if(folded.begin(), folded.end(), [](char c) { return c == '\r' || c == '\n' || c == '\t'; }, ' ');
-  const std::string_view all = Trim(folded);
-  const std::size_t equals = all.find('=');
-  if (equals == std::string_view::npos) return {};
+  const std::string clean = CleanLine(line);
+  const std::size_t equals = clean.find('=');
+  if (equals == std::string::npos) return {};
+  const std::string_view all = clean;
   return {Upper(TrimRight(all.substr(0, equals))), std::string(Trim(all.substr(equals + 1)))};
 }
 
@@ -109,7 +121,8 @@ double NumericPrefix(std::string_view text) {
   if (!text.empty() && text.front() == '+') text.remove_prefix(1);
   if (text.empty()) return 0.0;
   double value = 0.0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
+  const auto [end, error] =
+      std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
   if (error != std::errc::result_out_of_range) return value;
   // Only more digits than any type holds get here; a tiny fraction is 0, a huge whole part a bound.
   const bool negative = text.front() == '-';
@@ -123,8 +136,12 @@ bool IsNumeric(std::string_view text) {
   return !text.empty() && NumberLength(text) == text.size();
 }
 
-std::int32_t ToInt32(double value) { return RoundTo<std::int32_t>(value); }
-std::int16_t ToInt16(double value) { return RoundTo<std::int16_t>(value); }
+std::int32_t ToInt32(double value) {
+  return RoundTo<std::int32_t>(value);
+}
+std::int16_t ToInt16(double value) {
+  return RoundTo<std::int16_t>(value);
+}
 
 std::string Fixed2(double value) {
   std::array<char, 400> buffer{};

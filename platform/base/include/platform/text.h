@@ -33,7 +33,11 @@ std::vector<std::string_view> Split(std::string_view text, char separator);
 /// False when no CR LF is left; text behind the last CR LF is no line. `line` views `rest`.
 bool NextLine(std::string_view& rest, std::string_view& line);
 
-/// One "key = value" line, as packages and settings write it. CR, LF and TAB count as blanks.
+/// A line as packages and settings read it: each CR, LF and TAB becomes a blank, then blanks are cut
+/// from both ends.
+std::string CleanLine(std::string_view line);
+
+/// One "key = value" line, as packages and settings write it; cleaned before it is split.
 struct KeyValue {
   std::string key;    ///< Before the first "=", blanks cut, in upper case. Empty without an "=".
   std::string value;  ///< Behind the first "=", blanks cut, case kept.

@@ -1,0 +1,30 @@
+// Shared libraries loaded at run time.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string_view>
+
+namespace tarnwick {
+
+/// A loaded shared library; it is unloaded with its object, and its exports with it.
+class SharedLibrary {
+ public:
+  /// Loads `path`. None when there is no such file, when it is no shared library for this machine, or
+  /// when it is shorter than it says itself: loading a torn file would kill the process.
+  static std::unique_ptr<SharedLibrary> Open(const std::filesystem::path& path);
+
+  ~SharedLibrary();
+  SharedLibrary(const SharedLibrary&) = delete;
+  SharedLibrary& operator=(const SharedLibrary&) = delete;
+
+  /// The export of that decorated name, "name@version"; null when the library has none.
+  void* Find(std::string_view decorated) const;
+
+ private:
+  explicit SharedLibrary(void* handle) : mHandle(handle) {}
+
+  void* mHandle;
+};
+
+}  // namespace tarnwick
