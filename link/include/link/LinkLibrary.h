@@ -6,6 +6,8 @@
 
 #include <array>
 #include <cstdint>
+#include <filesystem>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -56,9 +58,12 @@ class ILinkLibrary {
   virtual std::int32_t endProgrammingCommon(std::int32_t address) = 0;
 };
 
+/// Loads the link library from the file `path`. One that is missing or lacks an export is not used at
+/// all: what comes back then answers each call with its own failure result.
+std::unique_ptr<ILinkLibrary> LoadLinkLibrary(const std::filesystem::path& path);
+
 /// The library in use. Loaded from `Tarnwick.so` in the program's folder at the first call of this,
-/// so that a start that needs no telescope does not pay for it. A library that is missing or lacks
-/// an export is not used at all: each call then gives its own failure result, and opening a port -1.
+/// so that a start that needs no telescope does not pay for it.
 ILinkLibrary& Link();
 
 /// Puts `library` in place of the loaded one; it must outlive its use.

@@ -1,0 +1,56 @@
+#include "link/Connection.h"
+
+#include <string_view>
+
+#include "link/LinkLibrary.h"
+#include "platform/ui.h"
+
+namespace tarnwick {
+namespace {
+
+constexpr std::int32_t kThroughHandControl = 2;
+
+constexpr std::string_view kVirtualPort =
+    "Tarnwick should not be connected to the Skelmirra virtual port.\r\n"
+    "Make a direction connection to a real hand control instead.";
+constexpr std::string_view kHandControlTooOld =
+    "Hand control firmware does not support upgrade interface.\r\n"
+    "Use your mount's PC Port or update the hand control to the latest version.";
+
+/// True when the port opened and a telescope answered on it. Any other result of the library than
+/// those told is a failure without a message.
+bool OpenPort() {
+  const std::int32_t result = Link().initSerialCommon(gComPort);
+  if (result == -1) ui::MessageBox("Error Opening " + gComPort);
+  if (result >= -8 && result <= -2) ui::MessageBox("No Telescope found on " + gComPort);
+  return result == 0;
+}
+
+bool Refuse(std::string_view reason) {
+  CloseConnection();
+  ui::MessageBox(reason);
+  return false;
+}
+
+}  // namespace
+
+std::string gComPort;
+
+bool OpenConnection() {
+  if (!OpenPort()) return false;
+  if (Link().getSerialMode() != kThroughHandControl) return true;
+  if (Link().doTestForSkelmirra() == 0) return Refuse(kVirtualPort);
+  if (Link().doTestForUpgradeSupport() != 0) return Refuse(kHandControlTooOld);
+  Link().lockHc();
+  return true;
+}
+
+void CloseConnection() {
+  Link().initSerialCommon("");
+}
+
+void LockHandControl() {
+  if (Link().getSerialMode() == kThroughHandControl) Link().lockHc();
+}
+
+}  // namespace tarnwick
