@@ -30,13 +30,14 @@ extern std::filesystem::path gFirmwareDir;
 /// The settings document; there only during a read or a write of the file.
 extern std::unique_ptr<INIfile> gIni;
 
-/// All the work of program start: working directory, `gQAL`, settings file, debug filters.
+/// All the work of program start, in this order: working directory, `gQAL`, settings file, debug filters.
 void LoadSettings();
 /// All the work of program end: settings file, `gQAL` released, link closed if a port is in use.
 void SaveSettings();
 
 /// A locator in its parts. The form is [user ":" password "@"] host "/" path "/" file, where a
-/// backslash counts as "/".
+/// backslash counts as "/". Text without any "/" is all host; a ":" behind the "@" belongs to the host
+/// and leaves the password empty.
 struct UrlParts {
   std::string user;
   std::string password;

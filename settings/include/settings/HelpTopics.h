@@ -1,0 +1,12 @@
+// The program's help topics: pages in the folder "help" beside the program.
+#pragma once
+
+#include <string_view>
+
+namespace tarnwick {
+
+/// Shows the page `topic`, such as "Step1.htm". A missing page is no error, and a failure goes no
+/// further than this.
+void ShowHelpTopic(std::string_view topic);
+
+}  // namespace tarnwick
