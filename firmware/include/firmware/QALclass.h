@@ -7,26 +7,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <utility>
+
+#include "firmware/QalPackage.h"
 
 namespace tarnwick {
-
-/// One program memory word of an image.
-struct QalWord {
-  std::optional<std::uint8_t> HiByte;
-  std::optional<std::uint8_t> LoByte;
-  bool NullPadded = false;  ///< A byte of this word was filled on load.
-};
-
-/// One device that a package declares.
-struct QalDevice {
-  std::string Name;
-  std::int32_t Address = 0;
-  std::string RecordID;  ///< Upper case.
-  double Version = 0.0;  ///< major + minor/100, from the tail of the record id.
-  std::int32_t Words = 0;  ///< Highest word index, not a count.
-  std::vector<QalWord> Data;
-};
 
 /// One parsed firmware package. Every load replaces the whole contents and always returns; callers
 /// test `ErrorsFound` before they use an image. Device indices run from 1 to `Devices`, word indices
@@ -34,29 +19,31 @@ struct QalDevice {
 /// for `HwRevValue`.
 class QALclass {
  public:
-  std::int32_t LastError() const { return mLastError; }
+  /// 0 to 8; 0 means none.
+  std::int32_t LastError() const { return static_cast<std::int32_t>(mPackage.Error); }
   /// The text for `LastError`; empty without an error.
   std::string LastErrorMessage() const;
   /// Line of the error, from 1; 0 when the file was not found.
-  std::int32_t LastErrorLine() const { return mLastErrorLine; }
-  double FileVersion() const { return mFileVersion; }
-  const std::string& Filename() const { return mFilename; }
-  /// The path given to the last load. Cleared and set by the load: pass a copy to reload it.
-  const std::filesystem::path& RealFilename() const { return mRealFilename; }
-  const std::string& FileDate() const { return mFileDate; }
-  const std::string& Comments() const { return mComments; }
-  std::int32_t ModelNumber() const { return mModelNumber; }
-  const std::string& ModelName() const { return mModelName; }
+  std::int32_t LastErrorLine() const { return mPackage.ErrorLine; }
+  double FileVersion() const { return mPackage.FileVersion; }
+  const std::string& Filename() const { return mPackage.Filename; }
+  /// The path given to the last load.
+  const std::filesystem::path& RealFilename() const { return mPackage.RealFilename; }
+  const std::string& FileDate() const { return mPackage.FileDate; }
+  const std::string& Comments() const { return mPackage.Comments; }
+  std::int32_t ModelNumber() const { return mPackage.ModelNumber; }
+  const std::string& ModelName() const { return mPackage.ModelName; }
   /// Value of the revision list, unsplit.
-  const std::string& HwRev() const { return mHwRev; }
-  std::int32_t HwRevCount() const;
+  const std::string& HwRev() const { return mPackage.HwRev; }
+  std::int32_t HwRevCount() const { return static_cast<std::int32_t>(mPackage.HwRevValues.size()); }
   /// Revision `index` of the list; 0 outside 1 to `HwRevCount`.
   std::int32_t HwRevValue(std::int32_t index) const;
-  bool ErrorsFound() const { return mErrorsFound; }
-  std::int32_t Devices() const { return static_cast<std::int32_t>(mDevices.size()); }
+  bool ErrorsFound() const { return mPackage.Error != QalError::None; }
+  std::int32_t Devices() const { return static_cast<std::int32_t>(mPackage.Devices.size()); }
 
   const std::string& DeviceName(std::int32_t device) const { return Device(device).Name; }
   void DeviceName(std::int32_t device, std::string name) { Device(device).Name = std::move(name); }
+  /// Bus address.
   std::int32_t DeviceAddress(std::int32_t device) const { return Device(device).Address; }
   void DeviceAddress(std::int32_t device, std::int32_t address) { Device(device).Address = address; }
   const std::string& DeviceRecordID(std::int32_t device) const { return Device(device).RecordID; }
@@ -64,12 +51,15 @@ class QALclass {
   void DeviceVersion(std::int32_t device, double version) { Device(device).Version = version; }
   /// Highest word index of the image.
   std::int32_t DeviceWords(std::int32_t device) const { return Device(device).Words; }
+  /// After a load without errors every word up to `DeviceWords` has both bytes.
   std::optional<std::uint8_t> DeviceHiByte(std::int32_t device, std::int32_t word) const;
   std::optional<std::uint8_t> DeviceLoByte(std::int32_t device, std::int32_t word) const;
+  /// True for a word that no record of the package gave, so that it was filled on load.
   bool DeviceNullPadded(std::int32_t device, std::int32_t word) const;
 
   /// Loads the file `filename`, or, when `text` is not empty, parses `text` as a package and only
-  /// remembers `filename`.
+  /// remembers `filename`. A file that cannot be opened or read, and memory that cannot be had, give
+  /// the error of a file not found and leave no devices.
   void LoadQALfile(std::filesystem::path filename, std::string_view text = {});
 
   /// Value of a string of hexadecimal digits; a character that is none sets the error for it and
@@ -77,21 +67,15 @@ class QALclass {
   std::int32_t HexToLong(std::string_view digits);
 
  private:
-  const QalDevice& Device(std::int32_t device) const { return mDevices[static_cast<std::size_t>(device - 1)]; }
-  QalDevice& Device(std::int32_t device) { return mDevices[static_cast<std::size_t>(device - 1)]; }
+  const QalDevice& Device(std::int32_t device) const {
+    return mPackage.Devices[static_cast<std::size_t>(device - 1)];
+  }
+  QalDevice& Device(std::int32_t device) { return mPackage.Devices[static_cast<std::size_t>(device - 1)]; }
+  /// What a word without a value shows.
+  std::optional<std::uint8_t> Filler(std::uint8_t byte) const;
+  void Load(std::string_view text);
 
-  double mFileVersion = 0.0;
-  std::string mFilename;
-  std::filesystem::path mRealFilename;
-  std::string mFileDate;
-  std::string mComments;
-  std::int32_t mModelNumber = 0;
-  std::string mModelName;
-  std::string mHwRev;
-  bool mErrorsFound = false;
-  std::int32_t mLastError = 0;
-  std::int32_t mLastErrorLine = 0;
-  std::vector<QalDevice> mDevices;
+  QalPackage mPackage;
 };
 
 /// The program's one package: made when the settings are loaded, released when they are saved.

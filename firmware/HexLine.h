@@ -1,0 +1,55 @@
+// One hex line of a package: reading it, and the rules shared with writing one.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "firmware/QalPackage.h"
+
+namespace tarnwick {
+
+/// 0 to 15, or `kNoHexDigit`, whose low four bits are 0: a bad digit counts as 0.
+using HexDigitValue = std::uint16_t;
+inline constexpr HexDigitValue kNoHexDigit = 0x100;
+
+inline constexpr std::array<HexDigitValue, 256> kHexDigits = [] {
+  std::array<HexDigitValue, 256> table{};
+  table.fill(kNoHexDigit);
+  for (unsigned i = 0; i < 10; ++i) table['0' + i] = static_cast<HexDigitValue>(i);
+  for (unsigned i = 10; i < 16; ++i)
+    table['A' + i - 10] = table['a' + i - 10] = static_cast<HexDigitValue>(i);
+  return table;
+}();
+
+inline HexDigitValue HexDigit(char character) {
+  return kHexDigits[static_cast<unsigned char>(character)];
+}
+
+/// The checksum byte of a record, over its bytes from the length to the last data byte.
+std::uint8_t LineCheckSum(std::span<const std::uint8_t> bytes);
+
+/// One record, decoded.
+class HexLine {
+ public:
+  /// Decodes `line`, whose first character is the colon. The fields hold only without an error; an
+  /// invalid type is one.
+  QalError ParseHexLine(std::string_view line);
+
+  /// The end-of-file record, which says nothing.
+  bool EndOfFile() const { return mBytes[3] == 1; }
+  std::size_t FirstWord() const { return (std::size_t{mBytes[1]} << 8 | mBytes[2]) / 2; }
+  /// Data bytes in pairs, low byte first; an odd last one is not among them.
+  std::size_t WordCount() const { return mBytes[0] / 2u; }
+  std::uint8_t LoByte(std::size_t pair) const { return mBytes[kData + 2 * pair]; }
+  std::uint8_t HiByte(std::size_t pair) const { return mBytes[kData + 2 * pair + 1]; }
+
+ private:
+  static constexpr std::size_t kData = 4;  ///< Length, address (2 bytes), type.
+  static constexpr std::size_t kLongest = kData + 255 + 1;
+
+  std::array<std::uint8_t, kLongest> mBytes;  ///< Up to and with the checksum of the last line decoded.
+};
+
+}  // namespace tarnwick
