@@ -1,0 +1,71 @@
+#include "tarnwick/Session.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tarnwick::wire {
+namespace {
+
+using std::chrono::milliseconds;
+
+/// How long each sending of a request waits for the first byte, beside the time on the line.
+constexpr std::array kWaits = {milliseconds(150), milliseconds(150), milliseconds(250),
+                               milliseconds(250), milliseconds(400), milliseconds(400)};
+/// No new sending before the line was quiet for this long: an answer may be trickling in.
+constexpr Duration kQuiet = milliseconds(150);
+
+Duration OnTheLine(std::size_t bytes) {
+  constexpr std::int64_t kBitsPerByte = 10;
+  return Duration(static_cast<std::int64_t>(bytes) * kBitsPerByte * 1'000'000 / kBaseSpeed);
+}
+
+}  // namespace
+
+Session::Session(std::unique_ptr<ISerialPort> port, IClock& clock, std::uint8_t firstSequence)
+    : mPort(std::move(port)), mClock(clock), mSequence(firstSequence) {}
+
+Answer Session::Ask(std::uint8_t address, Command command, Bytes payload, Duration limit) {
+  const Frame request{Kind::Request, command, mSequence++, address, std::move(payload)};
+  const Bytes bytes = Encode(request);
+  const Duration line = OnTheLine(bytes.size() + AnswerLength(request));
+  const Duration end = mClock.Now() + limit;
+  bool busy = false;
+  mReader.Expect(request);
+  for (const milliseconds wait : kWaits) {
+    const Duration now = mClock.Now();
+    if (mGone || now >= end) break;
+    mGone = !mPort->Write(bytes, end - now);
+    std::optional<Frame> reply = Listen(now + wait + line, end);
+    if (!reply) continue;
+    busy = reply->kind == Kind::Refused && reply->payload[0] == static_cast<std::uint8_t>(Reason::Busy);
+    if (!busy)
+      return {reply->kind == Kind::Done ? Outcome::Done : Outcome::Refused, std::move(reply->payload)};
+    Listen(mClock.Now() + wait, end);
+  }
+  if (busy && !mGone) return {Outcome::Refused, {static_cast<std::uint8_t>(Reason::Busy)}};
+  return {Failure(), {}};
+}
+
+/// Reads until the answer is there, or `until` has passed and the line is quiet, or `end` has passed.
+std::optional<Frame> Session::Listen(Duration until, Duration end) {
+  std::array<std::uint8_t, 256> buffer{};
+  until = std::min(until, end);
+  for (Duration now = mClock.Now(); !mGone && now < until; now = mClock.Now()) {
+    const int count = mPort->Read(buffer, until - now);
+    mGone = count < 0;
+    if (count <= 0) continue;
+    if (std::optional<Frame> reply = mReader.Push(std::span(buffer).first(static_cast<std::size_t>(count))))
+      return reply;
+    until = std::min(std::max(until, mClock.Now() + kQuiet), end);
+  }
+  return std::nullopt;
+}
+
+Outcome Session::Failure() const {
+  if (mGone) return Outcome::Gone;
+  if (mReader.SawOthers()) return Outcome::Foreign;
+  if (mReader.SawEcho()) return Outcome::Echo;
+  return mReader.SawBytes() ? Outcome::Noise : Outcome::Silent;
+}
+
+}  // namespace tarnwick::wire

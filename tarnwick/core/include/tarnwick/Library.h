@@ -1,0 +1,71 @@
+// What the exports of the link library do, without the exports: one port, opened and closed by name,
+// and the questions to the devices behind it.
+//
+// Every operation gives its failure result when no port is open, an argument is out of range or a
+// pointer null; nothing is thrown. Out arguments are filled on success only. Each operation ends
+// within the bounds of docs/link-protocol.md.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "tarnwick/Session.h"
+#include "tarnwick/WrittenImage.h"
+
+namespace tarnwick::wire {
+
+class Library {
+ public:
+  /// Both must outlive the library.
+  Library(IPortOpener& opener, IClock& clock) : mOpener(opener), mClock(clock) {}
+
+  /// Opens the port of that name in place of the one open; an empty name only closes. 0 open, -1
+  /// cannot open, -8 to -2 no telescope; the page of the protocol tells which is which.
+  std::int32_t InitSerial(const std::string& name);
+  /// 2 through a hand control, 1 direct, 0 when no port is open.
+  std::int32_t SerialMode() const;
+  void LockHandControl();
+  /// 0: the hand control's virtual port.
+  std::int32_t TestForVirtualPort() const;
+  /// 0: upgrading is supported.
+  std::int32_t TestForUpgradeSupport() const;
+
+  /// 1: filled.
+  std::int32_t GetModel(std::int32_t address, std::int32_t* model);
+  /// 0 no response, else the state; the version is filled when it is 1.
+  std::int32_t GetState(std::int32_t address, std::int32_t* major, std::int32_t* minor);
+  /// 1: filled, from running firmware and from the boot loader.
+  std::int32_t GetRevision(std::int32_t address, std::int32_t* revision);
+  std::int32_t GetBootRevision(std::int32_t address, std::int32_t* revision);
+  /// 0: filled; else -1.
+  std::int32_t GetBootVersion(std::int32_t address, std::int32_t* version);
+  /// 1: `words` filled, one element for each word from `first` to `last`. A failure may have filled
+  /// some.
+  std::int32_t ReadMemory(std::int32_t address, std::int32_t first, std::int32_t last, std::int32_t* words);
+  /// 1: done.
+  std::int32_t EnterBoot(std::int32_t address);
+  std::int32_t StartProgramming(std::int32_t address);
+  /// `count` is 4, 6 or 10: index of the first word, high byte first, then each word, low byte first.
+  std::int32_t SendData(std::int32_t address, std::int32_t count, const std::int32_t* elements);
+  /// Compares what the device holds with what was sent since the start before it ends.
+  std::int32_t EndProgramming(std::int32_t address);
+
+ private:
+  std::int32_t Identify();
+  Answer Ask(std::int32_t address, Command command, Bytes payload = {});
+  std::int32_t AskNumber(std::int32_t address, Command command, std::int32_t* out);
+  std::int32_t AskPlain(std::int32_t address, Command command);
+  bool HoldsWhatWasSent(std::int32_t address);
+
+  IPortOpener& mOpener;
+  IClock& mClock;
+  std::optional<Session> mSession;
+  LinkKind mLinkKind = LinkKind::Direct;
+  bool mUpgradeSupported = false;
+  bool mLockWanted = false;
+  std::map<std::int32_t, WrittenImage> mWritten;  ///< By address.
+};
+
+}  // namespace tarnwick::wire

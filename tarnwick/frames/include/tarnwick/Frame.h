@@ -1,0 +1,109 @@
+// The frames of the link protocol, as docs/link-protocol.md lays them down. Both ends share this
+// codec and nothing else.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace tarnwick::wire {
+
+using Bytes = std::vector<std::uint8_t>;
+using ByteView = std::span<const std::uint8_t>;
+
+enum class Kind : std::uint8_t { Done = 0x40, Request = 0x80, Refused = 0xC0 };
+
+enum class Command : std::uint8_t {
+  Identify = 0x01,
+  Lock = 0x02,
+  State = 0x08,
+  Model = 0x09,
+  Revision = 0x0A,
+  BootRevision = 0x0B,
+  BootVersion = 0x0C,
+  Enter = 0x10,
+  Start = 0x11,
+  End = 0x12,
+  Check = 0x13,
+  Read = 0x14,
+  Write1 = 0x15,
+  Write2 = 0x16,
+  Write4 = 0x17,
+};
+
+/// Why a request was refused: the payload of a refusal.
+enum class Reason : std::uint8_t { WrongState = 1, OutOfRange = 2, Busy = 3, NotTaken = 4, NotLocked = 5 };
+
+/// What stands behind the port: in the answer to Identify.
+enum class LinkKind : std::uint8_t { Direct = 0, HandControl = 1, VirtualPort = 2 };
+
+/// The mount itself; all other addresses are devices on its bus.
+inline constexpr std::uint8_t kMountAddress = 0;
+/// Bits in the flags of the answer to Identify.
+inline constexpr std::uint8_t kUpgradeSupported = 0x01;
+inline constexpr std::uint8_t kLocked = 0x02;
+/// First bytes of the answer to Identify, and the version of the protocol told here.
+inline constexpr std::uint8_t kMagic[2] = {'T', 'W'};
+inline constexpr std::uint8_t kProtocol = 1;
+
+inline constexpr std::size_t kHeaderLength = 3;  ///< Head, sequence number, address.
+inline constexpr std::size_t kCrcLength = 2;
+inline constexpr std::size_t kMostWords = 32;  ///< Words in one answer to Read.
+inline constexpr std::size_t kLongestFrame = kHeaderLength + 1 + 2 * kMostWords + kCrcLength;
+inline constexpr int kBaseSpeed = 19200;  ///< Bits per second; a byte is ten bits.
+
+struct Frame {
+  Kind kind = Kind::Request;
+  Command command = Command::Identify;
+  std::uint8_t sequence = 0;
+  std::uint8_t address = kMountAddress;
+  Bytes payload;
+
+  bool operator==(const Frame&) const = default;
+};
+
+/// The frame's bytes. The payload must have the length that `PayloadLength` tells.
+Bytes Encode(const Frame& frame);
+
+/// The length of a payload, or nothing when `head` begins no frame. The answer to Read tells its
+/// length in its first byte, `first`, which may be missing: then 1, so much is needed to know more.
+std::optional<std::size_t> PayloadLength(std::uint8_t head, std::optional<std::uint8_t> first);
+
+/// Bytes that the done answer to `request` takes on the line.
+std::size_t AnswerLength(const Frame& request);
+
+enum class Scan { Whole, Partial, None };
+
+/// What `bytes` begin with: a whole frame with a right CRC, which is put into `frame` with its bytes
+/// counted in `length`; a part of what may become one; or no frame.
+Scan ScanFrame(ByteView bytes, Frame& frame, std::size_t& length);
+
+/// Takes frames out of a stream of bytes, in order, skipping what is none. Holds at most the bytes
+/// of one frame back.
+class FrameReader {
+ public:
+  void Push(ByteView bytes) { mBytes.insert(mBytes.end(), bytes.begin(), bytes.end()); }
+  /// The next whole frame, or nothing until more bytes come.
+  std::optional<Frame> Next();
+  /// True while the start of a possible frame waits for the rest.
+  bool Waiting() const { return !mBytes.empty(); }
+  /// Gives up the frame that is waited for: the bytes behind its first one are looked at anew.
+  void GiveUp();
+  void Clear() { mBytes.clear(); }
+
+ private:
+  Bytes mBytes;
+};
+
+/// 16-bit numbers in payloads, high byte first.
+inline std::uint16_t Get16(ByteView bytes, std::size_t at) {
+  return static_cast<std::uint16_t>(bytes[at] << 8 | bytes[at + 1]);
+}
+inline void Put16(Bytes& bytes, std::uint16_t value) {
+  bytes.push_back(static_cast<std::uint8_t>(value >> 8));
+  bytes.push_back(static_cast<std::uint8_t>(value & 0xFF));
+}
+
+}  // namespace tarnwick::wire
