@@ -1,0 +1,60 @@
+#include "app/App.h"
+
+#include <QApplication>
+#include <QFontInfo>
+#include <QStyleFactory>
+#include <algorithm>
+#include <cmath>
+
+#include "pages/Step1.h"
+#include "pages/Step2.h"
+#include "pages/Step3.h"
+#include "pages/Step4.h"
+#include "platform/qt/QtUser.h"
+#include "wizard/WizardWindow.h"
+#include "wizard/modWizard.h"
+
+namespace tarnwick {
+namespace {
+
+/// The font at which the frame has its base size, and the system font that it answers to: a user who
+/// chose a larger one gets everything larger in proportion.
+constexpr double kBaseFontPixels = 11.0;
+constexpr double kUsualSystemFontPixels = 14.0;
+
+void ApplyLook() {
+  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  QFont font = QApplication::font();
+  const double growth = std::max(1.0, QFontInfo(font).pixelSize() / kUsualSystemFontPixels);
+  font.setPixelSize(static_cast<int>(std::lround(kBaseFontPixels * growth)));
+  QApplication::setFont(font);
+}
+
+template <class Page>
+std::unique_ptr<IWizardPage> Make() {
+  return std::make_unique<Page>();
+}
+
+}  // namespace
+
+struct App::Parts {
+  qt::QtUser user;
+  WizardWindow window;
+  std::unique_ptr<CWizardController> controller;  // owns the pages, which hang in the window: goes first
+};
+
+App::App(QApplication& application) {
+  application.setQuitOnLastWindowClosed(false);  // the window ends the program itself
+  ApplyLook();
+  mParts = std::make_unique<Parts>();
+}
+
+App::~App() = default;
+
+void App::Start() {
+  mParts->controller = Main(mParts->window, {Make<Step1>, Make<Step2>, Make<Step3>, Make<Step4>});
+}
+
+WizardWindow& App::Window() { return mParts->window; }
+
+}  // namespace tarnwick

@@ -1,0 +1,48 @@
+#include "PackageFolder.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "platform/files.h"
+#include "platform/text.h"
+
+namespace tarnwick {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kExtensionLength = 4;
+/// More than any note has; what is longer is no note.
+constexpr std::uintmax_t kLargestNote = 1u << 20;
+
+bool IsPackageName(std::string_view name) {
+  return name.size() >= kExtensionLength && text::EqualNoCase(name.substr(name.size() - kExtensionLength), ".qal");
+}
+
+}  // namespace
+
+std::vector<std::string> PackagesIn(const fs::path& folder) {
+  std::vector<std::string> names;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    std::error_code gone;
+    std::string name = entry->path().filename().string();
+    if (IsPackageName(name) && entry->is_regular_file(gone)) names.push_back(std::move(name));
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+fs::path NoteOf(const fs::path& package) {
+  const std::string name = package.string();
+  return name.substr(0, name.size() - kExtensionLength) + ".txt";
+}
+
+std::string ReadNote(const fs::path& note) {
+  std::string content = files::ReadWhole(note, kLargestNote).value_or("");
+  const bool ended = content.empty() || content.ends_with(text::kLineEnd);
+  if (!ended) content += text::kLineEnd;
+  return content;
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,56 @@
+#include "ProgressBar.h"
+
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+
+namespace tarnwick {
+
+ProgressBar::ProgressBar(QWidget* parent) : QWidget(parent) {
+  setObjectName(QStringLiteral("progress"));
+  setAccessibleName(QStringLiteral("Progress"));
+  setAttribute(Qt::WA_OpaquePaintEvent);
+}
+
+void ProgressBar::Label(const QString& text) {
+  if (text == mText) return;
+  mText = text;
+  setAccessibleDescription(text);
+  repaint();
+}
+
+void ProgressBar::Bar(double fraction) {
+  mFraction = std::clamp(fraction, 0.0, 1.0);
+  const int width = WidthOf(mFraction);
+  if (width == mBarWidth) return;
+  mBarWidth = width;
+  repaint();
+}
+
+int ProgressBar::WidthOf(double fraction) const { return static_cast<int>(std::lround(Track().width() * fraction)); }
+
+void ProgressBar::resizeEvent(QResizeEvent*) { mBarWidth = WidthOf(mFraction); }
+
+void ProgressBar::paintEvent(QPaintEvent*) {
+  // The page is disabled during a run; its progress is not.
+  const QPalette& colours = palette();
+  const auto group = QPalette::Active;
+  QPainter painter(this);
+  painter.setPen(colours.color(group, QPalette::Mid));
+  painter.setBrush(colours.color(group, QPalette::Base));
+  painter.drawRect(rect().adjusted(0, 0, -1, -1));
+
+  QRect bar = Track();
+  bar.setWidth(mBarWidth);
+  painter.fillRect(bar, colours.color(group, QPalette::Highlight));
+  if (mText.isEmpty()) return;
+  painter.setPen(colours.color(group, QPalette::Text));
+  painter.drawText(rect(), Qt::AlignCenter, mText);
+  if (bar.isEmpty()) return;
+  painter.setClipRect(bar);
+  painter.fillRect(bar, colours.color(group, QPalette::Highlight));
+  painter.setPen(colours.color(group, QPalette::HighlightedText));
+  painter.drawText(rect(), Qt::AlignCenter, mText);
+}
+
+}  // namespace tarnwick

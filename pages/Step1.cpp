@@ -1,0 +1,65 @@
+#include "pages/Step1.h"
+
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+#include <system_error>
+
+#include "Controls.h"
+#include "link/Devices.h"
+#include "platform/files.h"
+#include "platform/program.h"
+#include "platform/qt/QtText.h"
+#include "settings/Settings.h"
+
+namespace tarnwick {
+
+Step1::Step1() : PageWindow(4485, 2730) {}
+
+void Step1::Form_Load() {
+  Label1 = {MakeWrappedLabel(this, "Label1_0"), MakeWrappedLabel(this, "Label1_1"), MakeWrappedLabel(this, "Label1_2")};
+  Label2 = MakeLabel(this, "Label2", "Choose a Device");
+  cboDevice = new QComboBox(this);
+  cboDevice->setObjectName(QStringLiteral("cboDevice"));
+  Label2->setBuddy(cboDevice);
+  cboDevice->setAccessibleName(Label2->text());
+  QFont heading = font();
+  heading.setPixelSize(heading.pixelSize() * 14 / 11);
+  heading.setWeight(QFont::DemiBold);
+  Label1[0]->setFont(heading);
+
+  auto* const rows = new QVBoxLayout(this);
+  rows->setContentsMargins(Pixels(10), Pixels(6), Pixels(10), Pixels(8));
+  rows->addWidget(Label1[0]);
+  rows->addSpacing(Pixels(6));
+  rows->addWidget(Label1[1]);
+  rows->addStretch(1);
+  auto* const choice = new QHBoxLayout;
+  choice->setSpacing(Pixels(10));
+  choice->addWidget(Label2);
+  choice->addWidget(cboDevice, 1);
+  rows->addLayout(choice);
+  rows->addStretch(1);
+  rows->addWidget(Label1[2]);
+}
+
+void Step1::BeforePageShow(CWizard&, std::int16_t) {
+  Label1[0]->setText(qt::Show("Welcome to the Halcyrion\r\nMotor Control Update Program"));
+  Label1[1]->setText(
+      qt::Show("This program allows you to download new firmware from the Halcyrion website and update your motor "
+               "control board or accessories with the latest firmware available."));
+  Label1[2]->setText(qt::Show("Press Next to continue"));
+  cboDevice->clear();
+  cboDevice->addItem(qt::Show("Motor Control Board"));
+  if (gTypeOverride) cboDevice->addItem(qt::Show("Accessories"));
+  cboDevice->setCurrentIndex(gDeviceClass);
+}
+
+void Step1::BeforePageHide(CWizard&, std::int16_t, bool&) {
+  SetupDevices(cboDevice->currentIndex());
+  gDeviceClass = cboDevice->currentIndex();
+  gFirmwareDir = program::This().folder / (gDeviceClass != 0 ? "Accessories" : "MotorControllers");
+  std::error_code unreported;  // a folder that cannot be made shows as an empty list
+  if (!files::FileExists(gFirmwareDir)) std::filesystem::create_directory(gFirmwareDir, unreported);
+}
+
+}  // namespace tarnwick

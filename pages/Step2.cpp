@@ -1,0 +1,118 @@
+#include "pages/Step2.h"
+
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "Controls.h"
+#include "link/Connection.h"
+#include "link/Devices.h"
+#include "platform/program.h"
+#include "platform/qt/QtText.h"
+#include "platform/text.h"
+#include "platform/ui.h"
+#include "ports/ports.h"
+#include "wizard/CWizard.h"
+
+namespace tarnwick {
+namespace {
+
+constexpr std::string_view kNote =
+    "Make sure you choose the COM port that is attached to your telescope and that you are using the proper "
+    "Programming cable.  The Halcyrion Hand Control should NOT be connected at this time, and the telescope should "
+    "have just been powered ON.\r\n\r\n"
+    "Note: Choose None if you are not connected to a telescope right now but would like to check for Web Updates on "
+    "the Next screen.";
+
+/// A motor controller of the first model, older than the first firmware that can be upgraded.
+bool IsTooOld(const DeviceEntry& device) {
+  return device.Model == 1 && device.Version > 0.0 && device.Version < 3.0;
+}
+
+}  // namespace
+
+Step2::Step2() : PageWindow(4485, 2730) {}
+
+void Step2::Form_Load() {
+  Label1 = MakeLabel(this, "Label1", "Choose a COM port");
+  Label2 = MakeWrappedLabel(this, "Label2");
+  Label2->setText(qt::Show(kNote));
+  cboComPort = new QComboBox(this);
+  cboComPort->setObjectName(QStringLiteral("cboComPort"));
+  cboComPort->setMaxVisibleItems(ports::kLastPort + 1);
+  Label1->setBuddy(cboComPort);
+  cboComPort->setAccessibleName(Label1->text());
+
+  auto* const rows = new QVBoxLayout(this);
+  rows->setContentsMargins(Pixels(10), Pixels(6), Pixels(8), Pixels(4));
+  rows->setSpacing(Pixels(8));
+  auto* const choice = new QHBoxLayout;
+  choice->setSpacing(Pixels(10));
+  choice->addWidget(Label1);
+  choice->addWidget(cboComPort, 1);
+  rows->addLayout(choice);
+  rows->addWidget(Label2, 1);
+}
+
+void Step2::BeforePageShow(CWizard&, std::int16_t currentStep) {
+  if (currentStep == 1) ListPorts();
+}
+
+void Step2::ListPorts() {
+  const std::filesystem::path& folder = program::This().folder;
+  cboComPort->clear();
+  cboComPort->addItem(qt::Show("None"));
+  int selected = 0;
+  for (int number = 1; number <= ports::kLastPort; ++number) {
+    const std::string name = "COM" + std::to_string(number);
+    if (!ports::PortExists(folder, name)) continue;
+    const int row = cboComPort->count();
+    cboComPort->addItem(qt::Show(name));
+    std::string tip = ports::DeviceOf(folder, name)->string();
+    if (const std::string product = ports::ProductOf(folder, name); !product.empty()) tip += ", " + product;
+    cboComPort->setItemData(row, QString::fromLocal8Bit(tip), Qt::ToolTipRole);
+    if (selected == 0 && text::EqualNoCase(name, gComPort)) selected = row;
+  }
+  cboComPort->setCurrentIndex(selected);
+}
+
+void Step2::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel) {
+  if (nextStep != wizard.CurrentStep() + 1) {
+    if (!gComPort.empty()) CloseConnection();
+    return;
+  }
+  if (cboComPort->currentIndex() < 1) {
+    gComPort.clear();
+    return;
+  }
+  gComPort = qt::Read(cboComPort->currentText());
+  wizard.Frozen(true);
+  const bool connected = Connect();
+  wizard.Frozen(false);
+  if (!connected) cancel = true;
+}
+
+bool Step2::Connect() {
+  if (!OpenConnection()) return false;
+  for (std::int32_t row = 1; row <= gDeviceCount(); ++row) {
+    ForgetRevisions(row);
+    gDevices[row].Model = 0;
+    RefreshDevice(row);
+  }
+  const auto silent = [](const DeviceEntry& device) { return device.State == McState::NoResponse; };
+  if (std::all_of(gDevices.begin(), gDevices.end(), silent)) {
+    ui::MessageBox("Error - No Devices found on " + gComPort);
+    CloseConnection();
+    return false;
+  }
+  if (std::any_of(gDevices.begin(), gDevices.end(), IsTooOld)) {
+    ui::MessageBox(
+        "Error - Version of Motor Controller does not support Upgrading!\r\n\r\n"
+        "Contact Halcyrion for a replacement Motor Controller Board",
+        ui::Buttons::Ok, ui::Icon::Critical);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,162 @@
+#include "pages/Step3.h"
+
+#include <QFile>
+#include <QGridLayout>
+#include <QHBoxLayout>
+
+#include "Controls.h"
+#include "PackageFolder.h"
+#include "firmware/QALclass.h"
+#include "link/Connection.h"
+#include "link/Devices.h"
+#include "platform/files.h"
+#include "platform/qt/QtText.h"
+#include "platform/text.h"
+#include "platform/ui.h"
+#include "programmer/Compatibility.h"
+#include "programmer/PackageFit.h"
+#include "settings/Settings.h"
+#include "wizard/CWizard.h"
+#include "wizard/modWizard.h"
+
+namespace tarnwick {
+namespace {
+
+/// The header of the package just loaded, or its error.
+std::string DescribePackage() {
+  if (gQAL->ErrorsFound()) return PackageErrorText();
+  MatchPackageDevices();
+  const std::string version = gQAL->Devices() > 0 ? text::Fixed2(gQAL->DeviceVersion(1)) : "Unknown";
+  return "Model: " + gQAL->ModelName() + "\r\nVersion: " + version + "\r\nDate: " + gQAL->FileDate() +
+         "\r\nComments: " + gQAL->Comments() + "\r\n";
+}
+
+}  // namespace
+
+Step3::Step3() : PageWindow(6960, 2715) {}
+
+void Step3::Form_Load() {
+  Label1 = MakeLabel(this, "Label1", "Choose Firmware or ......");
+  lstFirmware = new ListBox(this, "lstFirmware", QStringLiteral("Firmware packages"));
+  lstFirmware->onClick = [this] { lstFirmware_Click(); };
+  Label1->setBuddy(lstFirmware);
+  cmdWebUpdate = MakeButton(this, "cmdWebUpdate", "Download via the Web", [] {});
+  txtFirmware = new TextBox(this, "txtFirmware", QStringLiteral("About the selected package"));
+  txtStatus = new StatusBox(this);
+  cmdWebUpdate->setEnabled(false);
+  cmdRefresh = MakeButton(this, "cmdRefresh", "Refresh Status", [this] { cmdRefresh_Click(); });
+  LayOutControls();
+}
+
+void Step3::LayOutControls() {
+  auto* const heading = new QHBoxLayout;
+  heading->setSpacing(Pixels(6));
+  heading->addWidget(Label1);
+  heading->addWidget(cmdWebUpdate);
+  heading->addStretch(1);
+  heading->addWidget(cmdRefresh);
+  auto* const grid = new QGridLayout(this);
+  grid->setContentsMargins(Pixels(6), Pixels(4), Pixels(6), Pixels(4));
+  grid->setSpacing(Pixels(5));
+  grid->addLayout(heading, 0, 0, 1, 2);
+  grid->addWidget(lstFirmware, 1, 0);
+  grid->addWidget(txtFirmware, 2, 0);
+  grid->addWidget(txtStatus, 1, 1, 2, 1);
+  grid->setRowStretch(1, 1);
+  grid->setRowStretch(2, 1);
+  grid->setColumnStretch(0, 11);
+  grid->setColumnStretch(1, 10);
+}
+
+QWidget* Step3::FirstControl() { return lstFirmware; }
+
+std::filesystem::path Step3::SelectedPackage() const {
+  return gFirmwareDir / QFile::encodeName(lstFirmware->item(lstFirmware->Selected())->text()).toStdString();
+}
+
+void Step3::ListFirmware(const std::string& selectName) {
+  lstFirmware->Empty();
+  txtFirmware->Text({});
+  int wanted = -1;
+  QStringList shown;
+  for (const std::string& name : PackagesIn(gFirmwareDir)) {
+    if (text::EqualNoCase(name, selectName)) wanted = static_cast<int>(shown.size());
+    shown.append(QFile::decodeName(QByteArray::fromStdString(name)));
+  }
+  if (shown.isEmpty()) return;
+  lstFirmware->addItems(shown);
+  lstFirmware->Select(0);
+  if (wanted >= 0) lstFirmware->Select(wanted);
+}
+
+void Step3::lstFirmware_Click() {
+  CWizard& wizard = gController->WizardHandle();
+  const std::filesystem::path package = SelectedPackage();
+  const std::filesystem::path note = NoteOf(package);
+  if (files::FileExists(note)) {
+    txtFirmware->TextNow(ReadNote(note));
+  } else {
+    wizard.Frozen(true);
+    gQAL->LoadQALfile(package);
+    txtFirmware->TextNow(DescribePackage());
+  }
+  wizard.Frozen(false);
+}
+
+void Step3::BeforePageShow(CWizard& wizard, std::int16_t currentStep) {
+  if (currentStep == 2) {
+    ui::PumpEvents();
+    wizard.Frozen(true);
+    txtStatus->ShowReport();
+    ListFirmware({});
+    wizard.Frozen(false);
+    return;
+  }
+  for (std::int32_t row = 1; row <= gDeviceCount(); ++row) {
+    ForgetRevisions(row);
+    RefreshDevice(row);
+  }
+  txtStatus->ShowReport();
+}
+
+void Step3::cmdRefresh_Click() {
+  CWizard& wizard = gController->WizardHandle();
+  wizard.Frozen(true);
+  cmdRefresh->setEnabled(false);
+  if (gComPort.empty()) {
+    txtStatus->TextNow("Determining Status ...");
+    txtStatus->ShowReport();
+  } else {
+    LockHandControl();
+    txtStatus->Refresh();
+  }
+  cmdRefresh->setEnabled(true);
+  wizard.Frozen(false);
+}
+
+void Step3::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel) {
+  if (nextStep != wizard.CurrentStep() + 1) return;
+  if (gComPort.empty()) {
+    ui::MessageBox("No COM port was specified!");
+    cancel = true;
+  } else if (lstFirmware->count() == 0) {
+    ui::MessageBox("There are no firmware files available.\r\nPlease use Web Updates to download new firmware.");
+    cancel = true;
+  } else if (lstFirmware->Selected() < 0) {
+    ui::MessageBox("Please choose a firmware file");
+    cancel = true;
+  } else {
+    wizard.Frozen(true);
+    cancel = !AcceptPackage();
+    wizard.Frozen(false);
+  }
+}
+
+bool Step3::AcceptPackage() {
+  gQAL->LoadQALfile(SelectedPackage());
+  if (!PackageFits()) return false;
+  txtStatus->Refresh();
+  return true;
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,213 @@
+#include "pages/Step4.h"
+
+#include <QGridLayout>
+#include <QVBoxLayout>
+
+#include "Controls.h"
+#include "ProgressBar.h"
+#include "firmware/QALclass.h"
+#include "link/Connection.h"
+#include "link/Devices.h"
+#include "platform/program.h"
+#include "platform/qt/QtText.h"
+#include "platform/ui.h"
+#include "programmer/ProgrammingRun.h"
+#include "programmer/Verify.h"
+#include "programmer/modProgrammer.h"
+#include "wizard/CWizard.h"
+#include "wizard/modWizard.h"
+
+namespace tarnwick {
+namespace {
+
+/// Item value of "All Devices"; every other value is a row of `gDevices`.
+constexpr std::int32_t kAllDevices = -1;
+
+constexpr std::string_view kComplete =
+    "Programming Complete\r\n\r\n"
+    "Cycle the power on the telescope at this point, then press Ok.\r\n"
+    "The controller(s) programmed should then be in Running State and\r\n"
+    "the proper Version displayed.";
+
+void TerminateCaption(const char* caption) {
+  gController->WizardHandle().Frame().Caption(FrameButton::cmdTerminate, caption);
+}
+
+std::int32_t ValueOf(const QListWidgetItem& item) { return item.data(Qt::UserRole).toInt(); }
+
+void AddItem(ListBox& list, std::string_view name, std::int32_t value) {
+  auto* const item = new QListWidgetItem(qt::Show(name), &list);
+  item->setData(Qt::UserRole, value);
+}
+
+}  // namespace
+
+Step4::Step4() : PageWindow(6960, 2715) {}
+
+void Step4::Form_Load() {
+  cmdVerify = MakeButton(this, "cmdVerify", "Verify Firmware", [this] { cmdVerify_Click(); });
+  cmdRefresh = MakeButton(this, "cmdRefresh", "Refresh Status", [this] { cmdRefresh_Click(); });
+  txtStatus = new StatusBox(this);
+  cmdProgram = MakeButton(this, "cmdProgram", "Begin Programming", [this] { cmdProgram_Click(); });
+  lstDevices = new ListBox(this, "lstDevices", QStringLiteral("Devices"));
+  lstDevices->onClick = [this] { ClearProgress(); };
+  lblFirmware = MakeLabel(this, "lblFirmware", {});
+  Label1 = MakeLabel(this, "Label1", "Choose Device ...");
+  Label1->setBuddy(lstDevices);
+  Line1 = new QFrame(this);
+  Line1->setObjectName(QStringLiteral("Line1"));
+  Line1->setFrameShape(QFrame::HLine);
+  Line1->setFrameShadow(QFrame::Sunken);
+  mBar = new ProgressBar(this);
+  LayOutControls();
+}
+
+void Step4::LayOutControls() {
+  auto* const grid = new QGridLayout(this);
+  grid->setContentsMargins(Pixels(6), Pixels(4), Pixels(6), Pixels(4));
+  grid->setHorizontalSpacing(Pixels(8));
+  grid->setVerticalSpacing(Pixels(4));
+  grid->addWidget(Label1, 0, 0);
+  grid->addWidget(lblFirmware, 0, 1);
+  grid->addWidget(lstDevices, 1, 0);
+  grid->addWidget(cmdProgram, 2, 0);
+  grid->addWidget(cmdVerify, 3, 0);
+  grid->addWidget(txtStatus, 1, 1, 2, 1);
+  grid->addWidget(cmdRefresh, 3, 1, Qt::AlignRight);
+  grid->addWidget(Line1, 4, 0, 1, 2);
+  grid->addWidget(mBar, 5, 0, 1, 2);
+  grid->setRowStretch(1, 1);
+  grid->setColumnStretch(0, 2);
+  grid->setColumnStretch(1, 3);
+  mBar->setFixedHeight(Pixels(18));
+  lblFirmware->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  QWidget* before = lstDevices;
+  for (QWidget* const next : {static_cast<QWidget*>(cmdProgram), static_cast<QWidget*>(cmdVerify),
+                              static_cast<QWidget*>(txtStatus), static_cast<QWidget*>(cmdRefresh)}) {
+    setTabOrder(before, next);
+    before = next;
+  }
+}
+
+QWidget* Step4::FirstControl() { return lstDevices; }
+
+void Step4::Label(const std::string& text) { mBar->Label(qt::Show(text)); }
+void Step4::Bar(double fraction) { mBar->Bar(fraction); }
+void Step4::Caption(const std::string& text) { gController->WizardHandle().Frame().FrameCaption(text); }
+
+void Step4::ClearProgress() {
+  mBar->Bar(0.0);
+  mBar->Label({});
+}
+
+void Step4::EnableButtons(bool enabled) {
+  for (QPushButton* const button : {cmdProgram, cmdRefresh, cmdVerify}) button->setEnabled(enabled);
+}
+
+void Step4::RestoreFrame() {
+  Caption(program::Caption());
+  gController->WizardHandle().Frame().Enabled(FrameButton::cmdTerminate, true);
+}
+
+void Step4::BeforePageShow(CWizard& wizard, std::int16_t currentStep) {
+  if (currentStep != 3) {
+    txtStatus->ShowReport();
+    return;
+  }
+  wizard.Frozen(true);
+  txtStatus->ShowReport();
+  lblFirmware->setText(qt::Show("QAL File: " + gQAL->Filename()));
+  lblFirmware->setToolTip(lblFirmware->text());
+  ListDevices();
+  ClearProgress();
+  wizard.Frozen(false);
+}
+
+void Step4::BeforePageHide(CWizard&, std::int16_t, bool&) {}
+
+void Step4::ListDevices() {
+  lstDevices->Empty();
+  AddItem(*lstDevices, "All Devices", kAllDevices);
+  for (std::int32_t row = 1; row <= gDeviceCount(); ++row) {
+    if (gDevices[row].QalIndex > 0) AddItem(*lstDevices, gDevices[row].Name, row);
+  }
+}
+
+std::vector<std::int32_t> Step4::ChosenRows() const {
+  std::vector<std::int32_t> rows;
+  const int selected = lstDevices->Selected();
+  if (selected < 0) return rows;
+  const std::int32_t value = ValueOf(*lstDevices->item(selected));
+  if (value != kAllDevices) return {value};
+  for (int item = 1; item < lstDevices->count(); ++item) rows.push_back(ValueOf(*lstDevices->item(item)));
+  return rows;
+}
+
+void Step4::RefuseNoSelection() {
+  ui::MessageBox("Please choose a Device");
+  ClearProgress();
+}
+
+void Step4::cmdRefresh_Click() {
+  CWizard& wizard = gController->WizardHandle();
+  wizard.Frozen(true);
+  EnableButtons(false);
+  txtStatus->Refresh();
+  EnableButtons(true);
+  wizard.Frozen(false);
+}
+
+void Step4::cmdProgram_Click() {
+  if (lstDevices->Selected() < 0) return RefuseNoSelection();
+  CWizard& wizard = gController->WizardHandle();
+  wizard.Frozen(true);
+  EnableButtons(false);
+  gProgramming = true;
+  TerminateCaption("Cancel");
+  const std::vector<std::int32_t> rows = ChosenRows();
+  const bool together = ValueOf(*lstDevices->item(lstDevices->Selected())) == kAllDevices;
+  bool ok = (!together || AllowedTogether(rows)) && CheckAll(rows);
+  LockHandControl();
+  ok = ok && ProgramAll(rows, *this, [this] { RestoreFrame(); });
+  gProgramming = false;
+  TerminateCaption("Finish");
+  txtStatus->Refresh();
+  if (!gCancelProgram && ok) {
+    ui::MessageBox(kComplete, ui::Buttons::Ok, ui::Icon::Information);
+    txtStatus->Refresh();
+    ui::PumpEvents();
+  }
+  ClearProgress();
+  EnableButtons(true);
+  wizard.Frozen(false);
+}
+
+void Step4::cmdVerify_Click() {
+  gCancelVerify = false;
+  if (lstDevices->Selected() < 0) return RefuseNoSelection();
+  const std::vector<std::int32_t> rows = ChosenRows();
+  if (const std::string refusal = VerifyRefusal(rows); !refusal.empty()) {
+    ui::MessageBox(refusal);
+    return ClearProgress();
+  }
+  CWizard& wizard = gController->WizardHandle();
+  wizard.Frozen(true);
+  EnableButtons(false);
+  gVerifying = true;
+  TerminateCaption("Cancel");
+  LockHandControl();
+  const bool identical = VerifyAll(rows, *this, [this] { RestoreFrame(); });
+  gVerifying = false;
+  TerminateCaption("Finish");
+  gCancelVerify = false;
+  txtStatus->Refresh();
+  if (identical) {
+    ui::MessageBox("Contents are Identical", ui::Buttons::Ok, ui::Icon::Information);
+    ui::PumpEvents();
+  }
+  ClearProgress();
+  EnableButtons(true);
+  wizard.Frozen(false);
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,45 @@
+// The third page: the firmware package. It leads on only with a package that loads and fits.
+#pragma once
+
+#include <QLabel>
+#include <QPushButton>
+#include <filesystem>
+#include <string>
+
+#include "wizard/PageWindow.h"
+
+namespace tarnwick {
+
+class ListBox;
+class StatusBox;
+class TextBox;
+
+class Step3 final : public PageWindow {
+ public:
+  Step3();
+
+  void Form_Load() override;
+  QWidget* FirstControl() override;
+  void BeforePageShow(CWizard& wizard, std::int16_t currentStep) override;
+  void BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel) override;
+
+ private:
+  /// Lists the packages of `gFirmwareDir` and selects `selectName`, ignoring case, else the first.
+  void ListFirmware(const std::string& selectName);
+  void lstFirmware_Click();
+  void cmdRefresh_Click();
+  /// The selected package's path. Something must be selected.
+  std::filesystem::path SelectedPackage() const;
+  /// Loads the selected package and holds it against the devices. False after a message.
+  bool AcceptPackage();
+  void LayOutControls();
+
+  QLabel* Label1 = nullptr;
+  ListBox* lstFirmware = nullptr;
+  QPushButton* cmdWebUpdate = nullptr;
+  TextBox* txtFirmware = nullptr;
+  StatusBox* txtStatus = nullptr;
+  QPushButton* cmdRefresh = nullptr;
+};
+
+}  // namespace tarnwick

@@ -1,0 +1,58 @@
+// The last page: programming and verifying.
+#pragma once
+
+#include <QFrame>
+#include <QLabel>
+#include <QPushButton>
+#include <cstdint>
+#include <vector>
+
+#include "programmer/Progress.h"
+#include "wizard/PageWindow.h"
+
+namespace tarnwick {
+
+class ListBox;
+class ProgressBar;
+class StatusBox;
+
+class Step4 final : public PageWindow, public IProgress {
+ public:
+  Step4();
+
+  void Form_Load() override;
+  QWidget* FirstControl() override;
+  void BeforePageShow(CWizard& wizard, std::int16_t currentStep) override;
+  void BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel) override;
+
+  void Label(const std::string& text) override;
+  void Bar(double fraction) override;
+  void Caption(const std::string& text) override;
+
+ private:
+  void cmdProgram_Click();
+  void cmdRefresh_Click();
+  void cmdVerify_Click();
+  void ClearProgress();
+  void EnableButtons(bool enabled);
+  /// The frame as it is at rest: its caption, and the terminate button live.
+  void RestoreFrame();
+  /// The rows of `gDevices` that the selection stands for, in list order; empty without a selection.
+  std::vector<std::int32_t> ChosenRows() const;
+  /// Shows the message that a device must be chosen.
+  void RefuseNoSelection();
+  void ListDevices();
+  void LayOutControls();
+
+  ListBox* lstDevices = nullptr;
+  StatusBox* txtStatus = nullptr;
+  QPushButton* cmdProgram = nullptr;
+  QPushButton* cmdVerify = nullptr;
+  QPushButton* cmdRefresh = nullptr;
+  QLabel* lblFirmware = nullptr;
+  QLabel* Label1 = nullptr;
+  QFrame* Line1 = nullptr;
+  ProgressBar* mBar = nullptr;
+};
+
+}  // namespace tarnwick

@@ -1,0 +1,16 @@
+// Between the program's text and what a window shows: the one conversion there is.
+#pragma once
+
+#include <QString>
+#include <string>
+#include <string_view>
+
+namespace tarnwick::qt {
+
+/// Windows-1252 to what Qt shows. CR LF becomes the line feed that Qt's widgets break lines at.
+QString Show(std::string_view text);
+
+/// What a user typed or chose, as Windows-1252; a character that it lacks becomes "?".
+std::string Read(const QString& shown);
+
+}  // namespace tarnwick::qt

@@ -1,0 +1,23 @@
+// The user at the window system: Qt's message box and input box, and its pending events.
+#pragma once
+
+#include "platform/ui.h"
+
+namespace tarnwick::qt {
+
+/// Installs itself for its lifetime, which must lie within that of the QApplication. Boxes belong to
+/// the active window and carry the program's name as title.
+class QtUser final : public ui::IUserInterface {
+ public:
+  QtUser() { ui::Install(*this); }
+  ~QtUser() override { ui::Uninstall(); }
+  QtUser(const QtUser&) = delete;
+  QtUser& operator=(const QtUser&) = delete;
+
+  ui::Answer MessageBox(std::string_view text, ui::Buttons buttons, ui::Icon icon) override;
+  std::string InputBox(std::string_view prompt, std::string_view title, std::string_view proposed) override;
+  void PumpEvents() override;
+  void Beep() override;
+};
+
+}  // namespace tarnwick::qt

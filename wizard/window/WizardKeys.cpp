@@ -1,0 +1,76 @@
+// The keys of the frame's window: pressed and released, wherever the focus is.
+#include <QAbstractButton>
+#include <QApplication>
+#include <QKeyEvent>
+
+#include "wizard/CWizard.h"
+#include "wizard/WizardWindow.h"
+
+namespace tarnwick {
+namespace {
+
+/// The key codes that the engine knows; 0 for any other key.
+std::int16_t KeyCodeOf(int key) {
+  switch (key) {
+    case Qt::Key_Escape: return 27;
+    case Qt::Key_Left: return 37;
+    case Qt::Key_Right: return 39;
+    case Qt::Key_Return:
+    case Qt::Key_Enter: return 13;
+    default: return 0;
+  }
+}
+
+std::int16_t ShiftOf(Qt::KeyboardModifiers modifiers) {
+  int shift = 0;
+  if (modifiers.testFlag(Qt::ShiftModifier)) shift |= 1;
+  if (modifiers.testFlag(Qt::ControlModifier)) shift |= 2;
+  if (modifiers.testFlag(Qt::AltModifier)) shift |= 4;
+  return static_cast<std::int16_t>(shift);
+}
+
+/// Whether the engine acts on the key, so that no control may take it as well.
+bool IsForEngine(std::int16_t code, std::int16_t shift) {
+  return code == 27 || code == 13 ? shift == 0 : code != 0 && shift == 4;
+}
+
+}  // namespace
+
+bool WizardWindow::KeyPressed(int key, Qt::KeyboardModifiers modifiers) {
+  mPressed.insert_or_assign(key, modifiers);
+  return IsForEngine(KeyCodeOf(key), ShiftOf(modifiers));
+}
+
+bool WizardWindow::KeyReleased(int key) {
+  const auto found = mPressed.find(key);
+  if (found == mPressed.end()) return false;
+  const std::int16_t shift = ShiftOf(found->second);
+  mPressed.erase(found);
+  std::int16_t code = KeyCodeOf(key);
+  if (!IsForEngine(code, shift)) return false;
+  // A button that has the focus keeps Enter for itself, as everywhere on a desktop.
+  auto* const button = qobject_cast<QAbstractButton*>(focusWidget());
+  if (code == 13 && button != nullptr && button->isEnabled()) {
+    button->click();
+  } else {
+    mWizard->TranslateKey(code, shift);
+  }
+  return true;
+}
+
+bool WizardWindow::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() != QEvent::KeyPress && event->type() != QEvent::KeyRelease) return false;
+  auto* const widget = qobject_cast<QWidget*>(watched);
+  if (widget == nullptr || widget->window() != this) return false;
+  const auto* const key = static_cast<QKeyEvent*>(event);
+  if (key->isAutoRepeat()) return IsForEngine(KeyCodeOf(key->key()), ShiftOf(key->modifiers()));
+  return event->type() == QEvent::KeyPress ? KeyPressed(key->key(), key->modifiers()) : KeyReleased(key->key());
+}
+
+bool WizardWindow::event(QEvent* event) {
+  // A key held down while another window comes up is let go there or for nothing.
+  if (event->type() == QEvent::WindowBlocked || event->type() == QEvent::WindowDeactivate) mPressed.clear();
+  return QWidget::event(event);
+}
+
+}  // namespace tarnwick
