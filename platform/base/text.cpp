@@ -126,7 +126,8 @@ double NumericPrefix(std::string_view text) {
   if (error != std::errc::result_out_of_range) return value;
   // Only more digits than any type holds get here; a tiny fraction is 0, a huge whole part a bound.
   const bool negative = text.front() == '-';
-  const bool tiny = text.substr(negative ? 1 : 0).find_first_not_of('0') >= text.find('.');
+  const std::string_view digits = text.substr(negative ? 1 : 0);
+  const bool tiny = digits.find_first_not_of('0') >= digits.find('.');
   const double bound = tiny ? 0.0 : std::numeric_limits<double>::max();
   return negative ? -bound : bound;
 }
