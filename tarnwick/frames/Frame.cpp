@@ -10,6 +10,10 @@ namespace {
 constexpr std::size_t kCommands = 0x40;
 constexpr std::uint8_t kCommandMask = 0x3F;
 
+constexpr Kind KindOf(std::uint8_t head) {
+  return static_cast<Kind>(head & ~kCommandMask);
+}
+
 /// Payload lengths of a command.
 struct Shape {
   bool known = false;
@@ -57,7 +61,7 @@ Bytes Encode(const Frame& frame) {
 std::optional<std::size_t> PayloadLength(std::uint8_t head, std::optional<std::uint8_t> first) {
   const Shape& shape = kShapes[head & kCommandMask];
   if (!shape.known) return std::nullopt;
-  switch (static_cast<Kind>(head & ~kCommandMask)) {
+  switch (KindOf(head)) {
     case Kind::Request:
       return shape.request;
     case Kind::Refused:
@@ -88,7 +92,7 @@ Scan ScanFrame(ByteView bytes, Frame& frame, std::size_t& length) {
   const std::size_t checked = kHeaderLength + *payload;
   if (bytes.size() < checked + kCrcLength) return Scan::Partial;
   if (Crc16(bytes.first(checked)) != Get16(bytes, checked)) return Scan::None;
-  frame.kind = static_cast<Kind>(bytes[0] & ~kCommandMask);
+  frame.kind = KindOf(bytes[0]);
   frame.command = static_cast<Command>(bytes[0] & kCommandMask);
   frame.sequence = bytes[1];
   frame.address = bytes[2];
@@ -97,13 +101,14 @@ Scan ScanFrame(ByteView bytes, Frame& frame, std::size_t& length) {
   return Scan::Whole;
 }
 
-std::optional<Frame> FrameReader::Next() {
+std::optional<Frame> RequestReader::Next() {
   std::size_t at = 0;
   std::optional<Frame> found;
   while (at < mBytes.size() && !found) {
     Frame frame;
     std::size_t length = 0;
-    const Scan scan = ScanFrame(ByteView(mBytes).subspan(at), frame, length);
+    const bool request = KindOf(mBytes[at]) == Kind::Request;
+    const Scan scan = request ? ScanFrame(ByteView(mBytes).subspan(at), frame, length) : Scan::None;
     if (scan == Scan::Partial) break;
     at += scan == Scan::Whole ? length : 1;
     if (scan == Scan::Whole) found = std::move(frame);
@@ -112,7 +117,7 @@ std::optional<Frame> FrameReader::Next() {
   return found;
 }
 
-void FrameReader::GiveUp() {
+void RequestReader::GiveUp() {
   if (!mBytes.empty()) mBytes.erase(mBytes.begin());
 }
 

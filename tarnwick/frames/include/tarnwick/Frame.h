@@ -80,16 +80,16 @@ enum class Scan { Whole, Partial, None };
 /// counted in `length`; a part of what may become one; or no frame.
 Scan ScanFrame(ByteView bytes, Frame& frame, std::size_t& length);
 
-/// Takes frames out of a stream of bytes, in order, skipping what is none. Holds at most the bytes
-/// of one frame back.
-class FrameReader {
+/// Takes requests out of a stream of bytes, in order, skipping what is none. Holds less than the bytes
+/// of one request back.
+class RequestReader {
  public:
   void Push(ByteView bytes) { mBytes.insert(mBytes.end(), bytes.begin(), bytes.end()); }
-  /// The next whole frame, or nothing until more bytes come.
+  /// The next whole request, or nothing until more bytes come.
   std::optional<Frame> Next();
-  /// True while the start of a possible frame waits for the rest.
+  /// True while the start of a possible request waits for the rest.
   bool Waiting() const { return !mBytes.empty(); }
-  /// Gives up the frame that is waited for: the bytes behind its first one are looked at anew.
+  /// Gives up the request that is waited for: the bytes behind its first one are looked at anew.
   void GiveUp();
   void Clear() { mBytes.clear(); }
 

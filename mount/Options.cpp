@@ -1,0 +1,159 @@
+#include "mount/Options.h"
+
+#include <array>
+#include <charconv>
+#include <utility>
+
+namespace tarnwick::mount {
+namespace {
+
+constexpr std::uint32_t kMostByte = 0xFF;
+constexpr std::array<std::uint8_t, 2> kMotorControllers = {16, 17};
+constexpr std::array<std::uint8_t, 2> kAccessories = {18, 19};
+
+constexpr std::array<std::pair<std::string_view, RunState>, 4> kStates = {{{"running", RunState::Running},
+                                                                           {"boot", RunState::Boot},
+                                                                           {"program", RunState::Program},
+                                                                           {"silent", RunState::Silent}}};
+
+bool Assign(std::string_view text, std::uint32_t most, int& out) {
+  const std::optional<std::uint32_t> value = ParseNumber(text, most);
+  if (value) out = static_cast<int>(*value);
+  return value.has_value();
+}
+
+/// One `key=value` of a device.
+bool Apply(std::string_view key, std::string_view value, DeviceSetup& setup) {
+  if (key == "model") return Assign(value, 0xFFFF, setup.model);
+  if (key == "revision") return Assign(value, kMostByte, setup.revision);
+  if (key == "boot") return Assign(value, kMostByte, setup.bootVersion);
+  if (key == "claims") return Assign(value, kMostByte, setup.claims);
+  if (key == "version") {
+    const std::size_t point = value.find('.');
+    return point != std::string_view::npos && Assign(value.substr(0, point), kMostByte, setup.major) &&
+           Assign(value.substr(point + 1), kMostByte, setup.minor);
+  }
+  const std::optional<RunState> state = ParseState(value);
+  if (key != "state" || !state) return false;
+  setup.state = *state;
+  return true;
+}
+
+/// "ADDRESS:key=value,key=value,..."
+bool ApplyDevice(std::string_view text, std::map<std::uint8_t, DeviceSetup>& devices) {
+  const std::size_t colon = text.find(':');
+  const std::optional<std::uint32_t> address = ParseNumber(text.substr(0, colon), kMostByte);
+  if (colon == std::string_view::npos || !address || *address == wire::kMountAddress) return false;
+  DeviceSetup& setup = devices[static_cast<std::uint8_t>(*address)];
+  for (std::string_view rest = text.substr(colon + 1); !rest.empty();) {
+    const std::size_t comma = rest.find(',');
+    const std::string_view pair = rest.substr(0, comma);
+    const std::size_t equals = pair.find('=');
+    if (equals == std::string_view::npos || !Apply(pair.substr(0, equals), pair.substr(equals + 1), setup))
+      return false;
+    rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
+  }
+  return true;
+}
+
+bool ApplyHandControl(std::string_view text, LinkSetup& link) {
+  link.kind = text == "virtual" ? wire::LinkKind::VirtualPort : wire::LinkKind::HandControl;
+  link.upgradeSupported = text != "old";
+  return text == "real" || text == "old" || text == "virtual";
+}
+
+bool ApplyToMotorControllers(std::string_view key, std::string_view value, Options& options) {
+  for (const std::uint8_t address : kMotorControllers)
+    if (!Apply(key, value, options.devices[address])) return false;
+  return true;
+}
+
+/// An option with a value.
+bool ApplyOption(std::string_view name, std::string_view value, Options& options) {
+  if (name == "--link") options.link = value;
+  if (name == "--link") return !value.empty();
+  if (name == "--device") return ApplyDevice(value, options.devices);
+  if (name == "--hand-control") return ApplyHandControl(value, options.path);
+  for (const std::string_view key : {"model", "revision", "state", "version", "claims"})
+    if (name.substr(0, 2) == "--" && name.substr(2) == key)
+      return ApplyToMotorControllers(key, value, options);
+  return false;
+}
+
+Options Defaults() {
+  Options options;
+  for (const std::uint8_t address : kMotorControllers) options.devices[address] = {};
+  DeviceSetup accessory;
+  accessory.model = 1;
+  accessory.revision = 4;
+  for (const std::uint8_t address : kAccessories) options.devices[address] = accessory;
+  return options;
+}
+
+}  // namespace
+
+std::string_view Usage() {
+  return "usage: tarnwick-mount [option]...\n"
+         "A simulated mount on a pseudo terminal: motor controllers 16 and 17, accessories 18 and 19.\n"
+         "  --link PATH            make a symbolic link to the terminal, removed at the end\n"
+         "  --model N              model of the motor controllers (5)\n"
+         "  --revision N           hardware revision of the motor controllers (2)\n"
+         "  --version M.N          firmware that they come with (4.2)\n"
+         "  --state STATE          running, boot, program or silent (running)\n"
+         "  --old-boot             they have a boot loader of version 1\n"
+         "  --claims N             revision that an old boot loader tells (the true one)\n"
+         "  --device A:KEY=VALUE,...  set one device; keys: model, revision, version, state, boot, claims\n"
+         "  --hand-control KIND    link through a hand control: real, old or virtual\n"
+         "  --until-eof            end when standard input ends\n"
+         "Options apply in their order. Commands on standard input:\n"
+         "  power                  switch the mount off and on\n"
+         "  state                  tell each device's state, ended by \"end\"\n"
+         "  state ADDRESS STATE    put a device into a state\n"
+         "  dump ADDRESS [COUNT]   the device's words in package order, in hexadecimal, ended by \"end\"\n"
+         "  poke ADDRESS WORD VALUE  change a word, numbered in package order\n"
+         "  quit                   end\n";
+}
+
+std::optional<Options> ParseOptions(const std::vector<std::string>& arguments, std::string& error) {
+  Options options = Defaults();
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& name = arguments[i];
+    if (name == "--help") {
+      options.help = true;
+    } else if (name == "--until-eof") {
+      options.untilEof = true;
+    } else if (name == "--old-boot") {
+      ApplyToMotorControllers("boot", "1", options);
+    } else if (i + 1 == arguments.size() || !ApplyOption(name, arguments[i + 1], options)) {
+      error = "cannot understand " + name + (i + 1 < arguments.size() ? " " + arguments[i + 1] : "");
+      return std::nullopt;
+    } else {
+      ++i;
+    }
+  }
+  return options;
+}
+
+std::optional<RunState> ParseState(std::string_view text) {
+  for (const auto& [name, state] : kStates)
+    if (name == text) return state;
+  return std::nullopt;
+}
+
+std::string_view NameOf(RunState state) {
+  for (const auto& [name, known] : kStates)
+    if (known == state) return name;
+  return {};
+}
+
+std::optional<std::uint32_t> ParseNumber(std::string_view text, std::uint32_t most) {
+  const bool hexadecimal = text.starts_with("0x");
+  if (hexadecimal) text.remove_prefix(2);
+  std::uint32_t value = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value, hexadecimal ? 16 : 10);
+  if (error != std::errc() || stop != end || value > most) return std::nullopt;
+  return value;
+}
+
+}  // namespace tarnwick::mount
