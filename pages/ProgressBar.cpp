@@ -36,10 +36,8 @@ void ProgressBar::paintEvent(QPaintEvent*) {
   const QPalette& colours = palette();
   const auto group = QPalette::Active;
   QPainter painter(this);
-  painter.setPen(colours.color(group, QPalette::Mid));
-  painter.setBrush(colours.color(group, QPalette::Base));
-  painter.drawRect(rect().adjusted(0, 0, -1, -1));
-
+  painter.fillRect(rect(), colours.color(group, QPalette::Mid));
+  painter.fillRect(Track(), colours.color(group, QPalette::Base));
   QRect bar = Track();
   bar.setWidth(mBarWidth);
   painter.fillRect(bar, colours.color(group, QPalette::Highlight));
@@ -47,6 +45,7 @@ void ProgressBar::paintEvent(QPaintEvent*) {
   painter.setPen(colours.color(group, QPalette::Text));
   painter.drawText(rect(), Qt::AlignCenter, mText);
   if (bar.isEmpty()) return;
+  // Over the bar the text is drawn once more, in the colour that reads well there.
   painter.setClipRect(bar);
   painter.fillRect(bar, colours.color(group, QPalette::Highlight));
   painter.setPen(colours.color(group, QPalette::HighlightedText));

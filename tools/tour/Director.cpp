@@ -1,0 +1,127 @@
+#include "Director.h"
+
+#include <QAbstractButton>
+#include <QCoreApplication>
+#include <QApplication>
+#include <QTest>
+#include <QTimer>
+#include <chrono>
+#include <iostream>
+
+#include "platform/qt/QtText.h"
+
+namespace tarnwick::tour {
+namespace {
+
+constexpr std::chrono::milliseconds kTick{25};
+/// Ticks without change before the window counts as at rest, so that it has been painted too.
+constexpr int kQuiet = 4;
+constexpr int kMostTicks = 12000;
+
+std::string ButtonNames(const QMessageBox& box) {
+  std::string names;
+  for (const QAbstractButton* const button : box.buttons()) {
+    names += names.empty() ? "" : ", ";
+    names += button->text().remove(QLatin1Char('&')).toStdString();
+  }
+  return names;
+}
+
+}  // namespace
+
+Director::Director(QWidget& frame, std::filesystem::path folder)
+    : mFrame(frame), mFolder(std::move(folder)), mProtocol(mFolder / "tour.txt"), mTicksLeft(kMostTicks) {}
+
+bool Director::Play() {
+  QTimer::singleShot(kTick, [this] { Tick(); });
+  QCoreApplication::exec();
+  for (const Cue& cue : mCues) Check(false, "a box came up that begins \"" + cue.begins + "\"");
+  return !mFailed;
+}
+
+void Director::Curtain() { QCoreApplication::exit(); }
+
+void Director::Tick() {
+  // Armed first: what follows may open a box or start a run, and go on ticking inside it.
+  QTimer::singleShot(kTick, [this] { Tick(); });
+  if (--mTicksLeft < 0) {
+    Check(false, "the tour ended in time");
+    return Curtain();
+  }
+  if (AnswerBox()) return;
+  PictureOfRun();
+  if (!AtRest()) {
+    mQuietTicks = 0;
+    return;
+  }
+  if (++mQuietTicks < kQuiet || mScenes.empty()) return;
+  mQuietTicks = 0;
+  const std::function<void()> scene = std::move(mScenes.front());
+  mScenes.pop_front();
+  scene();
+}
+
+bool Director::AnswerBox() {
+  auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+  if (box == nullptr) {
+    mBox = nullptr;
+    return false;
+  }
+  if (box != mBox) {
+    mBox = box;
+    mQuietTicks = 0;
+  }
+  if (++mQuietTicks != kQuiet) return true;
+  const std::string text = box->text().toStdString();
+  Note("[" + box->windowTitle().toStdString() + "] " + text);
+  const bool expected = !mCues.empty() && text.starts_with(mCues.front().begins);
+  Check(expected, "the box was expected");
+  const Cue cue = expected ? mCues.front() : Cue{{}, QMessageBox::NoButton, "unexpected"};
+  if (expected) mCues.pop_front();
+  PictureOf(*box, "box-" + cue.picture);
+  cue.before();
+  QAbstractButton* button = box->button(cue.answer);
+  if (button == nullptr) button = box->buttons().back();
+  Note("  of " + ButtonNames(*box) + ": " + button->text().remove(QLatin1Char('&')).toStdString());
+  QTest::mouseClick(button, Qt::LeftButton);
+  return true;
+}
+
+void Director::PictureOfRun() {
+  if (mRunPictured) return;
+  const QWidget* const bar = mFrame.findChild<QWidget*>(QStringLiteral("progress"));
+  if (bar == nullptr || !bar->isVisible()) return;
+  const QString text = bar->accessibleDescription();
+  const int percent = QStringView(text).mid(text.lastIndexOf(QLatin1Char(' ')) + 1).chopped(text.isEmpty() ? 0 : 1).toInt();
+  if (!text.startsWith(QLatin1String("Programming")) || percent < 45) return;
+  mRunPictured = true;
+  Picture("run-half-done");
+}
+
+bool Director::AtRest() const {
+  const QWidget* const page = mFrame.findChild<QWidget*>(QStringLiteral("picPage"));
+  return page != nullptr && page->isEnabled() && mFrame.isVisible();
+}
+
+void Director::Picture(const std::string& name) { PictureOf(mFrame, name); }
+
+void Director::PictureOf(QWidget& widget, const std::string& name) {
+  const std::filesystem::path file = mFolder / (name + ".png");
+  Check(widget.grab().save(QString::fromStdString(file.string())), "picture " + name + ".png");
+}
+
+void Director::Note(const std::string& line) {
+  mProtocol << line << '\n' << std::flush;
+  std::cout << line << std::endl;
+}
+
+void Director::Check(bool holds, const std::string& what) {
+  Note((holds ? "ok      " : "FAILED  ") + what);
+  mFailed = mFailed || !holds;
+}
+
+void Director::Click(const char* name) {
+  QTest::mouseClick(&Find<QWidget>(name), Qt::LeftButton);
+}
+
+}  // namespace tarnwick::tour

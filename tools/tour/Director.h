@@ -1,0 +1,72 @@
+// Leads a user's way through the real window: waits until it is at rest, plays the next scene, and
+// answers the boxes that come up. Nothing of the program is called; it sees key and mouse events.
+#pragma once
+
+#include <QMessageBox>
+#include <QWidget>
+#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+namespace tarnwick::tour {
+
+/// A box that is expected, by the beginning of its text, and how it is answered.
+struct Cue {
+  std::string begins;
+  QMessageBox::StandardButton answer;
+  std::string picture;                      ///< Name of its picture, without extension.
+  std::function<void()> before = [] {};     ///< Runs before the answer.
+};
+
+class Director {
+ public:
+  /// Pictures and "tour.txt" go to `folder`, which is there.
+  Director(QWidget& frame, std::filesystem::path folder);
+
+  void Scene(std::function<void()> play) { mScenes.push_back(std::move(play)); }
+  /// Cues are used up in the order given.
+  void Expect(Cue cue) { mCues.push_back(std::move(cue)); }
+
+  /// Plays everything within the event loop. True when no check failed and every cue was used.
+  bool Play();
+  /// Ends the play: the program has ended.
+  void Curtain();
+
+  void Picture(const std::string& name);
+  void Note(const std::string& line);
+  /// Notes what was checked; one that does not hold fails the play.
+  void Check(bool holds, const std::string& what);
+
+  /// A control on view, of the frame or of the page, by the name that the program knows it by.
+  template <class Widget>
+  Widget& Find(const char* name) {
+    for (Widget* const found : mFrame.findChildren<Widget*>(QLatin1String(name))) {
+      if (found->isVisible()) return *found;
+    }
+    throw std::logic_error(std::string("not on view: ") + name);
+  }
+  void Click(const char* name);
+
+ private:
+  void Tick();
+  bool AnswerBox();
+  void PictureOfRun();
+  bool AtRest() const;
+  void PictureOf(QWidget& widget, const std::string& name);
+
+  QWidget& mFrame;
+  std::filesystem::path mFolder;
+  std::ofstream mProtocol;
+  std::deque<std::function<void()>> mScenes;
+  std::deque<Cue> mCues;
+  QMessageBox* mBox = nullptr;  ///< The box on view, to tell a new one from the one just answered.
+  int mQuietTicks = 0;
+  int mTicksLeft = 0;
+  bool mRunPictured = false;
+  bool mFailed = false;
+};
+
+}  // namespace tarnwick::tour

@@ -1,0 +1,205 @@
+// The tour: a whole visit of the program, from the first page to a written mount, by key and mouse.
+//
+//   tarnwick-tour DIR
+//
+// Leaves a picture of every page, of a run half done and of each box in DIR, and "tour.txt" with
+// what was asked and answered. Exits 0 only when the memory that the simulated mount itself dumps
+// equals the package, word by word, and the report says so.
+#include <QApplication>
+#include <QComboBox>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QTemporaryDir>
+#include <QTest>
+#include <filesystem>
+#include <iostream>
+
+#include "Director.h"
+#include "MountProcess.h"
+#include "app/App.h"
+#include "firmware/QALclass.h"
+#include "platform/program.h"
+#include "platform/text.h"
+#include "wizard/WizardWindow.h"
+
+namespace tarnwick::tour {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kPort = "COM5";
+constexpr std::int32_t kAzimuth = 16;
+constexpr std::int32_t kAltitude = 17;
+
+/// The tour's own copy of the portable folder, so that the user's settings stay as they are.
+fs::path CopyPortable(const fs::path& from, const fs::path& to) {
+  fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::skip_symlinks);
+  fs::remove_all(to / "ports");
+  fs::create_directory(to / "ports");
+  fs::remove(to / "Tarnwick.ini");
+  return to;
+}
+
+bool MemoryEquals(const QALclass& package, std::int32_t device, const std::vector<std::int32_t>& memory) {
+  const std::int32_t last = package.DeviceWords(device);
+  if (static_cast<std::int32_t>(memory.size()) <= last) return false;
+  for (std::int32_t word = 0; word <= last; ++word) {
+    const std::int32_t expected = *package.DeviceHiByte(device, word) * 256 + *package.DeviceLoByte(device, word);
+    if (memory[static_cast<std::size_t>(word)] != expected) return false;
+  }
+  return true;
+}
+
+std::string Report(Director& director) {
+  return director.Find<QPlainTextEdit>("txtStatus").toPlainText().toStdString();
+}
+
+int CountOf(const std::string& text, const std::string& part) {
+  int count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+void ChooseItem(QListWidget& list, const QString& text) {
+  for (int row = 0; row < list.count(); ++row) {
+    if (list.item(row)->text() != text) continue;
+    list.scrollToItem(list.item(row));
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualItemRect(list.item(row)).center());
+    return;
+  }
+}
+
+class Tour {
+ public:
+  Tour(Director& director, MountProcess& mount, const fs::path& package)
+      : mDirector(director), mMount(mount), mPackageName(package.filename().string()) {
+    mPackage.LoadQALfile(package);
+  }
+
+  void Rehearse() {
+    ChoosePort();
+    ChoosePackage();
+    Program();
+    Verify();
+    Leave();
+  }
+
+ private:
+  void ChoosePort() {
+    mDirector.Scene([this] {
+      mDirector.Picture("page-1");
+      mDirector.Click("cmdStepFwd");
+    });
+    mDirector.Scene([this] {
+      auto& ports = mDirector.Find<QComboBox>("cboComPort");
+      for (int i = 0; i < ports.count() && ports.currentText() != QLatin1String(kPort); ++i) {
+        QTest::keyClick(&ports, Qt::Key_Down);
+      }
+      mDirector.Check(ports.currentText() == QLatin1String(kPort), "the simulated mount's port is in the list");
+      mDirector.Picture("page-2");
+      QTest::keyClick(&ports, Qt::Key_Right, Qt::AltModifier);
+    });
+  }
+
+  void ChoosePackage() {
+    mDirector.Scene([this] {
+      ChooseItem(mDirector.Find<QListWidget>("lstFirmware"), QString::fromStdString(mPackageName));
+    });
+    mDirector.Scene([this] {
+      mDirector.Check(CountOf(Report(mDirector), "State: Running") == 2, "both controllers run before");
+      mDirector.Picture("page-3");
+      QTest::keyClick(&mDirector.Find<QListWidget>("lstFirmware"), Qt::Key_Return);
+    });
+  }
+
+  void Program() {
+    mDirector.Scene([this] {
+      ChooseItem(mDirector.Find<QListWidget>("lstDevices"), QStringLiteral("All Devices"));
+      mDirector.Picture("page-4");
+      for (const char* const picture : {"boot-loader-1", "boot-loader-2"}) {
+        mDirector.Expect({"Your BootLoader on this device needs to be upgraded", QMessageBox::Yes, picture});
+      }
+      mDirector.Expect({"Programming Complete", QMessageBox::Ok, "complete", [this] { mMount.CyclePower(); }});
+      mDirector.Click("cmdProgram");
+    });
+    mDirector.Scene([this] {
+      const std::string report = Report(mDirector);
+      mDirector.Note(report);
+      const std::string version = "Version: " + text::Fixed2(mPackage.DeviceVersion(1)) + "\n";
+      mDirector.Check(CountOf(report, "State: Running") == 2, "both controllers run afterwards");
+      mDirector.Check(CountOf(report, version) == 2, "both report the new version");
+      mDirector.Check(MemoryEquals(mPackage, 1, mMount.Dump(kAzimuth)), "the first controller's memory is the package");
+      mDirector.Check(MemoryEquals(mPackage, 2, mMount.Dump(kAltitude)), "the second controller's memory is the package");
+      mDirector.Picture("page-4-done");
+    });
+  }
+
+  void Verify() {
+    mDirector.Scene([this] {
+      mDirector.Expect({"Contents are Identical", QMessageBox::Ok, "identical"});
+      mDirector.Click("cmdVerify");
+    });
+    mDirector.Scene([this] {
+      mMount.Poke(kAltitude, 300, 0x0123);
+      mDirector.Expect({"Found Difference at Address: 300\n\nValue of 291 should be ", QMessageBox::Ok, "difference"});
+      mDirector.Click("cmdVerify");
+    });
+  }
+
+  void Leave() {
+    mDirector.Scene([this] {
+      mDirector.Expect({"Are you sure you want to Exit the program?", QMessageBox::Yes, "exit"});
+      mDirector.Click("cmdTerminate");
+    });
+  }
+
+  Director& mDirector;
+  MountProcess& mMount;
+  std::string mPackageName;
+  QALclass mPackage;
+};
+
+int Run(QApplication& application, const fs::path& folder) {
+  const fs::path binaries = fs::read_symlink("/proc/self/exe").parent_path();
+  QTemporaryDir scratch;
+  const fs::path home = CopyPortable(binaries.parent_path() / "portable", fs::path(scratch.path().toStdString()) / "Tarnwick");
+  program::Set({home, "Tarnwick", program::This().major, program::This().minor, program::This().revision});
+  fs::current_path(scratch.path().toStdString());
+
+  MountProcess mount;
+  const fs::path port = home / "ports" / kPort;
+  if (!mount.Start(QString::fromStdString((binaries / "tarnwick-mount").string()),
+                   {QStringLiteral("--link"), QString::fromStdString(port.string()), QStringLiteral("--model"),
+                    QStringLiteral("5"), QStringLiteral("--revision"), QStringLiteral("2"),
+                    QStringLiteral("--old-boot")})) {
+    std::cerr << "The simulated mount did not start.\n";
+    return 1;
+  }
+
+  App app(application);
+  Director director(app.Window(), folder);
+  program::SetEnd([&director] { director.Curtain(); });
+  Tour tour(director, mount, home / "MotorControllers" / TARNWICK_TOUR_PACKAGE);
+  tour.Rehearse();
+  app.Start();
+  return director.Play() ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace tarnwick::tour
+
+int main(int argc, char* argv[]) {
+  QApplication application(argc, argv);
+  if (argc != 2) {
+    std::cerr << "usage: tarnwick-tour DIR\n";
+    return 2;
+  }
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::absolute(argv[1]);
+  std::filesystem::create_directories(folder, error);
+  if (error) {
+    std::cerr << folder << ": " << error.message() << '\n';
+    return 2;
+  }
+  return tarnwick::tour::Run(application, folder);
+}
