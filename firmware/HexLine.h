@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <span>
 #include <string_view>
 
 #include "firmware/QalPackage.h"
@@ -27,8 +26,10 @@ inline HexDigitValue HexDigit(char character) {
   return kHexDigits[static_cast<unsigned char>(character)];
 }
 
-/// The checksum byte of a record, over its bytes from the length to the last data byte.
-std::uint8_t LineCheckSum(std::span<const std::uint8_t> bytes);
+/// The checksum byte of a record whose bytes, from the length to the last data byte, add up to `sum`.
+constexpr std::uint8_t LineCheckSum(unsigned sum) {
+  return static_cast<std::uint8_t>(0u - sum);
+}
 
 /// One record, decoded.
 class HexLine {

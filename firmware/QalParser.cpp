@@ -1,7 +1,6 @@
 #include "QalParser.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <utility>
 
@@ -15,13 +14,14 @@ constexpr std::size_t kGrowth = 1000;
 /// Images are sent and padded in groups of so many words.
 constexpr std::int32_t kGroup = 4;
 
-/// The keys whose value is kept as it stands.
-constexpr std::array<std::pair<std::string_view, std::string QalPackage::*>, 4> kTextKeys = {{
-    {"FILENAME", &QalPackage::Filename},
-    {"FILEDATE", &QalPackage::FileDate},
-    {"COMMENTS", &QalPackage::Comments},
-    {"MODELNAME", &QalPackage::ModelName},
-}};
+/// Where the value of a key goes that is kept as it stands; null for any other key.
+std::string QalPackage::*TextField(std::string_view key) {
+  if (key == "FILENAME") return &QalPackage::Filename;
+  if (key == "FILEDATE") return &QalPackage::FileDate;
+  if (key == "COMMENTS") return &QalPackage::Comments;
+  if (key == "MODELNAME") return &QalPackage::ModelName;
+  return nullptr;
+}
 
 std::int32_t WholeNumber(std::string_view text) {
   return text::ToInt32(text::NumericPrefix(text));
@@ -59,19 +59,19 @@ void QalParser::Parse(std::string_view text) {
 }
 
 void QalParser::ReadLine(std::string_view line) {
-  if (line.find('=') != std::string_view::npos) {
-    ReadKeyLine(line);
-  } else if (line.starts_with(':')) {
-    ReadHexLine(line);
+  // A "=" anywhere makes a key line, but a good record holds none: it is looked for in the others.
+  if (line.starts_with(':')) {
+    const QalError error = mHexLine.ParseHexLine(line);
+    if (error == QalError::None) return StoreRecord();
+    if (line.find('=') == std::string_view::npos) return mPackage.SetError(error);
   }
+  if (line.find('=') != std::string_view::npos) ReadKeyLine(line);
 }
 
 void QalParser::ReadKeyLine(std::string_view line) {
   auto [key, value] = text::SplitKeyValue(line);
-  const auto* textKey =
-      std::find_if(kTextKeys.begin(), kTextKeys.end(), [&](const auto& entry) { return entry.first == key; });
-  if (textKey != kTextKeys.end()) {
-    mPackage.*textKey->second = std::move(value);
+  if (const auto field = TextField(key)) {
+    mPackage.*field = std::move(value);
   } else if (key == "FILEVER") {
     ReadFileVersion(value);
   } else if (key == "MODELNUMBER") {
@@ -129,9 +129,7 @@ void QalParser::CloseBlock(std::string_view value) {
   OpenBlock({});
 }
 
-void QalParser::ReadHexLine(std::string_view line) {
-  const QalError error = mHexLine.ParseHexLine(line);
-  if (error != QalError::None) return mPackage.SetError(error);
+void QalParser::StoreRecord() {
   const std::size_t count = mHexLine.WordCount();
   if (mImage == kNone || count == 0 || mHexLine.EndOfFile()) return;
 

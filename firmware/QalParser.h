@@ -26,7 +26,7 @@ class QalParser {
   bool Failed() const { return mPackage.Error != QalError::None; }
   void ReadLine(std::string_view line);
   void ReadKeyLine(std::string_view line);
-  void ReadHexLine(std::string_view line);
+  void StoreRecord();
   void ReadFileVersion(std::string_view value);
   void ReadHwRev(std::string value);
   void DeclareDevice(std::string_view value);

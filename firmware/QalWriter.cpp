@@ -1,6 +1,7 @@
 #include "firmware/QalWriter.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "HexLine.h"
 #include "platform/text.h"
@@ -36,7 +37,7 @@ std::string QalHexLine(std::uint16_t address, std::span<const std::uint8_t> byte
                                       static_cast<std::uint8_t>(address >> 8),
                                       static_cast<std::uint8_t>(address & 0xFF), 0};
   record.insert(record.end(), bytes.begin(), bytes.end());
-  record.push_back(LineCheckSum(record));
+  record.push_back(LineCheckSum(std::accumulate(record.begin(), record.end(), 0u)));
   std::string line = ":";
   for (const std::uint8_t byte : record) {
     line += "0123456789ABCDEF"[byte >> 4];
