@@ -1,0 +1,221 @@
+// The rules that a simulated device keeps, each asked for as a program would.
+#include "mount/Device.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "mount/Mount.h"
+
+namespace tarnwick::mount {
+namespace {
+
+using wire::Bytes;
+using wire::Command;
+using wire::Reason;
+
+constexpr std::array<RunState, 3> kAwake = {RunState::Running, RunState::Boot, RunState::Program};
+
+struct Asked {
+  explicit Asked(const DeviceSetup& setup) : device(setup) {}
+  Bytes Done(Command command, const Bytes& payload = {}) {
+    const Reply reply = device.Handle(command, payload);
+    EXPECT_EQ(reply.kind, wire::Kind::Done) << "command " << static_cast<int>(command);
+    return reply.payload;
+  }
+  /// The reason of a refusal; 0 when it was none.
+  int Refusal(Command command, const Bytes& payload = {}) {
+    const Reply reply = device.Handle(command, payload);
+    return reply.kind == wire::Kind::Refused ? reply.payload[0] : 0;
+  }
+  void Write(std::uint32_t index, std::uint16_t word) {
+    const auto low = [](std::uint32_t value) { return static_cast<std::uint8_t>(value & 0xFF); };
+    Done(Command::Write1, {low(index >> 8), low(index), low(word), low(word >> 8U)});
+  }
+  std::uint16_t Read(std::uint32_t place) {
+    const auto high = static_cast<std::uint8_t>(place >> 8);
+    const Bytes answer = Done(Command::Read, {high, static_cast<std::uint8_t>(place & 0xFF), 1});
+    return answer.size() == 3 ? wire::Get16(answer, 1) : std::uint16_t{0};
+  }
+  /// Programs an image that begins with these words and carries the version 7.31.
+  int Program(const std::vector<std::uint16_t>& words) {
+    Done(Command::Start);
+    for (std::uint32_t i = 0; i < words.size(); ++i) Write(i, words[i]);
+    constexpr std::array<std::uint16_t, 4> kMarker = {0x1A5A, 0x25A5, 7, 31};
+    for (std::uint32_t i = 0; i < kMarker.size(); ++i) Write(8 + i, kMarker[i]);
+    return Refusal(Command::End);
+  }
+  Bytes State() { return Done(Command::State); }
+
+  Device device;
+};
+
+DeviceSetup With(int revision, RunState state, int boot = 2) {
+  DeviceSetup setup;
+  setup.revision = revision;
+  setup.state = state;
+  setup.bootVersion = boot;
+  return setup;
+}
+
+TEST(Device, AnswersEachCommandInItsStates) {
+  struct Case {
+    Command command;
+    bool running, boot, program;
+  };
+  constexpr int kNo = static_cast<int>(Reason::WrongState);
+  for (const int revision : {2, 5}) {
+    for (const Case& c : std::vector<Case>{{Command::State, true, true, true},
+                                           {Command::Model, true, false, false},
+                                           {Command::Revision, true, false, false},
+                                           {Command::BootRevision, revision < 4, true, true},
+                                           {Command::BootVersion, revision == 5, true, true},
+                                           {Command::Enter, true, false, false},
+                                           {Command::Start, false, true, false},
+                                           {Command::End, false, false, true},
+                                           {Command::Check, false, false, true},
+                                           {Command::Read, true, true, false},
+                                           {Command::Write1, false, false, true}}) {
+      const std::array<bool, 3> taken = {c.running, c.boot, c.program};
+      for (std::size_t i = 0; i < kAwake.size(); ++i) {
+        Asked asked(With(revision, kAwake[i]));
+        const Bytes payload = c.command == Command::Read ? Bytes{0, 0, 1} : Bytes{0, 0, 0, 0};
+        EXPECT_EQ(asked.Refusal(c.command, payload), taken[i] ? 0 : kNo)
+            << "command " << static_cast<int>(c.command) << " revision " << revision << " state " << i + 1;
+      }
+    }
+  }
+}
+
+TEST(Device, FallsToBootModeWhenAskedForTheBootRevisionBelowRevision4) {
+  Asked asked(With(2, RunState::Running));
+  EXPECT_EQ(asked.Done(Command::BootRevision), Bytes{2});
+  EXPECT_EQ(asked.State(), (Bytes{2, 0, 0}));
+  EXPECT_TRUE(asked.device.Complete());
+}
+
+TEST(Device, TellsTheBootRevisionFromAnOldLoaderToo) {
+  for (const RunState state : {RunState::Boot, RunState::Program}) {
+    DeviceSetup setup = With(6, state, 1);
+    EXPECT_EQ(Asked(setup).Done(Command::BootRevision), Bytes{6});
+    setup.claims = 5;
+    EXPECT_EQ(Asked(setup).Done(Command::BootRevision), Bytes{5});
+    EXPECT_EQ(Asked(setup).Done(Command::BootVersion), Bytes{1});
+  }
+}
+
+TEST(Device, RunsAProgrammedImageAfterThePowerCycleOnly) {
+  for (const int revision : {2, 5}) {
+    Asked asked(With(revision, RunState::Running));
+    EXPECT_EQ(asked.State(), (Bytes{1, 4, 2}));
+    asked.Done(Command::Enter);
+    EXPECT_EQ(asked.Program({0x1111, 0x2222, 0x0333, 0x0444}), 0);
+    EXPECT_EQ(asked.State(), (Bytes{2, 0, 0}));
+    asked.device.PowerCycle();
+    EXPECT_EQ(asked.State(), (Bytes{1, 7, 31}));
+    EXPECT_EQ(asked.Done(Command::Model), (Bytes{0, 5}));
+  }
+}
+
+TEST(Device, ComesUpInBootModeWhenTheImageIsIncomplete) {
+  Asked asked(With(5, RunState::Running));
+  asked.Done(Command::Enter);
+  asked.device.PowerCycle();
+  EXPECT_EQ(asked.State()[0], 1);
+  asked.Done(Command::Enter);
+  asked.Done(Command::Start);
+  asked.Write(3, 0x1234);
+  asked.device.PowerCycle();
+  EXPECT_EQ(asked.State()[0], 2);
+  Asked left(With(5, RunState::Program));
+  left.device.PowerCycle();
+  EXPECT_EQ(left.State()[0], 2);
+}
+
+TEST(Device, TakesAnyWordAgainInProgramState) {
+  Asked asked(With(5, RunState::Boot));
+  asked.Done(Command::Start);
+  for (const std::uint16_t value : std::vector<std::uint16_t>{0xABCD, 0x0000, 0x1234}) {
+    asked.Write(0xFFFF, value);
+    asked.Write(0, value);
+    EXPECT_EQ(asked.device.Words().ImageWord(0xFFFF), value);
+  }
+  EXPECT_EQ(asked.Refusal(Command::Write4, {0xFF, 0xFD, 0, 0, 0, 0, 0, 0, 0, 0}), 2);
+}
+
+TEST(Device, KeepsTheFirstWordsApartBelowRevision4) {
+  for (const int revision : {2, 3, 4}) {
+    Asked asked(With(revision, RunState::Boot));
+    asked.Program({0x0101, 0x0202, 0x0303, 0x0404, 0x0505});
+    const bool apart = revision < 4;
+    for (std::uint32_t i = 0; i < 4; ++i) EXPECT_EQ(asked.Read((apart ? 0xFFFC : 0) + i), 0x0101 * (i + 1));
+    EXPECT_EQ(asked.Read(0), apart ? 0x160A : 0x0101);
+    EXPECT_EQ(asked.Read(4), 0x0505);
+    EXPECT_EQ(asked.Read(20), apart ? 0x3FFF : 0xFFFF);
+    EXPECT_EQ(asked.Refusal(Command::Read, {0x3F, 0xFF, 2}), apart ? 2 : 0);
+    EXPECT_EQ(asked.Refusal(Command::Read, {0xFF, 0xFF, 2}), 2);
+  }
+}
+
+TEST(Device, IsRenewedByTheBootPackageThatFitsIt) {
+  const std::vector<std::uint16_t> jumpFix = {0x120A, 0x118A, 0x2810};
+  const auto update = [](std::uint16_t revision) {
+    std::vector<std::uint16_t> words(0x348, 0xFFFF);
+    words[0] = 0xD8FF;
+    words[1] = 0xEF00;
+    words[2] = 0xF003;
+    words[0x347] = static_cast<std::uint16_t>(0x0E00 | revision);
+    return words;
+  };
+  struct Case {
+    int revision;
+    std::vector<std::uint16_t> image;
+    bool taken;
+  };
+  for (const Case& c : std::vector<Case>{{2, jumpFix, true},
+                                         {5, jumpFix, false},
+                                         {5, update(5), true},
+                                         {6, update(6), true},
+                                         {5, update(6), false},
+                                         {2, update(5), false},
+                                         {4, update(4), false}}) {
+    Asked asked(With(c.revision, RunState::Boot, 1));
+    EXPECT_NE(asked.Read(0), 0x160A);
+    EXPECT_EQ(asked.Program(c.image), c.taken ? 0 : static_cast<int>(Reason::NotTaken));
+    EXPECT_EQ(asked.State()[0], 2);
+    EXPECT_EQ(asked.device.BootVersion(), c.taken ? 2 : 1) << c.revision;
+    const bool renewed = asked.Read(0) == 0x160A && asked.Read(1) == 0x158A && asked.Read(2) == 0x2F00;
+    EXPECT_EQ(renewed, c.taken && c.revision < 4);
+    asked.device.PowerCycle();
+    EXPECT_EQ(asked.State()[0], 2);
+    EXPECT_EQ(asked.Program({1, 2, 3, 4}), 0);
+    asked.device.PowerCycle();
+    EXPECT_EQ(asked.State()[0], 1);
+  }
+}
+
+TEST(Mount, AnswersARepeatedRequestWithoutCarryingItOutAgain) {
+  Mount mount;
+  mount.Put(16, With(5, RunState::Boot));
+  const wire::Frame start{wire::Kind::Request, Command::Start, 9, 16, {}};
+  const auto first = mount.Handle(start);
+  mount.Devices().at(16).Words().ImageWord(5, 0x1234);
+  EXPECT_EQ(mount.Handle(start), first);
+  EXPECT_EQ(mount.Devices().at(16).Words().ImageWord(5), 0x1234);
+  mount.PowerCycle();
+  EXPECT_EQ(mount.Handle(start)->kind, wire::Kind::Done);
+  EXPECT_EQ(mount.Devices().at(16).Words().ImageWord(5), 0xFFFF);
+}
+
+TEST(Mount, IsSilentForDevicesThatAreNotThere) {
+  Mount mount;
+  mount.Put(16, With(5, RunState::Silent));
+  for (const auto address : {std::uint8_t{16}, std::uint8_t{20}})
+    EXPECT_EQ(mount.Handle({wire::Kind::Request, Command::State, 1, address, {}}), std::nullopt);
+  mount.PowerCycle();
+  EXPECT_EQ(mount.Devices().at(16).State(), RunState::Silent);
+  EXPECT_NE(mount.Handle({wire::Kind::Request, Command::Identify, 2, 0, {}}), std::nullopt);
+}
+
+}  // namespace
+}  // namespace tarnwick::mount

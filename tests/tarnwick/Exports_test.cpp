@@ -1,0 +1,214 @@
+// The built Tarnwick.so against the tarnwick-mount process over a real pseudo terminal.
+#include <dlfcn.h>
+#include <elf.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "support/TempFolder.h"
+
+namespace tarnwick {
+namespace {
+
+/// A tarnwick-mount whose terminal is the port COM5 of `folder`.
+class MountProcess {
+ public:
+  explicit MountProcess(const test::TempFolder& folder) {
+    std::array<int, 2> in{};
+    std::array<int, 2> out{};
+    if (::pipe2(in.data(), O_CLOEXEC) != 0 || ::pipe2(out.data(), O_CLOEXEC) != 0) return;
+    const std::string link = folder / "ports/COM5";
+    mPid = ::fork();
+    if (mPid == 0) {
+      ::dup2(in[0], STDIN_FILENO);
+      ::dup2(out[1], STDOUT_FILENO);
+      ::execl(TARNWICK_MOUNT, TARNWICK_MOUNT, "--link", link.c_str(), "--until-eof", nullptr);
+      ::_exit(127);
+    }
+    ::close(in[0]);
+    ::close(out[1]);
+    mIn = ::fdopen(in[1], "w");
+    mOut = ::fdopen(out[0], "r");
+    ready = Line();
+  }
+  ~MountProcess() { End(SIGKILL); }
+  MountProcess(const MountProcess&) = delete;
+  MountProcess& operator=(const MountProcess&) = delete;
+
+  /// One line of its output, without the line feed; empty at its end.
+  std::string Line() {
+    std::array<char, 256> buffer{};
+    if (std::fgets(buffer.data(), buffer.size(), mOut) == nullptr) return {};
+    return std::string(buffer.data(), std::strcspn(buffer.data(), "\n"));
+  }
+  std::string Ask(const std::string& command) {
+    std::fprintf(mIn, "%s\n", command.c_str());
+    std::fflush(mIn);
+    return Line();
+  }
+  /// Its exit status, or -1 when a signal ended it.
+  int End(int signal) {
+    if (mPid <= 0) return -1;
+    int status = 0;
+    ::kill(mPid, signal);
+    ::waitpid(mPid, &status, 0);
+    mPid = -1;
+    std::fclose(mIn);
+    std::fclose(mOut);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+  std::string ready;
+
+ private:
+  pid_t mPid = -1;
+  FILE* mIn = nullptr;
+  FILE* mOut = nullptr;
+};
+
+/// A copy of the library in a folder of its own, loaded.
+struct Loaded {
+  Loaded() {
+    std::filesystem::create_directory(folder / "ports");
+    std::filesystem::copy(TARNWICK_LIBRARY, folder / "Tarnwick.so");
+    handle = ::dlopen((folder / "Tarnwick.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+  }
+  ~Loaded() {
+    if (handle != nullptr) ::dlclose(handle);
+  }
+  Loaded(const Loaded&) = delete;
+  Loaded& operator=(const Loaded&) = delete;
+
+  template <class... Arguments>
+  std::int32_t Call(const char* name, const char* version, Arguments... arguments) {
+    void* const symbol = ::dlvsym(handle, name, version);
+    if (symbol == nullptr) throw std::runtime_error(std::string(name) + "@" + version);
+    return reinterpret_cast<std::int32_t (*)(Arguments...)>(symbol)(arguments...);
+  }
+  std::int32_t Open(const char* port) { return Call("_initSerialCommon", "4", port); }
+
+  test::TempFolder folder;
+  void* handle = nullptr;
+};
+
+/// "name@version" of each symbol that the library defines, by its section headers.
+std::multiset<std::string> DefinedSymbols(const std::string& file) {
+  const auto* const header = reinterpret_cast<const Elf64_Ehdr*>(file.data());
+  const auto* const sections = reinterpret_cast<const Elf64_Shdr*>(file.data() + header->e_shoff);
+  const auto find = [&](Elf64_Word type) -> const Elf64_Shdr& {
+    const Elf64_Shdr* section = sections;
+    while (section->sh_type != type) ++section;
+    return *section;
+  };
+  const Elf64_Shdr& symbols = find(SHT_DYNSYM);
+  const char* const strings = file.data() + sections[symbols.sh_link].sh_offset;
+  std::vector<std::string> versions(0x100);
+  for (const char* at = file.data() + find(SHT_GNU_verdef).sh_offset;;) {
+    const auto* const definition = reinterpret_cast<const Elf64_Verdef*>(at);
+    const auto* const name = reinterpret_cast<const Elf64_Verdaux*>(at + definition->vd_aux);
+    versions.at(definition->vd_ndx) = strings + name->vda_name;
+    if (definition->vd_next == 0) break;
+    at += definition->vd_next;
+  }
+  const auto* const table = reinterpret_cast<const Elf64_Sym*>(file.data() + symbols.sh_offset);
+  const auto* const indices =
+      reinterpret_cast<const Elf64_Half*>(file.data() + find(SHT_GNU_versym).sh_offset);
+  std::multiset<std::string> names;
+  for (std::size_t i = 1; i < symbols.sh_size / symbols.sh_entsize; ++i)
+    if (table[i].st_shndx != SHN_UNDEF)
+      names.insert(strings + table[i].st_name + std::string("@") + versions.at(indices[i] & 0x7FFF));
+  return names;
+}
+
+TEST(Exports, AreExactlyTheSeventeenDecoratedNames) {
+  EXPECT_EQ(DefinedSymbols(test::ReadFile(TARNWICK_LIBRARY)),
+            (std::multiset<std::string>{
+                "_getDllVersion@12", "_debugFilter@8", "_initSerialCommon@4", "_getSerialMode@0", "_lockHc@0",
+                "_doTestForSkelmirra@0", "_doTestForUpgradeSupport@0", "_getModelCommon@8",
+                "_getMcStateCommon@12", "_getHwRevCommon@8", "_getHwRevFromBootCommon@8",
+                "_getVersionFromBootCommon@8", "_readMcProgMemCommon@16", "_enterBootCommon@4",
+                "_startProgrammingCommon@4", "_sendDataCommon@12", "_endProgrammingCommon@4"}));
+}
+
+TEST(Exports, ProgramADeviceOverAPseudoTerminal) {
+  Loaded library;
+  ASSERT_NE(library.handle, nullptr);
+  EXPECT_EQ(library.Open("COM5"), -1);
+  MountProcess mount(library.folder);
+  ASSERT_TRUE(mount.ready.starts_with("ready /dev/pts/")) << mount.ready;
+  std::int32_t major = -1;
+  std::int32_t minor = -1;
+  std::int32_t build = -1;
+  library.Call("_getDllVersion", "12", &major, &minor, &build);
+  EXPECT_GE(major, 1);
+  EXPECT_GE(build, 0);
+  ASSERT_EQ(library.Open("com5"), 0);
+  EXPECT_NE(library.Call("_getSerialMode", "0"), 2);
+  EXPECT_NE(library.Call("_doTestForSkelmirra", "0"), 0);
+  EXPECT_EQ(library.Call("_doTestForUpgradeSupport", "0"), 0);
+  EXPECT_EQ(library.Call("_getMcStateCommon", "12", 16, &major, &minor), 1);
+  EXPECT_EQ(major * 100 + minor, 402);
+  EXPECT_EQ(library.Call("_getModelCommon", "8", 16, &major), 1);
+  EXPECT_EQ(major, 5);
+  EXPECT_NE(library.Call("_getHwRevCommon", "8", 16, &major), 0);
+  EXPECT_EQ(major, 2);
+  std::array<std::int32_t, 3> words{};
+  EXPECT_EQ(library.Call("_readMcProgMemCommon", "16", 16, 0, 2, words.data()), 1);
+  EXPECT_EQ(words, (std::array<std::int32_t, 3>{0x160A, 0x158A, 0x2F00}));
+
+  EXPECT_EQ(library.Call("_enterBootCommon", "4", 16), 1);
+  EXPECT_EQ(library.Call("_getVersionFromBootCommon", "8", 16, &major), 0);
+  EXPECT_NE(library.Call("_getHwRevFromBootCommon", "8", 16, &major), 0);
+  EXPECT_EQ(library.Call("_startProgrammingCommon", "4", 16), 1);
+  const std::array<std::array<std::int32_t, 10>, 3> blocks = {{{0, 0, 1, 2, 3, 4, 5, 6, 7, 8},
+                                                               {0, 4, 1, 2, 3, 4, 5, 6, 7, 8},
+                                                               {0, 8, 0x5A, 0x1A, 0xA5, 0x25, 7, 0, 31, 0}}};
+  for (const auto& block : blocks) EXPECT_EQ(library.Call("_sendDataCommon", "12", 16, 10, block.data()), 1);
+  EXPECT_EQ(library.Call("_endProgrammingCommon", "4", 16), 1);
+  EXPECT_EQ(library.Call("_getMcStateCommon", "12", 16, &major, &minor), 2);
+  EXPECT_EQ(mount.Ask("dump 16 12"), "0201 0403 0605 0807 0201 0403 0605 0807 1A5A 25A5 0007 001F");
+  EXPECT_EQ(mount.Line(), "end");
+  EXPECT_EQ(mount.Ask("power"), "ok");
+  EXPECT_EQ(library.Call("_getMcStateCommon", "12", 16, &major, &minor), 1);
+  EXPECT_EQ(major * 100 + minor, 731);
+  EXPECT_EQ(mount.End(SIGTERM), 0);
+  EXPECT_FALSE(std::filesystem::is_symlink(library.folder / "ports/COM5"));
+  EXPECT_EQ(library.Call("_getMcStateCommon", "12", 16, &major, &minor), 0);
+}
+
+TEST(Exports, HoldThePortExclusivelyAndGiveItBack) {
+  Loaded library;
+  MountProcess mount(library.folder);
+  ASSERT_EQ(library.Open("COM5"), 0);
+  Loaded second;  // another file, so another library with a state of its own
+  std::filesystem::create_symlink(library.folder / "ports/COM5", second.folder / "ports/COM5");
+  EXPECT_EQ(second.Open("COM5"), -1);
+  library.Open("");
+  EXPECT_EQ(second.Open("COM5"), 0);
+  EXPECT_EQ(library.Open("COM5"), -1);
+}
+
+TEST(Exports, TakeNullPointersForFailures) {
+  Loaded library;
+  std::int32_t* const none = nullptr;
+  library.Call("_getDllVersion", "12", none, none, none);
+  library.Call("_debugFilter", "8", 1, 4);
+  EXPECT_EQ(library.Call("_initSerialCommon", "4", static_cast<const char*>(nullptr)), -1);
+  EXPECT_EQ(library.Call("_getModelCommon", "8", 16, none), 0);
+  EXPECT_EQ(library.Call("_getVersionFromBootCommon", "8", 16, none), -1);
+  EXPECT_EQ(library.Call("_readMcProgMemCommon", "16", 16, 0, 2, none), 0);
+  EXPECT_EQ(library.Call("_sendDataCommon", "12", 16, 10, none), 0);
+}
+
+}  // namespace
+}  // namespace tarnwick

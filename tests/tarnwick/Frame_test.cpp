@@ -1,0 +1,124 @@
+#include "tarnwick/Frame.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <sstream>
+
+#include "support/TempFolder.h"
+#include "tarnwick/Checksum.h"
+
+namespace tarnwick::wire {
+namespace {
+
+/// The bytes in the backquotes of a line of the page; empty when it holds none.
+Bytes HexOf(const std::string& line) {
+  Bytes bytes;
+  const std::size_t first = line.find('`');
+  const std::size_t last = line.rfind('`');
+  if (first == last) return bytes;
+  std::istringstream text(line.substr(first + 1, last - first - 1));
+  for (unsigned value = 0; text >> std::hex >> value;) bytes.push_back(static_cast<std::uint8_t>(value));
+  return bytes;
+}
+
+Scan ScanAll(const Bytes& bytes, Frame& frame) {
+  std::size_t length = 0;
+  const Scan scan = ScanFrame(bytes, frame, length);
+  return scan == Scan::Whole && length != bytes.size() ? Scan::None : scan;
+}
+
+TEST(Checksum, GivesThePublishedCheckValues) {
+  const std::string digits = "123456789";
+  const Bytes bytes(digits.begin(), digits.end());
+  EXPECT_EQ(Crc16(bytes), 0x29B1);
+  EXPECT_EQ(Crc32(bytes), 0xCBF43926U);
+}
+
+TEST(Frame, AgreesWithTheExamplesOfThePage) {
+  const std::vector<Frame> expected = {
+      {Kind::Request, Command::Identify, 0x00, 0, {}},
+      {Kind::Done, Command::Identify, 0x00, 0, {'T', 'W', 1, 0, 1, 0}},
+      {Kind::Request, Command::State, 0x01, 16, {}},
+      {Kind::Done, Command::State, 0x01, 16, {1, 4, 7}},
+      {Kind::Request, Command::Write2, 0x2C, 16, {1, 44, 0x0A, 0x12, 0x8A, 0x11}},
+      {Kind::Done, Command::Write2, 0x2C, 16, {}},
+      {Kind::Request, Command::Read, 0x2D, 17, {0, 0, 3}},
+      {Kind::Done, Command::Read, 0x2D, 17, {3, 0x16, 0x0A, 0x15, 0x8A, 0x2F, 0x00}},
+      {Kind::Request, Command::Start, 0x2E, 16, {}},
+      {Kind::Refused, Command::Start, 0x2E, 16, {1}},
+  };
+  std::istringstream page(test::ReadFile(TARNWICK_PROTOCOL_PAGE));
+  std::string line;
+  while (std::getline(page, line) && line != "### Examples") continue;
+  std::size_t count = 0;
+  while (std::getline(page, line) && !line.starts_with("## ")) {
+    const Bytes bytes = HexOf(line);
+    if (bytes.empty()) continue;
+    ASSERT_LT(count, expected.size()) << line;
+    Frame frame;
+    EXPECT_EQ(ScanAll(bytes, frame), Scan::Whole) << line;
+    EXPECT_EQ(frame, expected[count]) << line;
+    EXPECT_EQ(Encode(expected[count]), bytes) << line;
+    ++count;
+  }
+  EXPECT_EQ(count, expected.size());
+}
+
+TEST(Frame, IsNoneWhenOneByteIsFlippedDroppedOrDoubled) {
+  const Frame sent{Kind::Request, Command::Write4, 7, 17, {0, 8, 1, 2, 3, 4, 5, 6, 7, 8}};
+  const Bytes good = Encode(sent);
+  for (std::size_t at = 0; at < good.size(); ++at) {
+    Frame frame;
+    for (int bit = 0; bit < 8; ++bit) {
+      Bytes bytes = good;
+      bytes[at] = static_cast<std::uint8_t>(bytes[at] ^ (1 << bit));
+      EXPECT_NE(ScanAll(bytes, frame), Scan::Whole) << at;
+    }
+    Bytes shorter = good;
+    shorter.erase(shorter.begin() + static_cast<std::ptrdiff_t>(at));
+    EXPECT_NE(ScanAll(shorter, frame), Scan::Whole) << at;
+    Bytes longer = good;
+    longer.insert(longer.begin() + static_cast<std::ptrdiff_t>(at), good[at]);
+    std::size_t length = 0;
+    // Doubling the last byte leaves a whole frame and a byte behind it.
+    EXPECT_EQ(ScanFrame(longer, frame, length) == Scan::Whole, at + 1 == good.size()) << at;
+  }
+}
+
+TEST(RequestReader, FindsTheRequestBehindNoiseAndOtherFrames) {
+  const Frame first{Kind::Request, Command::State, 1, 16, {}};
+  const Frame second{Kind::Request, Command::Read, 2, 17, {0, 4, 1}};
+  RequestReader reader;
+  reader.Push(Bytes{0x00, 0xFF, 0x13});
+  reader.Push(Encode({Kind::Done, Command::State, 9, 16, {1, 2, 3}}));
+  reader.Push(Encode(first));
+  EXPECT_EQ(reader.Next(), first);
+  for (const std::uint8_t byte : Encode(second)) {
+    EXPECT_EQ(reader.Next(), std::nullopt);
+    reader.Push(Bytes{byte});
+  }
+  EXPECT_EQ(reader.Next(), second);
+  EXPECT_FALSE(reader.Waiting());
+  // A head of noise swallows the request until it is given up.
+  reader.Push(Bytes{0x97});
+  reader.Push(Encode(first));
+  EXPECT_EQ(reader.Next(), std::nullopt);
+  reader.GiveUp();
+  EXPECT_EQ(reader.Next(), first);
+}
+
+TEST(RequestReader, HoldsLittleBackWhateverComes) {
+  std::mt19937 random(1);
+  RequestReader reader;
+  for (int i = 0; i < 20'000; ++i) {
+    reader.Push(Bytes{static_cast<std::uint8_t>(random())});
+    while (reader.Next()) continue;
+    int held = 0;
+    for (RequestReader copy = reader; copy.Waiting(); ++held) copy.GiveUp();
+    ASSERT_LT(held, 15);
+  }
+}
+
+}  // namespace
+}  // namespace tarnwick::wire
