@@ -9,6 +9,9 @@ using testing::IsEmpty;
 
 TEST_F(WizardTest, StepIsOneOrderOfCallsAndGoingBackLoadsNothing) {
   Open();
+  frame.onCall = [&](const std::string& line) {
+    EXPECT_EQ(wizard->FinishedLoading(), !line.starts_with("LayoutFrame"));
+  };
   wizard->cmdStepFwd_Click();
   EXPECT_THAT(frame.Take(),
               ElementsAre("BeforeStep 1", "One BeforePageHide 2", "SetPageVisible One off", "LoadPage Two",
@@ -128,6 +131,7 @@ TEST_F(WizardTest, NothingButARedirectActsDuringAStep) {
     wizard->TransferFocus();
     wizard->TranslateKey(key, 0);
     EXPECT_EQ(key, 27);
+    EXPECT_EQ(wizard->NextStep(), 2);
     for (int i = 0; i < 100; ++i) Add("More", {});  // The table may grow under the step.
   };
   wizard->Step(1);

@@ -11,6 +11,8 @@ TEST_F(WizardTest, StartBringsTheFrameUpWithItsFirstPageInPlace) {
   EXPECT_EQ(Numbers(), (std::array{-1, -1, -1}));
   EXPECT_EQ(wizard->StepCount(), -1);
   wizard->Start();  // Without a page nothing happens.
+  wizard->Step(-1);
+  EXPECT_EQ(Numbers(), (std::array{-1, 0, 1}));
   AddFour();
   wizard->Start();
   EXPECT_THAT(frame.Take(),
@@ -136,6 +138,7 @@ TEST_F(WizardTest, KeysActOnWhatIsEnabled) {
       {"Escape, button dead", 3, true, 27, 0, "", true, 0},
       {"Alt+Left", 2, false, 37, 4, "BeforeStep -1", false, 0},
       {"Alt+Left, first page", 1, false, 37, 4, "", false, 0},
+      {"Alt+Right, frozen", 2, true, 39, 4, "", false, 0},
       {"Left", 2, false, 37, 0, "", false, 0},
       {"Alt+Right", 2, false, 39, 4, "BeforeStep 1", false, 0},
       {"Alt+Right, last page", 4, false, 39, 4, "", false, 0},
