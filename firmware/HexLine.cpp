@@ -5,7 +5,7 @@ namespace {
 
 constexpr std::size_t kShortest = 11;
 
-/// Two digits as one byte, with `kNoHexDigit` or its quadruple neighbour set for a bad one.
+/// Two digits as one byte; above 0xFF when one of them is no digit.
 inline unsigned Pair(const char* digits) {
   return (static_cast<unsigned>(HexDigit(digits[0])) << 4) | HexDigit(digits[1]);
 }
