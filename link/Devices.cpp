@@ -49,11 +49,6 @@ bool InBootLoader(const DeviceEntry& device) {
   return device.State == McState::BootMode || device.State == McState::Program;
 }
 
-/// Revisions whose boot loader needs its version known before it is believed.
-bool NeedsBootVersion(std::int32_t revision) {
-  return revision == 5 || revision == 6;
-}
-
 /// The lines of a report, each with its end.
 std::string Lines(std::initializer_list<std::string> lines) {
   std::string joined;
@@ -103,7 +98,7 @@ void RefreshDevice(std::int32_t index) {
   device.Version = 0.0;
   ReadDeviceState(index);
   ReadDeviceHwRev(index);
-  if (InBootLoader(device) && NeedsBootVersion(device.HwRev)) ReadBootVersion(index);
+  if (InBootLoader(device) && HasBootVersion(device.HwRev)) ReadBootVersion(index);
   if (device.State == McState::Running) {
     ReadModelNumber(device.Address, device.Model);
     device.ModelName = ModelNameOf(device.Model);
@@ -117,6 +112,10 @@ void RefreshDevices() {
 void ForgetRevisions(std::int32_t index) {
   DeviceEntry& device = gDevices[index];
   device.HwRev = device.HwRevApp = device.HwRevBoot = 0;
+}
+
+bool HasBootVersion(std::int32_t revision) {
+  return revision == 5 || revision == 6;
 }
 
 void ReadDeviceState(std::int32_t index) {
@@ -160,7 +159,7 @@ bool ReadModelNumber(std::int32_t address, std::int32_t& model) {
 
 std::int32_t EffectiveHwRev(std::int32_t index) {
   const DeviceEntry& device = gDevices[index];
-  if (!NeedsBootVersion(device.HwRev)) return device.HwRev;
+  if (!HasBootVersion(device.HwRev)) return device.HwRev;
   if (device.HwRevApp != 0) return device.HwRevApp;
   return device.BootVersion >= 2 ? device.HwRevBoot : 0;
 }

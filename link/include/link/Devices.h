@@ -58,6 +58,10 @@ void RefreshDevices();
 /// Forgets the revisions of a row: `HwRev`, `HwRevApp` and `HwRevBoot` become 0.
 void ForgetRevisions(std::int32_t index);
 
+/// True of revisions 5 and 6: the only ones whose boot loader tells a version, and is believed only
+/// from version 2 on.
+bool HasBootVersion(std::int32_t revision);
+
 /// Sets `State`, `StateName` and, when running, `Version`.
 void ReadDeviceState(std::int32_t index);
 /// Sets the revision fields as far as `State` allows.
