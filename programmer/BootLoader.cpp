@@ -97,7 +97,7 @@ BootLoaderCheck CheckBootLoader(std::int32_t index) {
 bool UpgradeBootLoader(std::int32_t index, std::string_view caption, std::filesystem::path packagePath,
                        IProgress& progress) {
   const std::int32_t hwRev = gDevices[index].HwRev;
-  if (hwRev != 5 && hwRev != 6 && !UserWantsUpgrade()) return false;
+  if (!HasBootVersion(hwRev) && !UserWantsUpgrade()) return false;
   LoadBootPackage(hwRev, DevicesToCarryOver());
   const bool written = ProgramDevice(index, caption, progress);
   gQAL->LoadQALfile(std::move(packagePath));

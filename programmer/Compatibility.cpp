@@ -1,5 +1,6 @@
 #include "programmer/Compatibility.h"
 
+#include "PackageRules.h"
 #include "firmware/QALclass.h"
 #include "link/Devices.h"
 #include "platform/ui.h"
@@ -10,7 +11,7 @@ namespace {
 
 enum class Verdict { Pass, OtherModel, OtherRevision, InvalidChange, ConfirmModel, ConfirmModelAtRisk };
 
-bool IsFiveOrSix(std::int32_t number) {
+bool HasRevision2(std::int32_t number) {
   return number == 5 || number == 6;
 }
 
@@ -22,12 +23,8 @@ Verdict JudgeByList(std::int32_t index) {
     if (gQAL->ModelNumber() != row.Model) return Verdict::OtherModel;
     return listed ? Verdict::Pass : Verdict::OtherRevision;
   }
-  const bool bootRevision = IsFiveOrSix(row.HwRev);
-  if (listed) return bootRevision ? Verdict::Pass : Verdict::ConfirmModelAtRisk;
-  // An old boot loader of hardware 5 or 6 cannot tell the true one; a package for just one is taken.
-  const bool untold = bootRevision && EffectiveHwRev(index) == 0;
-  if (untold && gQAL->HwRevCount() == 1 && IsFiveOrSix(gQAL->HwRevValue(1))) return Verdict::Pass;
-  return Verdict::OtherRevision;
+  if (listed) return HasBootVersion(row.HwRev) ? Verdict::Pass : Verdict::ConfirmModelAtRisk;
+  return PassesUntold(index) ? Verdict::Pass : Verdict::OtherRevision;
 }
 
 /// The package lists no revisions: it is for hardware that reports none, or 2 for models 5 and 6.
@@ -35,10 +32,10 @@ Verdict JudgeWithoutList(std::int32_t index) {
   const DeviceEntry& row = gDevices[index];
   if (row.State == McState::Running) {
     if (gQAL->ModelNumber() != row.Model) return Verdict::OtherModel;
-    const bool fits = row.HwRev == 0 || (row.HwRev == 2 && IsFiveOrSix(row.Model));
+    const bool fits = row.HwRev == 0 || (row.HwRev == 2 && HasRevision2(row.Model));
     return fits ? Verdict::Pass : Verdict::InvalidChange;
   }
-  const bool mayFit = row.HwRev == 0 || (row.HwRev == 2 && IsFiveOrSix(gQAL->ModelNumber()));
+  const bool mayFit = row.HwRev == 0 || (row.HwRev == 2 && HasRevision2(gQAL->ModelNumber()));
   return mayFit ? Verdict::ConfirmModel : Verdict::InvalidChange;
 }
 
@@ -55,11 +52,7 @@ bool Confirm(const std::string& text) {
 }
 
 bool Announce(Verdict verdict, const std::string& prefix) {
-  const std::string warning =
-      prefix +
-      "Warning: Motor Controller model can not be determined.\r\n\r\n"
-      "Ensure that the appropriate firmware is selected for the device being upgraded.\r\n\r\n";
-  const std::string question = "Do you wish to continue?";
+  const std::string warning = prefix + std::string(kModelUnknown);
   switch (verdict) {
     case Verdict::Pass:
       return true;
@@ -70,12 +63,9 @@ bool Announce(Verdict verdict, const std::string& prefix) {
     case Verdict::InvalidChange:
       return Refuse(prefix + "Invalid Change in Hardware Revision ");
     case Verdict::ConfirmModel:
-      return Confirm(warning + question);
+      return Confirm(warning + std::string(kContinue));
     case Verdict::ConfirmModelAtRisk:
-      return Confirm(warning +
-                     "Choosing an incorrect model can cause the mount to become unusable --\r\n\r\n"
-                     "contact Halcyrion technical support if you are unsure.\r\n\r\n" +
-                     question);
+      return Confirm(warning + std::string(kAtRisk) + std::string(kContinue));
   }
   return false;
 }
@@ -88,6 +78,11 @@ bool CheckCompatibility(std::int32_t index) {
   if (gModelOverride || gDeviceClass != 0) return true;
   const Verdict verdict = gQAL->HwRevCount() >= 1 ? JudgeByList(index) : JudgeWithoutList(index);
   return Announce(verdict, "[" + gDevices[index].Name + "] ");
+}
+
+bool PassesUntold(std::int32_t index) {
+  return HasBootVersion(gDevices[index].HwRev) && EffectiveHwRev(index) == 0 && gQAL->HwRevCount() == 1 &&
+         HasBootVersion(gQAL->HwRevValue(1));
 }
 
 bool PackageHasHwRev(std::int32_t index) {

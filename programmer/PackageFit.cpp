@@ -1,8 +1,10 @@
 #include "programmer/PackageFit.h"
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
+#include "PackageRules.h"
 #include "firmware/QALclass.h"
 #include "link/Devices.h"
 #include "platform/ui.h"
@@ -14,18 +16,6 @@ namespace {
 
 constexpr std::string_view kWrongModel = "QAL file Model doesn't match Model on Motor Controller!";
 constexpr std::string_view kWrongHwRev = "QAL file HwRev doesn't match Model on Motor Controller!";
-constexpr std::string_view kModelUnknown =
-    "Warning: Motor Controller model can not be determined.\r\n\r\n"
-    "Ensure that the appropriate firmware is selected for the device being upgraded.\r\n\r\n"
-    "Choosing an incorrect model can cause the mount to become unusable --\r\n\r\n"
-    "contact Halcyrion technical support if you are unsure.\r\n\r\n"
-    "Do you wish to continue?";
-
-/// Revisions with a boot loader of their own, whose firmware must not be mixed up.
-bool IsJudgedRevision(std::int32_t revision) { return revision == 5 || revision == 6; }
-
-/// A device whose true revision cannot be told passes only for a package that leaves no choice.
-bool ListsOneJudgedRevision() { return gQAL->HwRevCount() == 1 && IsJudgedRevision(gQAL->HwRevValue(1)); }
 
 enum class RowVerdict { Fits, Undetermined, WrongModel, WrongHwRev };
 
@@ -35,10 +25,9 @@ RowVerdict JudgeRow(std::int32_t row) {
   if (inPackage && device.Model != 0 && !gModelOverride && device.Model != gQAL->ModelNumber()) {
     return RowVerdict::WrongModel;
   }
-  if (gTypeOverride || !inPackage || !IsJudgedRevision(device.HwRev)) return RowVerdict::Fits;
+  if (gTypeOverride || !inPackage || !HasBootVersion(device.HwRev)) return RowVerdict::Fits;
   if (PackageHasHwRev(row)) return device.Model == 0 ? RowVerdict::Undetermined : RowVerdict::Fits;
-  const bool passes = EffectiveHwRev(row) == 0 && ListsOneJudgedRevision();
-  return passes ? RowVerdict::Undetermined : RowVerdict::WrongHwRev;
+  return PassesUntold(row) ? RowVerdict::Undetermined : RowVerdict::WrongHwRev;
 }
 
 bool Refuse(std::string_view text) {
@@ -58,14 +47,20 @@ bool PackageFits() {
   int undetermined = 0;
   for (std::int32_t row = 1; row <= gDeviceCount(); ++row) {
     switch (JudgeRow(row)) {
-      case RowVerdict::WrongModel: return Refuse(kWrongModel);
-      case RowVerdict::WrongHwRev: return Refuse(kWrongHwRev);
-      case RowVerdict::Undetermined: ++undetermined; break;
-      case RowVerdict::Fits: break;
+      case RowVerdict::WrongModel:
+        return Refuse(kWrongModel);
+      case RowVerdict::WrongHwRev:
+        return Refuse(kWrongHwRev);
+      case RowVerdict::Undetermined:
+        ++undetermined;
+        break;
+      case RowVerdict::Fits:
+        break;
     }
   }
   if (gTypeOverride || undetermined != 2) return true;
-  return ui::MessageBox(kModelUnknown, ui::Buttons::YesNo, ui::Icon::Exclamation) == ui::Answer::Yes;
+  const std::string question = std::string(kModelUnknown).append(kAtRisk).append(kContinue);
+  return ui::MessageBox(question, ui::Buttons::YesNo, ui::Icon::Exclamation) == ui::Answer::Yes;
 }
 
 }  // namespace tarnwick

@@ -1,0 +1,22 @@
+// What both checks of a package share: the one made when it is chosen and the one made for each
+// device before it is programmed.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace tarnwick {
+
+inline constexpr std::string_view kModelUnknown =
+    "Warning: Motor Controller model can not be determined.\r\n\r\n"
+    "Ensure that the appropriate firmware is selected for the device being upgraded.\r\n\r\n";
+inline constexpr std::string_view kAtRisk =
+    "Choosing an incorrect model can cause the mount to become unusable --\r\n\r\n"
+    "contact Halcyrion technical support if you are unsure.\r\n\r\n";
+inline constexpr std::string_view kContinue = "Do you wish to continue?";
+
+/// A row of revision 5 or 6 whose old boot loader cannot tell which passes for a package that
+/// leaves no choice: one that lists a single revision, 5 or 6.
+bool PassesUntold(std::int32_t index);
+
+}  // namespace tarnwick

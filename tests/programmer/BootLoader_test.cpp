@@ -1,0 +1,147 @@
+#include "programmer/BootLoader.h"
+
+#include "ProgrammerFixture.h"
+#include "programmer/ProgramDevice.h"
+#include "programmer/modProgrammer.h"
+#include "support/TempFolder.h"
+
+namespace tarnwick::test {
+namespace {
+
+const Box kQuestion{
+    "Your BootLoader on this device needs to be upgraded before\r\n"
+    "this version of firmware can be programmed.\r\n\r\n"
+    "Would you like to upgrade your BootLoader and then continue\r\n"
+    "on with programming your firmware?",
+    ui::Buttons::YesNo, ui::Icon::Question};
+
+class BootLoaderTest : public ProgrammerFixture {
+ protected:
+  void Select(const std::string& text) {
+    WriteFile(path, text);
+    gQAL->LoadQALfile(path);
+    MatchPackageDevices();
+  }
+  bool Upgrade(std::int32_t row, std::int32_t hwRev) {
+    gDevices[row].HwRev = hwRev;
+    gDevices[row].State = McState::Running;
+    return UpgradeBootLoader(row, "Upgrading BootLoader: ", gQAL->RealFilename(), progress);
+  }
+
+  TempFolder folder;
+  std::filesystem::path path = folder / "chosen.qal";
+  std::string swapped = PackageText(5, "5", {{"Alt", 17, CountedWords(3)}, {"Azm", 16, CountedWords(3)}});
+};
+
+TEST_F(BootLoaderTest, ComparesTheWordsOfRevision2) {
+  using Memory = std::map<std::int32_t, std::int32_t>;
+  gDevices[1].HwRev = 2;
+  const std::vector<std::pair<Memory, BootLoaderCheck>> cases = {
+      {{{0, 0x160A}, {1, 0x158A}, {2, 0x2F00}}, BootLoaderCheck::AsExpected},
+      {{{0, 0x160B}, {1, 0x158A}, {2, 0x2F00}}, BootLoaderCheck::Outdated},
+      {{{0, 0x160A}, {1, 0x158B}, {2, 0x2F00}}, BootLoaderCheck::Outdated},
+      {{{0, 0x160A}, {1, 0x158A}, {2, 0x2F01}}, BootLoaderCheck::Outdated},
+      {{}, BootLoaderCheck::NotNeeded},
+  };
+  for (const auto& [memory, expected] : cases) {
+    link.devices[16].memory = memory;
+    EXPECT_EQ(CheckBootLoader(1), expected);
+  }
+  EXPECT_EQ(link.calls, Calls(cases.size(), "read 16 0 2"));
+}
+
+TEST_F(BootLoaderTest, AsksRevisions5And6AndSettlesTheRow) {
+  Load(5, "6,5", {{"Azm", 16, CountedWords(3)}});
+  struct Case {
+    std::int32_t hwRev, hwRevApp, result, version;
+    BootLoaderCheck check;
+    std::int32_t hwRevAfter, appAfter, bootAfter;
+  };
+  const std::vector<Case> cases = {
+      {5, 0, 1, 1, BootLoaderCheck::NoAnswer, 5, 0, 9},  {5, 0, 0, 0, BootLoaderCheck::NotNeeded, 5, 0, 9},
+      {6, 0, 0, 2, BootLoaderCheck::NotNeeded, 6, 0, 9}, {5, 0, 0, 1, BootLoaderCheck::Outdated, 6, 6, 6},
+      {6, 5, 0, 1, BootLoaderCheck::Outdated, 5, 5, 9},
+  };
+  for (const Case& c : cases) {
+    link.devices[16].bootVersionResult = c.result;
+    link.devices[16].bootVersion = c.version;
+    DeviceEntry& row = gDevices[1];
+    row.HwRev = c.hwRev, row.HwRevApp = c.hwRevApp, row.HwRevBoot = 9;
+    EXPECT_EQ(CheckBootLoader(1), c.check);
+    EXPECT_EQ(std::tuple(row.HwRev, row.HwRevApp, row.HwRevBoot),
+              std::tuple(c.hwRevAfter, c.appAfter, c.bootAfter));
+  }
+  EXPECT_EQ(link.calls, Calls(cases.size(), "getVersionFromBoot 16"));
+  for (const std::int32_t hwRev : {0, 1, 3, 4, 7}) {
+    gDevices[1].HwRev = hwRev;
+    EXPECT_EQ(CheckBootLoader(1), BootLoaderCheck::NotNeeded);
+  }
+  EXPECT_EQ(link.calls.size(), cases.size());
+}
+
+TEST_F(BootLoaderTest, LeavesEverythingWhenTheUserDeclines) {
+  Select(swapped);
+  user.answers = {ui::Answer::No};
+  EXPECT_FALSE(Upgrade(1, 2));
+  EXPECT_THAT(user.boxes, ElementsAre(kQuestion));
+  EXPECT_THAT(link.calls, IsEmpty());
+  EXPECT_EQ(gQAL->DeviceWords(1), 3);
+}
+
+TEST_F(BootLoaderTest, WritesThePackageOfTheRevisionAndLoadsTheSelectedOneAgain) {
+  struct Case {
+    std::int32_t hwRev, firstLow, firstHigh, word, low;  // `low`: what tells the packages apart.
+    bool asked;
+  };
+  for (const Case& c : {Case{5, 0xFF, 0xD8, 0x347, 5, false}, Case{6, 0xFF, 0xD8, 0x347, 6, false},
+                        Case{4, 0x0A, 0x12, 114, 0x00, true}}) {
+    SCOPED_TRACE(c.hwRev);
+    Select(swapped);
+    user.boxes.clear(), link.blocks.clear(), progress.labels.clear();
+    link.devices[17].state = 1;
+    link.devices[17].bootHwRev = c.hwRev;
+    EXPECT_TRUE(Upgrade(2, c.hwRev));
+    EXPECT_THAT(user.boxes, testing::SizeIs(c.asked ? 1 : 0));
+    EXPECT_EQ(progress.labels.front(), "Upgrading BootLoader: Alt : 0%");
+    EXPECT_EQ(link.blocks.front(), (std::vector<std::int32_t>{0, 0, c.firstLow, c.firstHigh}));
+    EXPECT_EQ(link.blocks[static_cast<std::size_t>(c.word)][2], c.low);
+    EXPECT_EQ(gQAL->RealFilename(), path);
+    EXPECT_EQ(gQAL->DeviceWords(1), 3);
+    EXPECT_EQ(gDevices[1].QalIndex, 2);
+    EXPECT_EQ(gDevices[2].QalIndex, 1);
+  }
+}
+
+TEST_F(BootLoaderTest, ReachesEachRowOfAPackageOfMoreDevices) {
+  Select(PackageText(5, "5",
+                     {{"Hub", 40, CountedWords(3)},
+                      {"Alt", 17, CountedWords(3)},
+                      {"Hub 2", 41, CountedWords(3)},
+                      {"Azm", 16, CountedWords(3)}}));
+  EXPECT_TRUE(Upgrade(1, 5));
+  EXPECT_EQ(progress.labels.front(), "Upgrading BootLoader: Azm : 0%");
+  EXPECT_EQ(link.calls.front(), "enterBoot 16");
+  EXPECT_EQ(gDevices[1].QalIndex, 4);
+}
+
+TEST_F(BootLoaderTest, LoadsAgainAfterACancel) {
+  Select(swapped);
+  link.onSend = [] { gCancelProgram = true; };
+  EXPECT_FALSE(Upgrade(1, 5));
+  EXPECT_EQ(gQAL->DeviceName(1), "Alt");
+  EXPECT_EQ(gDevices[1].QalIndex, 2);
+}
+
+TEST_F(BootLoaderTest, ALostPackageIsToldAndNeverWritten) {
+  Select(swapped);
+  link.onSend = [this] { std::filesystem::remove(path); };
+  EXPECT_TRUE(Upgrade(1, 5));
+  EXPECT_EQ(gDevices[1].QalIndex, 0);
+  link.calls.clear();
+  EXPECT_FALSE(ProgramDevice(1, "Programming: ", progress));
+  EXPECT_THAT(link.calls, IsEmpty());
+  EXPECT_THAT(user.boxes, ElementsAre(Exclaim("Error 1 : QAL File Not Found at Line 0")));
+}
+
+}  // namespace
+}  // namespace tarnwick::test

@@ -1,0 +1,239 @@
+#include "programmer/ProgramDevice.h"
+
+#include "ProgrammerFixture.h"
+#include "programmer/modProgrammer.h"
+
+namespace tarnwick::test {
+namespace {
+
+const Box kAborted = Exclaim("Programming Aborted - Device left in Boot mode!");
+const Box kInvalidSize = Exclaim("Invalid Blocksize specified!");
+const Box kCancelled = Exclaim("Programming Cancelled by User");
+
+Box Restart(int word) {
+  return {"An Error occurred Programming Data at Address: " + std::to_string(word) +
+              "\r\n\r\nIt is highly recommended to Restart Programming of this device"
+              "\r\n\r\nWould you like to Restart Programming?",
+          ui::Buttons::YesNo, ui::Icon::Critical};
+}
+
+class ProgramDeviceTest : public ProgrammerFixture {
+ protected:
+  ProgramDeviceTest() {
+    link.devices[16].hwRev = 4;
+    Use(CountedWords(3));
+  }
+  void Use(const ImageWords& words) { Load(5, "", {{"Azm", 16, words}}); }
+  bool Run() {
+    Refresh();
+    gProgramming = true;
+    return ProgramDevice(1, "Programming: ", progress);
+  }
+  std::vector<std::int32_t> BlockWords() const {
+    std::vector<std::int32_t> words;
+    for (const auto& block : link.blocks) words.push_back(block[0] * 256 + block[1]);
+    return words;
+  }
+};
+
+TEST_F(ProgramDeviceTest, PlainRunInItsOrder) {
+  Calls order;
+  const auto log = [&order](const std::string& event) { order.push_back(event); };
+  Refresh();
+  user.log = link.log = progress.log = log;
+  gCancelProgram = gProgramming = true;
+  EXPECT_TRUE(ProgramDevice(1, "Programming: ", progress));
+  const Calls shown0{"label Programming: Azm : 0%", "pump", "bar", "caption MC 0%", "pump"};
+  Calls expected = shown0;
+  for (const char* call : {"enterBoot 16", "getHwRevFromBoot 16", "getSerialMode", "getMcState 16",
+                           "startProgramming 16", "getMcState 16", "pump", "sendData 16"}) {
+    expected.emplace_back(call);
+  }
+  expected.insert(expected.end(), shown0.begin(), shown0.end());
+  for (const char* call : {"pump", "sendData 16", "endProgramming 16", "label Programming: Azm : 100%",
+                           "pump", "bar", "caption MC 100%", "pump"}) {
+    expected.emplace_back(call);
+  }
+  EXPECT_EQ(order, expected);
+  EXPECT_THAT(link.blocks, ElementsAre(ElementsAre(0, 0, 0x00, 0x21, 0x01, 0x21),
+                                       ElementsAre(0, 2, 0x02, 0x21, 0x03, 0x21)));
+  EXPECT_FALSE(gCancelProgram);
+  EXPECT_TRUE(gProgramming);
+}
+
+TEST_F(ProgramDeviceTest, EntersFromTheStateItFinds) {
+  struct Case {
+    std::int32_t state, hwRev;
+    Calls optional;
+    bool written;
+  };
+  for (const Case& c :
+       {Case{2, 0, {"startProgramming 16"}, true}, Case{3, 0, {}, true}, Case{1, 3, {}, false}}) {
+    link.devices[16].state = c.state;
+    link.devices[16].hwRev = c.hwRev;
+    user.boxes.clear();
+    EXPECT_EQ(Run(), c.written);
+    Calls made;
+    for (const std::string& call : link.calls) {
+      if (call == "enterBoot 16" || call == "startProgramming 16") made.push_back(call);
+    }
+    EXPECT_EQ(made, c.optional);
+    EXPECT_EQ(BoxTexts(), c.written ? Texts{} : Texts{"Unable to start programming."});
+  }
+}
+
+TEST_F(ProgramDeviceTest, EachStepThatFailsSaysSo) {
+  struct Case {
+    std::string fails;
+    int nth;
+    std::int32_t result;
+    std::string text;
+  };
+  const std::vector<Case> cases = {
+      {"getMcState", 1, 0, "No response from MC"},
+      {"getMcState", 1, 9, "No response from MC"},
+      {"enterBoot", 1, 0, "Unable to enter boot."},
+      {"getHwRevFromBoot", 1, 0, "Unable to enter boot."},
+      {"startProgramming", 1, 0, "Unable to start programming."},
+      {"getMcState", 4, 2, "Unable to start programming."},
+      {"endProgramming", 1, 0, "Unable to end programming."},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.fails + std::to_string(c.nth));
+    LinkDouble failing;
+    failing.devices[16].hwRev = 4;
+    failing.Fail(c.fails, c.nth, c.result);
+    user.boxes.clear();
+    progress.labels.clear();
+    EXPECT_FALSE(Run());
+    EXPECT_THAT(user.boxes, ElementsAre(Exclaim(c.text)));
+    EXPECT_EQ(progress.labels.back(), "Programming: Azm : 0%");
+    EXPECT_EQ(failing.blocks.empty(), c.fails != "endProgramming");
+    EXPECT_TRUE(gProgramming);
+  }
+}
+
+TEST_F(ProgramDeviceTest, ChoosesTheBlockSize) {
+  struct Case {
+    std::int32_t serialMode, bootHwRev;
+    std::deque<std::string> answers;  // Empty: no override.
+    std::string proposed;
+    std::size_t elements;  // 0: nothing is sent.
+    std::vector<Box> boxes;
+  };
+  const std::vector<Case> cases = {
+      {0, 0, {}, "", 6, {}},
+      {0, 5, {}, "", 4, {}},
+      {2, 0, {}, "", 4, {}},
+      {2, 0, {"4"}, " 1", 10, {}},
+      {0, 0, {" 2 "}, " 2", 6, {}},
+      {0, 5, {"1.6"}, " 1", 6, {}},
+      {0, 0, {"2.5"}, " 2", 6, {}},
+      {0, 0, {"3", "two", "-1", "4"}, " 2", 10, {kInvalidSize, kInvalidSize, kInvalidSize}},
+      {0, 0, {" ", ""}, " 2", 0, {kInvalidSize, kAborted}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.answers.empty() ? "no override" : c.answers.front());
+    link.devices[16].state = 1;
+    link.serialMode = c.serialMode;
+    link.devices[16].bootHwRev = c.bootHwRev;
+    gBlockOverride = !c.answers.empty();
+    user.inputAnswers = c.answers;
+    user.inputs.clear(), user.boxes.clear(), link.blocks.clear();
+    EXPECT_EQ(Run(), c.elements != 0);
+    EXPECT_EQ(link.blocks.empty() ? 0 : link.blocks.back().size(), c.elements);
+    EXPECT_EQ(user.boxes, c.boxes);
+    EXPECT_EQ(user.inputs,
+              Texts(c.answers.size(), "Blocksize Override|Enter a Blocksize: (1, 2 or 4) |" + c.proposed));
+  }
+}
+
+TEST_F(ProgramDeviceTest, SendsPaddedWordsAndLargeIndices) {
+  Use({{300, 0x120A}, {301, 0x118A}});
+  EXPECT_TRUE(Run());
+  ASSERT_EQ(link.blocks.size(), 152U);
+  EXPECT_THAT(link.blocks[150], ElementsAre(1, 44, 10, 18, 138, 17));
+  EXPECT_THAT(link.blocks[151], ElementsAre(1, 46, 0xFF, 0x3F, 0xFF, 0x3F));
+}
+
+TEST_F(ProgramDeviceTest, ShowsProgressAtMultiplesOf50) {
+  Use(CountedWords(103));
+  gBlockOverride = true;
+  user.inputAnswers = {"4"};
+  EXPECT_TRUE(Run());
+  EXPECT_EQ(BlockWords().back(), 100);
+  EXPECT_THAT(progress.captions, ElementsAre("MC 0%", "MC 0%", "MC 97%", "MC 100%"));
+}
+
+TEST_F(ProgramDeviceTest, RestartsTheImageAsOftenAsTheUserWants) {
+  link.Fail("sendData", 2);
+  link.Fail("sendData", 3);
+  EXPECT_TRUE(Run());
+  EXPECT_THAT(user.boxes, ElementsAre(Restart(2), Restart(0)));
+  EXPECT_THAT(BlockWords(), ElementsAre(0, 2, 0, 0, 2));
+  EXPECT_EQ(std::count(link.calls.begin(), link.calls.end(), "startProgramming 16"), 1);
+  EXPECT_EQ(progress.labels.size(), 6U);  // Start, word 0, back to 0 twice, word 0, end.
+}
+
+TEST_F(ProgramDeviceTest, StopsBetweenBlocks) {
+  struct Case {
+    std::deque<ui::Answer> answers;  // To the failing block's question; empty: no block fails.
+    bool cancel;
+    std::vector<Box> boxes;
+    int pumps;  // From the block's first on.
+  };
+  for (const Case& c : {Case{{ui::Answer::No}, false, {Restart(0), kCancelled}, 3},
+                        Case{{ui::Answer::Yes}, true, {Restart(0)}, 3}, Case{{}, true, {}, 2}}) {
+    LinkDouble stopping;
+    stopping.devices[16].hwRev = 4;
+    if (!c.answers.empty()) stopping.Fail("sendData", 1);
+    user.answers = c.answers;
+    user.boxes.clear();
+    stopping.onSend = [&] { gCancelProgram = c.cancel, user.pumps = 1; };
+    EXPECT_FALSE(Run());
+    EXPECT_EQ(user.boxes, c.boxes);
+    EXPECT_EQ(user.pumps, c.pumps);
+    EXPECT_EQ(stopping.calls.back(), "sendData 16");
+    EXPECT_FALSE(gProgramming);
+    EXPECT_EQ(gCancelProgram, c.cancel);
+  }
+}
+
+TEST_F(ProgramDeviceTest, ACancelAfterTheLastBlockIsLeftToTheCaller) {
+  gBlockOverride = true;
+  user.inputAnswers = {"4"};
+  link.onSend = [this] { user.onPump = [] { gCancelProgram = true; }; };
+  EXPECT_TRUE(Run());
+  EXPECT_EQ(link.calls.back(), "endProgramming 16");
+  EXPECT_TRUE(gCancelProgram);
+}
+
+TEST_F(ProgramDeviceTest, BlankIsABlockWithoutACompleteWord) {
+  // A package that ends in an error keeps its gaps; nothing of it is ever sent.
+  gQAL->LoadQALfile({}, PackageText(5, "", {{"Azm", 16, {{0, 1}, {5, 1}}}}) + "END_HEX=other\r\n");
+  MatchPackageDevices();
+  EXPECT_FALSE(IsBlockBlank(1, 0, 4));
+  EXPECT_TRUE(IsBlockBlank(1, 1, 4));
+  EXPECT_FALSE(IsBlockBlank(1, 4, 2));
+  EXPECT_FALSE(Run());
+  EXPECT_THAT(link.calls, IsEmpty());
+}
+
+TEST_F(ProgramDeviceTest, ProgressRoundsHalvesToEven) {
+  struct Case {
+    std::int32_t position, total;
+    double fraction;
+    std::string percentage;
+  };
+  for (const Case& c : {Case{1, 200, 0.005, "0%"}, Case{3, 200, 0.015, "2%"}, Case{7, 0, 0.0, "0%"},
+                        Case{9, 9, 1.0, "100%"}, Case{2, 3, 2.0 / 3, "67%"}}) {
+    gTotalWords = c.total;
+    ShowProgress("text : ", c.position, progress);
+    EXPECT_EQ(progress.labels.back(), "text : " + c.percentage);
+    EXPECT_EQ(progress.captions.back(), "MC " + c.percentage);
+    EXPECT_DOUBLE_EQ(progress.bars.back(), c.fraction);
+  }
+}
+
+}  // namespace
+}  // namespace tarnwick::test
