@@ -55,6 +55,8 @@ void App::Start() {
   mParts->controller = Main(mParts->window, {Make<Step1>, Make<Step2>, Make<Step3>, Make<Step4>});
 }
 
-WizardWindow& App::Window() { return mParts->window; }
+WizardWindow& App::Window() {
+  return mParts->window;
+}
 
 }  // namespace tarnwick

@@ -9,7 +9,9 @@
 
 namespace tarnwick {
 
-int Pixels(int atBaseFont) { return TwipsToPixels(atBaseFont * 15); }
+int Pixels(int atBaseFont) {
+  return TwipsToPixels(atBaseFont * 15);
+}
 
 QLabel* MakeLabel(QWidget* parent, const char* name, std::string_view text) {
   auto* const label = new QLabel(qt::Show(text), parent);
@@ -25,7 +27,8 @@ QLabel* MakeWrappedLabel(QWidget* parent, const char* name) {
   return label;
 }
 
-QPushButton* MakeButton(QWidget* parent, const char* name, std::string_view caption, std::function<void()> click) {
+QPushButton* MakeButton(QWidget* parent, const char* name, std::string_view caption,
+                        std::function<void()> click) {
   auto* const button = new QPushButton(qt::Show(caption), parent);
   button->setObjectName(QLatin1String(name));
   QObject::connect(button, &QPushButton::clicked, button, std::move(click));
@@ -41,7 +44,9 @@ TextBox::TextBox(QWidget* parent, const char* name, const QString& accessibleNam
   document()->setDocumentMargin(2);
 }
 
-void TextBox::Text(std::string_view text) { setPlainText(qt::Show(text)); }
+void TextBox::Text(std::string_view text) {
+  setPlainText(qt::Show(text));
+}
 
 void TextBox::TextNow(std::string_view text) {
   Text(text);
@@ -50,7 +55,9 @@ void TextBox::TextNow(std::string_view text) {
 
 StatusBox::StatusBox(QWidget* parent) : TextBox(parent, "txtStatus", QStringLiteral("Status report")) {}
 
-void StatusBox::ShowReport() { Text(BuildStatusReport()); }
+void StatusBox::ShowReport() {
+  Text(BuildStatusReport());
+}
 
 void StatusBox::Refresh() {
   TextNow("Determining Status ...");

@@ -17,7 +17,8 @@ int Pixels(int atBaseFont);
 /// A label named `name`; `text` may hold CR LF.
 QLabel* MakeLabel(QWidget* parent, const char* name, std::string_view text);
 QLabel* MakeWrappedLabel(QWidget* parent, const char* name);
-QPushButton* MakeButton(QWidget* parent, const char* name, std::string_view caption, std::function<void()> click);
+QPushButton* MakeButton(QWidget* parent, const char* name, std::string_view caption,
+                        std::function<void()> click);
 
 /// A multi-line text that the user can read and copy.
 class TextBox : public QPlainTextEdit {

@@ -16,7 +16,8 @@ constexpr std::size_t kExtensionLength = 4;
 constexpr std::uintmax_t kLargestNote = 1u << 20;
 
 bool IsPackageName(std::string_view name) {
-  return name.size() >= kExtensionLength && text::EqualNoCase(name.substr(name.size() - kExtensionLength), ".qal");
+  return name.size() >= kExtensionLength &&
+         text::EqualNoCase(name.substr(name.size() - kExtensionLength), ".qal");
 }
 
 }  // namespace

@@ -27,9 +27,13 @@ void ProgressBar::Bar(double fraction) {
   repaint();
 }
 
-int ProgressBar::WidthOf(double fraction) const { return static_cast<int>(std::lround(Track().width() * fraction)); }
+int ProgressBar::WidthOf(double fraction) const {
+  return static_cast<int>(std::lround(Track().width() * fraction));
+}
 
-void ProgressBar::resizeEvent(QResizeEvent*) { mBarWidth = WidthOf(mFraction); }
+void ProgressBar::resizeEvent(QResizeEvent*) {
+  mBarWidth = WidthOf(mFraction);
+}
 
 void ProgressBar::paintEvent(QPaintEvent*) {
   // The page is disabled during a run; its progress is not.

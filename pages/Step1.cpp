@@ -16,7 +16,8 @@ namespace tarnwick {
 Step1::Step1() : PageWindow(4485, 2730) {}
 
 void Step1::Form_Load() {
-  Label1 = {MakeWrappedLabel(this, "Label1_0"), MakeWrappedLabel(this, "Label1_1"), MakeWrappedLabel(this, "Label1_2")};
+  Label1 = {MakeWrappedLabel(this, "Label1_0"), MakeWrappedLabel(this, "Label1_1"),
+            MakeWrappedLabel(this, "Label1_2")};
   Label2 = MakeLabel(this, "Label2", "Choose a Device");
   cboDevice = new QComboBox(this);
   cboDevice->setObjectName(QStringLiteral("cboDevice"));
@@ -44,9 +45,9 @@ void Step1::Form_Load() {
 
 void Step1::BeforePageShow(CWizard&, std::int16_t) {
   Label1[0]->setText(qt::Show("Welcome to the Halcyrion\r\nMotor Control Update Program"));
-  Label1[1]->setText(
-      qt::Show("This program allows you to download new firmware from the Halcyrion website and update your motor "
-               "control board or accessories with the latest firmware available."));
+  Label1[1]->setText(qt::Show(
+      "This program allows you to download new firmware from the Halcyrion website and update your motor "
+      "control board or accessories with the latest firmware available."));
   Label1[2]->setText(qt::Show("Press Next to continue"));
   cboDevice->clear();
   cboDevice->addItem(qt::Show("Motor Control Board"));

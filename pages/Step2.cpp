@@ -19,9 +19,11 @@ namespace {
 
 constexpr std::string_view kNote =
     "Make sure you choose the COM port that is attached to your telescope and that you are using the proper "
-    "Programming cable.  The Halcyrion Hand Control should NOT be connected at this time, and the telescope should "
+    "Programming cable.  The Halcyrion Hand Control should NOT be connected at this time, and the telescope "
+    "should "
     "have just been powered ON.\r\n\r\n"
-    "Note: Choose None if you are not connected to a telescope right now but would like to check for Web Updates on "
+    "Note: Choose None if you are not connected to a telescope right now but would like to check for Web "
+    "Updates on "
     "the Next screen.";
 
 /// A motor controller of the first model, older than the first firmware that can be upgraded.

@@ -68,7 +68,9 @@ void Step3::LayOutControls() {
   grid->setColumnStretch(1, 10);
 }
 
-QWidget* Step3::FirstControl() { return lstFirmware; }
+QWidget* Step3::FirstControl() {
+  return lstFirmware;
+}
 
 std::filesystem::path Step3::SelectedPackage() const {
   return gFirmwareDir / QFile::encodeName(lstFirmware->item(lstFirmware->Selected())->text()).toStdString();
@@ -140,7 +142,8 @@ void Step3::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel)
     ui::MessageBox("No COM port was specified!");
     cancel = true;
   } else if (lstFirmware->count() == 0) {
-    ui::MessageBox("There are no firmware files available.\r\nPlease use Web Updates to download new firmware.");
+    ui::MessageBox(
+        "There are no firmware files available.\r\nPlease use Web Updates to download new firmware.");
     cancel = true;
   } else if (lstFirmware->Selected() < 0) {
     ui::MessageBox("Please choose a firmware file");

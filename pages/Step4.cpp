@@ -33,7 +33,9 @@ void TerminateCaption(const char* caption) {
   gController->WizardHandle().Frame().Caption(FrameButton::cmdTerminate, caption);
 }
 
-std::int32_t ValueOf(const QListWidgetItem& item) { return item.data(Qt::UserRole).toInt(); }
+std::int32_t ValueOf(const QListWidgetItem& item) {
+  return item.data(Qt::UserRole).toInt();
+}
 
 void AddItem(ListBox& list, std::string_view name, std::int32_t value) {
   auto* const item = new QListWidgetItem(qt::Show(name), &list);
@@ -89,11 +91,19 @@ void Step4::LayOutControls() {
   }
 }
 
-QWidget* Step4::FirstControl() { return lstDevices; }
+QWidget* Step4::FirstControl() {
+  return lstDevices;
+}
 
-void Step4::Label(const std::string& text) { mBar->Label(qt::Show(text)); }
-void Step4::Bar(double fraction) { mBar->Bar(fraction); }
-void Step4::Caption(const std::string& text) { gController->WizardHandle().Frame().FrameCaption(text); }
+void Step4::Label(const std::string& text) {
+  mBar->Label(qt::Show(text));
+}
+void Step4::Bar(double fraction) {
+  mBar->Bar(fraction);
+}
+void Step4::Caption(const std::string& text) {
+  gController->WizardHandle().Frame().FrameCaption(text);
+}
 
 void Step4::ClearProgress() {
   mBar->Bar(0.0);

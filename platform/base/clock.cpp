@@ -21,9 +21,17 @@ IClock* gClock = &gSystem;
 
 }  // namespace
 
-void Install(IClock& replacement) { gClock = &replacement; }
-void Uninstall() { gClock = &gSystem; }
-std::tm LocalNow() { return gClock->LocalNow(); }
-void Sleep(std::chrono::milliseconds duration) { gClock->Sleep(duration); }
+void Install(IClock& replacement) {
+  gClock = &replacement;
+}
+void Uninstall() {
+  gClock = &gSystem;
+}
+std::tm LocalNow() {
+  return gClock->LocalNow();
+}
+void Sleep(std::chrono::milliseconds duration) {
+  gClock->Sleep(duration);
+}
 
 }  // namespace tarnwick::clock

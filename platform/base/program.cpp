@@ -29,14 +29,18 @@ const Identity& This() {
   return *gIdentity;
 }
 
-void Set(Identity identity) { gIdentity = std::move(identity); }
+void Set(Identity identity) {
+  gIdentity = std::move(identity);
+}
 
 std::string VersionText() {
   const Identity& self = This();
   return std::to_string(self.major) + "." + std::to_string(self.minor) + "." + std::to_string(self.revision);
 }
 
-std::string Caption() { return This().name + "  v" + VersionText(); }
+std::string Caption() {
+  return This().name + "  v" + VersionText();
+}
 
 void End() {
   if (gEnd) {
@@ -46,6 +50,8 @@ void End() {
   }
 }
 
-void SetEnd(std::function<void()> end) { gEnd = std::move(end); }
+void SetEnd(std::function<void()> end) {
+  gEnd = std::move(end);
+}
 
 }  // namespace tarnwick::program

@@ -8,9 +8,12 @@ class Nobody final : public IUserInterface {
  public:
   Answer MessageBox(std::string_view, Buttons buttons, Icon) override {
     switch (buttons) {
-      case Buttons::YesNo: return Answer::No;
-      case Buttons::RetryCancel: return Answer::Cancel;
-      case Buttons::Ok: break;
+      case Buttons::YesNo:
+        return Answer::No;
+      case Buttons::RetryCancel:
+        return Answer::Cancel;
+      case Buttons::Ok:
+        break;
     }
     return Answer::Ok;
   }
@@ -24,8 +27,12 @@ IUserInterface* gUser = &gNobody;
 
 }  // namespace
 
-void Install(IUserInterface& user) { gUser = &user; }
-void Uninstall() { gUser = &gNobody; }
+void Install(IUserInterface& user) {
+  gUser = &user;
+}
+void Uninstall() {
+  gUser = &gNobody;
+}
 
 Answer MessageBox(std::string_view text, Buttons buttons, Icon icon) {
   return gUser->MessageBox(text, buttons, icon);
@@ -33,7 +40,11 @@ Answer MessageBox(std::string_view text, Buttons buttons, Icon icon) {
 std::string InputBox(std::string_view prompt, std::string_view title, std::string_view proposed) {
   return gUser->InputBox(prompt, title, proposed);
 }
-void PumpEvents() { gUser->PumpEvents(); }
-void Beep() { gUser->Beep(); }
+void PumpEvents() {
+  gUser->PumpEvents();
+}
+void Beep() {
+  gUser->Beep();
+}
 
 }  // namespace tarnwick::ui

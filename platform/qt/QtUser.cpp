@@ -2,8 +2,13 @@
 
 #include <QApplication>
 #include <QInputDialog>
+#include <QLabel>
 #include <QMessageBox>
+#include <QScreen>
+#include <QStyle>
+#include <algorithm>
 
+#include "BoxIcon.h"
 #include "platform/program.h"
 #include "platform/qt/QtText.h"
 
@@ -12,57 +17,73 @@ namespace {
 
 QMessageBox::StandardButtons ButtonsOf(ui::Buttons buttons) {
   switch (buttons) {
-    case ui::Buttons::YesNo: return QMessageBox::Yes | QMessageBox::No;
-    case ui::Buttons::RetryCancel: return QMessageBox::Retry | QMessageBox::Cancel;
-    case ui::Buttons::Ok: break;
+    case ui::Buttons::YesNo:
+      return QMessageBox::Yes | QMessageBox::No;
+    case ui::Buttons::RetryCancel:
+      return QMessageBox::Retry | QMessageBox::Cancel;
+    case ui::Buttons::Ok:
+      break;
   }
   return QMessageBox::Ok;
 }
 
 QMessageBox::StandardButton FirstOf(ui::Buttons buttons) {
   switch (buttons) {
-    case ui::Buttons::YesNo: return QMessageBox::Yes;
-    case ui::Buttons::RetryCancel: return QMessageBox::Retry;
-    case ui::Buttons::Ok: break;
+    case ui::Buttons::YesNo:
+      return QMessageBox::Yes;
+    case ui::Buttons::RetryCancel:
+      return QMessageBox::Retry;
+    case ui::Buttons::Ok:
+      break;
   }
   return QMessageBox::Ok;
 }
 
 QMessageBox::StandardButton LastOf(ui::Buttons buttons) {
   switch (buttons) {
-    case ui::Buttons::YesNo: return QMessageBox::No;
-    case ui::Buttons::RetryCancel: return QMessageBox::Cancel;
-    case ui::Buttons::Ok: break;
+    case ui::Buttons::YesNo:
+      return QMessageBox::No;
+    case ui::Buttons::RetryCancel:
+      return QMessageBox::Cancel;
+    case ui::Buttons::Ok:
+      break;
   }
   return QMessageBox::Ok;
 }
 
-QMessageBox::Icon IconOf(ui::Icon icon) {
-  switch (icon) {
-    case ui::Icon::Critical: return QMessageBox::Critical;
-    case ui::Icon::Question: return QMessageBox::Question;
-    case ui::Icon::Information: return QMessageBox::Information;
-    case ui::Icon::Exclamation: break;
-  }
-  return QMessageBox::Warning;
-}
-
 ui::Answer AnswerOf(int button) {
   switch (button) {
-    case QMessageBox::Yes: return ui::Answer::Yes;
-    case QMessageBox::No: return ui::Answer::No;
-    case QMessageBox::Retry: return ui::Answer::Retry;
-    case QMessageBox::Cancel: return ui::Answer::Cancel;
-    default: return ui::Answer::Ok;
+    case QMessageBox::Yes:
+      return ui::Answer::Yes;
+    case QMessageBox::No:
+      return ui::Answer::No;
+    case QMessageBox::Retry:
+      return ui::Answer::Retry;
+    case QMessageBox::Cancel:
+      return ui::Answer::Cancel;
+    default:
+      return ui::Answer::Ok;
   }
+}
+
+/// The lines of a message stay as they were written, as long as the screen has room for them.
+void KeepLines(QMessageBox& box) {
+  auto* const label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+  if (label == nullptr) return;
+  const int wanted =
+      label->fontMetrics().size(0, box.text()).width() + label->fontMetrics().averageCharWidth();
+  label->setMinimumWidth(std::min(wanted, box.screen()->availableGeometry().width() * 3 / 4));
 }
 
 }  // namespace
 
 ui::Answer QtUser::MessageBox(std::string_view text, ui::Buttons buttons, ui::Icon icon) {
-  QMessageBox box(IconOf(icon), Show(program::This().name), Show(text), ButtonsOf(buttons),
+  QMessageBox box(QMessageBox::NoIcon, Show(program::This().name), Show(text), ButtonsOf(buttons),
                   QApplication::activeWindow());
+  box.setIconPixmap(
+      BoxIcon(icon, box.style()->pixelMetric(QStyle::PM_MessageBoxIconSize), box.devicePixelRatioF()));
   box.setTextFormat(Qt::PlainText);  // device names and file names are shown, never interpreted
+  KeepLines(box);
   box.setWindowModality(Qt::ApplicationModal);
   box.setDefaultButton(FirstOf(buttons));
   box.setEscapeButton(LastOf(buttons));
@@ -79,8 +100,12 @@ std::string QtUser::InputBox(std::string_view prompt, std::string_view title, st
   return box.exec() == QDialog::Accepted ? Read(box.textValue()) : std::string();
 }
 
-void QtUser::PumpEvents() { QCoreApplication::processEvents(); }
+void QtUser::PumpEvents() {
+  QCoreApplication::processEvents();
+}
 
-void QtUser::Beep() { QApplication::beep(); }
+void QtUser::Beep() {
+  QApplication::beep();
+}
 
 }  // namespace tarnwick::qt

@@ -1,8 +1,8 @@
 #include "Director.h"
 
 #include <QAbstractButton>
-#include <QCoreApplication>
 #include <QApplication>
+#include <QCoreApplication>
 #include <QTest>
 #include <QTimer>
 #include <chrono>
@@ -39,7 +39,9 @@ bool Director::Play() {
   return !mFailed;
 }
 
-void Director::Curtain() { QCoreApplication::exit(); }
+void Director::Curtain() {
+  QCoreApplication::exit();
+}
 
 void Director::Tick() {
   // Armed first: what follows may open a box or start a run, and go on ticking inside it.
@@ -92,7 +94,8 @@ void Director::PictureOfRun() {
   const QWidget* const bar = mFrame.findChild<QWidget*>(QStringLiteral("progress"));
   if (bar == nullptr || !bar->isVisible()) return;
   const QString text = bar->accessibleDescription();
-  const int percent = QStringView(text).mid(text.lastIndexOf(QLatin1Char(' ')) + 1).chopped(text.isEmpty() ? 0 : 1).toInt();
+  const int percent =
+      QStringView(text).mid(text.lastIndexOf(QLatin1Char(' ')) + 1).chopped(text.isEmpty() ? 0 : 1).toInt();
   if (!text.startsWith(QLatin1String("Programming")) || percent < 45) return;
   mRunPictured = true;
   Picture("run-half-done");
@@ -103,7 +106,9 @@ bool Director::AtRest() const {
   return page != nullptr && page->isEnabled() && mFrame.isVisible();
 }
 
-void Director::Picture(const std::string& name) { PictureOf(mFrame, name); }
+void Director::Picture(const std::string& name) {
+  PictureOf(mFrame, name);
+}
 
 void Director::PictureOf(QWidget& widget, const std::string& name) {
   const std::filesystem::path file = mFolder / (name + ".png");

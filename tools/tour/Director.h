@@ -17,8 +17,8 @@ namespace tarnwick::tour {
 struct Cue {
   std::string begins;
   QMessageBox::StandardButton answer;
-  std::string picture;                      ///< Name of its picture, without extension.
-  std::function<void()> before = [] {};     ///< Runs before the answer.
+  std::string picture;                   ///< Name of its picture, without extension.
+  std::function<void()> before = [] {};  ///< Runs before the answer.
 };
 
 class Director {

@@ -27,7 +27,8 @@ void MountProcess::Poke(std::int32_t address, std::int32_t word, std::int32_t va
 std::vector<std::int32_t> MountProcess::Dump(std::int32_t address) {
   std::vector<std::int32_t> words;
   for (const QString& line : Ask(QStringLiteral("dump %1").arg(address))) {
-    for (const QString& word : line.split(QLatin1Char(' '), Qt::SkipEmptyParts)) words.push_back(word.toInt(nullptr, 16));
+    for (const QString& word : line.split(QLatin1Char(' '), Qt::SkipEmptyParts))
+      words.push_back(word.toInt(nullptr, 16));
   }
   return words;
 }

@@ -1,6 +1,6 @@
 // The tour: a whole visit of the program, from the first page to a written mount, by key and mouse.
 //
-//   tarnwick-tour DIR
+//   tarnwick-tour [--dark] DIR
 //
 // Leaves a picture of every page, of a run half done and of each box in DIR, and "tour.txt" with
 // what was asked and answered. Exits 0 only when the memory that the simulated mount itself dumps
@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QListWidget>
+#include <QPalette>
 #include <QPlainTextEdit>
 #include <QTemporaryDir>
 #include <QTest>
@@ -44,10 +45,19 @@ bool MemoryEquals(const QALclass& package, std::int32_t device, const std::vecto
   const std::int32_t last = package.DeviceWords(device);
   if (static_cast<std::int32_t>(memory.size()) <= last) return false;
   for (std::int32_t word = 0; word <= last; ++word) {
-    const std::int32_t expected = *package.DeviceHiByte(device, word) * 256 + *package.DeviceLoByte(device, word);
+    const std::int32_t expected =
+        *package.DeviceHiByte(device, word) * 256 + *package.DeviceLoByte(device, word);
     if (memory[static_cast<std::size_t>(word)] != expected) return false;
   }
   return true;
+}
+
+/// A dark desktop, as a system theme would hand it to the program.
+void ApplyDarkPalette() {
+  QPalette dark(QColor(53, 56, 62), QColor(42, 45, 50));
+  dark.setColor(QPalette::Base, QColor(30, 32, 36));
+  dark.setColor(QPalette::Highlight, QColor(47, 111, 179));
+  QApplication::setPalette(dark);
 }
 
 std::string Report(Director& director) {
@@ -95,7 +105,8 @@ class Tour {
       for (int i = 0; i < ports.count() && ports.currentText() != QLatin1String(kPort); ++i) {
         QTest::keyClick(&ports, Qt::Key_Down);
       }
-      mDirector.Check(ports.currentText() == QLatin1String(kPort), "the simulated mount's port is in the list");
+      mDirector.Check(ports.currentText() == QLatin1String(kPort),
+                      "the simulated mount's port is in the list");
       mDirector.Picture("page-2");
       QTest::keyClick(&ports, Qt::Key_Right, Qt::AltModifier);
     });
@@ -119,7 +130,8 @@ class Tour {
       for (const char* const picture : {"boot-loader-1", "boot-loader-2"}) {
         mDirector.Expect({"Your BootLoader on this device needs to be upgraded", QMessageBox::Yes, picture});
       }
-      mDirector.Expect({"Programming Complete", QMessageBox::Ok, "complete", [this] { mMount.CyclePower(); }});
+      mDirector.Expect(
+          {"Programming Complete", QMessageBox::Ok, "complete", [this] { mMount.CyclePower(); }});
       mDirector.Click("cmdProgram");
     });
     mDirector.Scene([this] {
@@ -128,8 +140,10 @@ class Tour {
       const std::string version = "Version: " + text::Fixed2(mPackage.DeviceVersion(1)) + "\n";
       mDirector.Check(CountOf(report, "State: Running") == 2, "both controllers run afterwards");
       mDirector.Check(CountOf(report, version) == 2, "both report the new version");
-      mDirector.Check(MemoryEquals(mPackage, 1, mMount.Dump(kAzimuth)), "the first controller's memory is the package");
-      mDirector.Check(MemoryEquals(mPackage, 2, mMount.Dump(kAltitude)), "the second controller's memory is the package");
+      mDirector.Check(MemoryEquals(mPackage, 1, mMount.Dump(kAzimuth)),
+                      "the first controller's memory is the package");
+      mDirector.Check(MemoryEquals(mPackage, 2, mMount.Dump(kAltitude)),
+                      "the second controller's memory is the package");
       mDirector.Picture("page-4-done");
     });
   }
@@ -141,7 +155,8 @@ class Tour {
     });
     mDirector.Scene([this] {
       mMount.Poke(kAltitude, 300, 0x0123);
-      mDirector.Expect({"Found Difference at Address: 300\n\nValue of 291 should be ", QMessageBox::Ok, "difference"});
+      mDirector.Expect(
+          {"Found Difference at Address: 300\n\nValue of 291 should be ", QMessageBox::Ok, "difference"});
       mDirector.Click("cmdVerify");
     });
   }
@@ -162,16 +177,17 @@ class Tour {
 int Run(QApplication& application, const fs::path& folder) {
   const fs::path binaries = fs::read_symlink("/proc/self/exe").parent_path();
   QTemporaryDir scratch;
-  const fs::path home = CopyPortable(binaries.parent_path() / "portable", fs::path(scratch.path().toStdString()) / "Tarnwick");
+  const fs::path home =
+      CopyPortable(binaries.parent_path() / "portable", fs::path(scratch.path().toStdString()) / "Tarnwick");
   program::Set({home, "Tarnwick", program::This().major, program::This().minor, program::This().revision});
   fs::current_path(scratch.path().toStdString());
 
   MountProcess mount;
   const fs::path port = home / "ports" / kPort;
   if (!mount.Start(QString::fromStdString((binaries / "tarnwick-mount").string()),
-                   {QStringLiteral("--link"), QString::fromStdString(port.string()), QStringLiteral("--model"),
-                    QStringLiteral("5"), QStringLiteral("--revision"), QStringLiteral("2"),
-                    QStringLiteral("--old-boot")})) {
+                   {QStringLiteral("--link"), QString::fromStdString(port.string()),
+                    QStringLiteral("--model"), QStringLiteral("5"), QStringLiteral("--revision"),
+                    QStringLiteral("2"), QStringLiteral("--old-boot")})) {
     std::cerr << "The simulated mount did not start.\n";
     return 1;
   }
@@ -190,12 +206,14 @@ int Run(QApplication& application, const fs::path& folder) {
 
 int main(int argc, char* argv[]) {
   QApplication application(argc, argv);
-  if (argc != 2) {
-    std::cerr << "usage: tarnwick-tour DIR\n";
+  const bool dark = argc == 3 && std::string_view(argv[1]) == "--dark";
+  if (argc != 2 && !dark) {
+    std::cerr << "usage: tarnwick-tour [--dark] DIR\n";
     return 2;
   }
+  if (dark) tarnwick::tour::ApplyDarkPalette();
   std::error_code error;
-  const std::filesystem::path folder = std::filesystem::absolute(argv[1]);
+  const std::filesystem::path folder = std::filesystem::absolute(argv[argc - 1]);
   std::filesystem::create_directories(folder, error);
   if (error) {
     std::cerr << folder << ": " << error.message() << '\n';

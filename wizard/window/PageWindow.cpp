@@ -4,7 +4,9 @@
 
 namespace tarnwick {
 
-int TwipsToPixels(int twips) { return Scaled(twips / 15.0); }
+int TwipsToPixels(int twips) {
+  return Scaled(twips / 15.0);
+}
 
 PageWindow::PageWindow(int widthTwips, int heightTwips) {
   setFixedSize(TwipsToPixels(widthTwips), TwipsToPixels(heightTwips));

@@ -7,8 +7,8 @@
 namespace tarnwick {
 namespace {
 
-constexpr QColor kInk(7, 12, 24);          // what stands before the sky
-constexpr QColor kMetal(208, 217, 230);    // the tube
+constexpr QColor kInk(7, 12, 24);        // what stands before the sky
+constexpr QColor kMetal(208, 217, 230);  // the tube
 constexpr QColor kMetalDark(122, 136, 158);
 
 /// A small fixed sequence, so that the stars stand where they always stood.
@@ -141,7 +141,9 @@ void DrawScene(QPainter& painter) {
 
 }  // namespace
 
-SplashPicture::SplashPicture(QWidget* parent) : QWidget(parent) { setAttribute(Qt::WA_OpaquePaintEvent); }
+SplashPicture::SplashPicture(QWidget* parent) : QWidget(parent) {
+  setAttribute(Qt::WA_OpaquePaintEvent);
+}
 
 void SplashPicture::paintEvent(QPaintEvent*) {
   const QSize pixels = (QSizeF(size()) * devicePixelRatioF()).toSize();

@@ -12,12 +12,17 @@ namespace {
 /// The key codes that the engine knows; 0 for any other key.
 std::int16_t KeyCodeOf(int key) {
   switch (key) {
-    case Qt::Key_Escape: return 27;
-    case Qt::Key_Left: return 37;
-    case Qt::Key_Right: return 39;
+    case Qt::Key_Escape:
+      return 27;
+    case Qt::Key_Left:
+      return 37;
+    case Qt::Key_Right:
+      return 39;
     case Qt::Key_Return:
-    case Qt::Key_Enter: return 13;
-    default: return 0;
+    case Qt::Key_Enter:
+      return 13;
+    default:
+      return 0;
   }
 }
 
@@ -64,7 +69,8 @@ bool WizardWindow::eventFilter(QObject* watched, QEvent* event) {
   if (widget == nullptr || widget->window() != this) return false;
   const auto* const key = static_cast<QKeyEvent*>(event);
   if (key->isAutoRepeat()) return IsForEngine(KeyCodeOf(key->key()), ShiftOf(key->modifiers()));
-  return event->type() == QEvent::KeyPress ? KeyPressed(key->key(), key->modifiers()) : KeyReleased(key->key());
+  return event->type() == QEvent::KeyPress ? KeyPressed(key->key(), key->modifiers())
+                                           : KeyReleased(key->key());
 }
 
 bool WizardWindow::event(QEvent* event) {

@@ -22,7 +22,9 @@ namespace {
 constexpr int kButtonWidthTwips = 1200;
 constexpr int kButtonHeightTwips = 345;
 
-PageWindow& WindowOf(IWizardPage& page) { return dynamic_cast<PageWindow&>(page); }
+PageWindow& WindowOf(IWizardPage& page) {
+  return dynamic_cast<PageWindow&>(page);
+}
 
 QRect RectOf(const FrameRect& rect) {
   const QPoint topLeft(Scaled(rect.left), Scaled(rect.top));
@@ -30,13 +32,17 @@ QRect RectOf(const FrameRect& rect) {
 }
 
 /// Device-independent pixels at the application's font back to those at the base font.
-int Unscaled(int pixels) { return static_cast<int>(std::lround(pixels * 1000.0 / Scaled(1000))); }
+int Unscaled(int pixels) {
+  return static_cast<int>(std::lround(pixels * 1000.0 / Scaled(1000)));
+}
 
 }  // namespace
 
 WizardWindow::WizardWindow() = default;
 
-WizardWindow::~WizardWindow() { qApp->removeEventFilter(this); }
+WizardWindow::~WizardWindow() {
+  qApp->removeEventFilter(this);
+}
 
 void WizardWindow::MakeButton(FrameButton button, const char* name, const std::string& caption) {
   Button& made = At(button);
@@ -55,9 +61,11 @@ void WizardWindow::LoadFrame() {
   MakeButton(FrameButton::cmdStepFwd, "cmdStepFwd", "Next  >");
   MakeButton(FrameButton::cmdTerminate, "cmdTerminate", "Exit");
   connect(At(FrameButton::cmdHelp).widget, &QPushButton::clicked, [this] { mWizard->cmdHelp_Click(); });
-  connect(At(FrameButton::cmdStepBack).widget, &QPushButton::clicked, [this] { mWizard->cmdStepBack_Click(); });
+  connect(At(FrameButton::cmdStepBack).widget, &QPushButton::clicked,
+          [this] { mWizard->cmdStepBack_Click(); });
   connect(At(FrameButton::cmdStepFwd).widget, &QPushButton::clicked, [this] { mWizard->cmdStepFwd_Click(); });
-  connect(At(FrameButton::cmdTerminate).widget, &QPushButton::clicked, [this] { mWizard->cmdTerminate_Click(); });
+  connect(At(FrameButton::cmdTerminate).widget, &QPushButton::clicked,
+          [this] { mWizard->cmdTerminate_Click(); });
   picPage = new QWidget(this);
   picPage->setObjectName(QStringLiteral("picPage"));
   picSplash = new SplashPicture(this);
@@ -72,9 +80,13 @@ void WizardWindow::LoadFrame() {
   qApp->installEventFilter(this);
 }
 
-void WizardWindow::ShowFrame() { show(); }
+void WizardWindow::ShowFrame() {
+  show();
+}
 
-void WizardWindow::LoadPage(IWizardPage& page) { WindowOf(page).Form_Load(); }
+void WizardWindow::LoadPage(IWizardPage& page) {
+  WindowOf(page).Form_Load();
+}
 
 WindowHandle WizardWindow::AttachPage(IWizardPage& page) {
   PageWindow& window = WindowOf(page);
@@ -94,12 +106,15 @@ void WizardWindow::UnloadPage(IWizardPage& page) {
   window.Form_Unload();
 }
 
-void WizardWindow::SetPageVisible(IWizardPage& page, bool visible) { WindowOf(page).setVisible(visible); }
+void WizardWindow::SetPageVisible(IWizardPage& page, bool visible) {
+  WindowOf(page).setVisible(visible);
+}
 
 void WizardWindow::LayoutFrame(IWizardPage* page, bool centre, std::optional<FrameButton> lastButton) {
   if (page == nullptr) return;
   const PageWindow& window = WindowOf(*page);
-  mLayout = LayOut({SplashPicture::kWidth, SplashPicture::kHeight}, {kButtonWidthTwips / 15, kButtonHeightTwips / 15},
+  mLayout = LayOut({SplashPicture::kWidth, SplashPicture::kHeight},
+                   {kButtonWidthTwips / 15, kButtonHeightTwips / 15},
                    {Unscaled(window.width()), Unscaled(window.height())});
   Place(mLayout);
   const QSize wanted(Scaled(mLayout.client.width), Scaled(mLayout.client.height));
@@ -132,17 +147,27 @@ void WizardWindow::CenterCursorOn(std::optional<FrameButton> button) {
   QCursor::setPos(widget.mapToGlobal(widget.rect().center()));
 }
 
-bool WizardWindow::Enabled(FrameButton button) const { return At(button).widget->isEnabled(); }
-void WizardWindow::Enabled(FrameButton button, bool enabled) { At(button).widget->setEnabled(enabled); }
-std::string WizardWindow::Caption(FrameButton button) const { return At(button).caption; }
+bool WizardWindow::Enabled(FrameButton button) const {
+  return At(button).widget->isEnabled();
+}
+void WizardWindow::Enabled(FrameButton button, bool enabled) {
+  At(button).widget->setEnabled(enabled);
+}
+std::string WizardWindow::Caption(FrameButton button) const {
+  return At(button).caption;
+}
 
 void WizardWindow::Caption(FrameButton button, const std::string& caption) {
   At(button).caption = caption;
   At(button).widget->setText(qt::Show(caption));
 }
 
-bool WizardWindow::Default(FrameButton button) const { return At(button).widget->isDefault(); }
-void WizardWindow::Default(FrameButton button, bool isDefault) { At(button).widget->setDefault(isDefault); }
+bool WizardWindow::Default(FrameButton button) const {
+  return At(button).widget->isDefault();
+}
+void WizardWindow::Default(FrameButton button, bool isDefault) {
+  At(button).widget->setDefault(isDefault);
+}
 
 void WizardWindow::TabPosition(FrameButton button, int position) {
   At(button).tabPosition = position;
@@ -156,7 +181,9 @@ void WizardWindow::ApplyTabOrder() {
   for (std::size_t i = 1; i < sorted.size(); ++i) setTabOrder(sorted[i - 1].widget, sorted[i].widget);
 }
 
-void WizardWindow::FocusButton(FrameButton button) { At(button).widget->setFocus(); }
+void WizardWindow::FocusButton(FrameButton button) {
+  At(button).widget->setFocus();
+}
 
 void WizardWindow::PageAreaEnabled(bool enabled) {
   if (enabled == picPage->isEnabled()) return;
@@ -176,7 +203,9 @@ void WizardWindow::PageAreaTabPosition(int) {
   // and the order is a circle.
 }
 
-void WizardWindow::FocusPageArea() { mWizard->picPage_GotFocus(); }
+void WizardWindow::FocusPageArea() {
+  mWizard->picPage_GotFocus();
+}
 
 void WizardWindow::FocusPage(IWizardPage& page) {
   PageWindow& window = WindowOf(page);
@@ -184,7 +213,9 @@ void WizardWindow::FocusPage(IWizardPage& page) {
   (first != nullptr ? first : &window)->setFocus(Qt::OtherFocusReason);
 }
 
-void WizardWindow::FrameCaption(const std::string& caption) { setWindowTitle(qt::Show(caption)); }
+void WizardWindow::FrameCaption(const std::string& caption) {
+  setWindowTitle(qt::Show(caption));
+}
 
 void WizardWindow::SetWaitPointer(bool on) {
   if (on) {
@@ -194,8 +225,12 @@ void WizardWindow::SetWaitPointer(bool on) {
   }
 }
 
-void WizardWindow::PumpEvents() { ui::PumpEvents(); }
-void WizardWindow::RequestClose() { close(); }
+void WizardWindow::PumpEvents() {
+  ui::PumpEvents();
+}
+void WizardWindow::RequestClose() {
+  close();
+}
 
 void WizardWindow::ShowShutdown() {
   lblShutdown->adjustSize();

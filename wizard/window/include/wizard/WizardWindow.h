@@ -86,7 +86,8 @@ class WizardWindow final : public QWidget, public IWizardFrame {
   QLabel* lblShutdown = nullptr;
   FrameLayout mLayout;
   QWidget* mFocusBeforeFreeze = nullptr;
-  std::map<int, Qt::KeyboardModifiers> mPressed;  ///< Keys that went down in this window, with what was held then.
+  std::map<int, Qt::KeyboardModifiers>
+      mPressed;  ///< Keys that went down in this window, with what was held then.
 };
 
 }  // namespace tarnwick
