@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QScreen>
 #include <algorithm>
+#include <cmath>
 
 #include "Scale.h"
 #include "SplashPicture.h"
