@@ -83,15 +83,9 @@ void LoadBootPackage(std::int32_t hwRev, const std::vector<PackageDevice>& devic
 
 BootLoaderCheck CheckBootLoader(std::int32_t index) {
   DeviceEntry& row = gDevices[index];
-  switch (row.HwRev) {
-    case 2:
-      return CheckBootWords(row.Address);
-    case 5:
-    case 6:
-      return CheckBootVersion(row);
-    default:
-      return BootLoaderCheck::NotNeeded;
-  }
+  if (row.HwRev == 2) return CheckBootWords(row.Address);
+  if (HasBootVersion(row.HwRev)) return CheckBootVersion(row);
+  return BootLoaderCheck::NotNeeded;
 }
 
 bool UpgradeBootLoader(std::int32_t index, std::string_view caption, std::filesystem::path packagePath,

@@ -11,8 +11,9 @@ namespace {
 
 enum class Verdict { Pass, OtherModel, OtherRevision, InvalidChange, ConfirmModel, ConfirmModelAtRisk };
 
-bool HasRevision2(std::int32_t number) {
-  return number == 5 || number == 6;
+/// The models that are of hardware revision 2 where none can be read.
+bool IsOfRevision2(std::int32_t model) {
+  return model == 5 || model == 6;
 }
 
 /// The package lists the revisions it is for.
@@ -32,10 +33,10 @@ Verdict JudgeWithoutList(std::int32_t index) {
   const DeviceEntry& row = gDevices[index];
   if (row.State == McState::Running) {
     if (gQAL->ModelNumber() != row.Model) return Verdict::OtherModel;
-    const bool fits = row.HwRev == 0 || (row.HwRev == 2 && HasRevision2(row.Model));
+    const bool fits = row.HwRev == 0 || (row.HwRev == 2 && IsOfRevision2(row.Model));
     return fits ? Verdict::Pass : Verdict::InvalidChange;
   }
-  const bool mayFit = row.HwRev == 0 || (row.HwRev == 2 && HasRevision2(gQAL->ModelNumber()));
+  const bool mayFit = row.HwRev == 0 || (row.HwRev == 2 && IsOfRevision2(gQAL->ModelNumber()));
   return mayFit ? Verdict::ConfirmModel : Verdict::InvalidChange;
 }
 
