@@ -78,41 +78,64 @@ Version Device::ImageVersion() const {
   return {mMemory.ImageWord(kMarker + 2), mMemory.ImageWord(kMarker + 3)};
 }
 
-Reply Device::Handle(Command command, const wire::Bytes& payload) {
+/// Which command is taken in which state; docs/link-protocol.md has the same as a table.
+bool Device::Takes(Command command) const {
   const bool running = mState == RunState::Running;
-  const Reply wrongState = Reply::Refused(Reason::WrongState);
   switch (command) {
     case Command::State:
-      return TellState();
+      return true;
     case Command::Model:
-      return running ? Reply::Done({Byte(mModel >> 8), Byte(mModel)}) : wrongState;
     case Command::Revision:
-      return running ? Reply::Done({Byte(mRevision)}) : wrongState;
-    case Command::BootRevision:
-      return TellBootRevision();
-    case Command::BootVersion:
-      return InBoot() || mRevision == 5 || mRevision == 6 ? Reply::Done({Byte(mBootVersion)}) : wrongState;
     case Command::Enter:
-      if (!running) return wrongState;
-      mState = RunState::Boot;
-      return Reply::Done();
+      return running;
+    case Command::BootRevision:
+      return !running || mRevision < kLargeRevision;
+    case Command::BootVersion:
+      return !running || mRevision == 5 || mRevision == 6;
     case Command::Start:
-      return mState == RunState::Boot ? Start() : wrongState;
-    case Command::End:
-      return mState == RunState::Program ? End() : wrongState;
-    case Command::Check:
-      return mState == RunState::Program ? Check(payload) : wrongState;
+      return mState == RunState::Boot;
     case Command::Read:
-      return running || mState == RunState::Boot ? Read(payload) : wrongState;
+      return mState != RunState::Program;
+    case Command::End:
+    case Command::Check:
     case Command::Write1:
     case Command::Write2:
     case Command::Write4:
-      return mState == RunState::Program ? Write(payload) : wrongState;
+      return mState == RunState::Program;
     case Command::Identify:
     case Command::Lock:
       break;
   }
-  return wrongState;
+  return false;
+}
+
+Reply Device::Handle(Command command, const wire::Bytes& payload) {
+  if (!Takes(command)) return Reply::Refused(Reason::WrongState);
+  switch (command) {
+    case Command::State:
+      return TellState();
+    case Command::Model:
+      return Reply::Done({Byte(mModel >> 8), Byte(mModel)});
+    case Command::Revision:
+      return Reply::Done({Byte(mRevision)});
+    case Command::BootRevision:
+      return TellBootRevision();
+    case Command::BootVersion:
+      return Reply::Done({Byte(mBootVersion)});
+    case Command::Enter:
+      mState = RunState::Boot;
+      return Reply::Done();
+    case Command::Start:
+      return Start();
+    case Command::End:
+      return End();
+    case Command::Check:
+      return Check(payload);
+    case Command::Read:
+      return Read(payload);
+    default:
+      return Write(payload);
+  }
 }
 
 Reply Device::TellState() const {
@@ -121,10 +144,7 @@ Reply Device::TellState() const {
 }
 
 Reply Device::TellBootRevision() {
-  if (mState == RunState::Running) {
-    if (mRevision >= kLargeRevision) return Reply::Refused(Reason::WrongState);
-    mState = RunState::Boot;
-  }
+  if (mState == RunState::Running) mState = RunState::Boot;
   const bool old = mBootVersion < kRenewedLoader;
   return Reply::Done({Byte(old && mClaims >= 0 ? mClaims : mRevision)});
 }

@@ -18,7 +18,7 @@
 
 namespace {
 
-using namespace tarnwick::mount;  // NOLINT(google-build-using-namespace): this is the mount's program
+using namespace tarnwick::mount;
 using std::chrono::milliseconds;
 
 /// How often the terminal is looked after while nothing happens.

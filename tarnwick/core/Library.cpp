@@ -205,7 +205,7 @@ std::int32_t Library::SendData(std::int32_t address, std::int32_t count, const s
   if (!Ask(address, *command, payload).Done()) return kFailed;
   WrittenImage& written = mWritten[address];
   for (std::int32_t i = 0; i < words; ++i) {
-    const auto at = static_cast<std::size_t>(2 + 2 * i);
+    const std::size_t at = 2 + 2 * static_cast<std::size_t>(i);
     written.Note(first + i, static_cast<std::uint16_t>(payload[at + 1] << 8 | payload[at]));
   }
   return kOk;

@@ -74,7 +74,7 @@ std::optional<std::size_t> PayloadLength(std::uint8_t head, std::optional<std::u
   const bool counted = static_cast<Command>(head & kCommandMask) == Command::Read;
   if (!counted || !first) return shape.done;
   if (*first == 0 || *first > kMostWords) return std::nullopt;
-  return shape.done + 2U * *first;
+  return shape.done + std::size_t{2} * *first;
 }
 
 std::size_t AnswerLength(const Frame& request) {

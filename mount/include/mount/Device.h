@@ -61,6 +61,7 @@ class Device {
   Memory& Words() { return mMemory; }
 
  private:
+  bool Takes(wire::Command command) const;
   Reply TellState() const;
   Reply TellBootRevision();
   Reply Start();
@@ -68,7 +69,6 @@ class Device {
   Reply End();
   Reply Check(const wire::Bytes& payload) const;
   Reply Read(const wire::Bytes& payload) const;
-  bool InBoot() const { return mState == RunState::Boot || mState == RunState::Program; }
 
   int mModel;
   int mRevision;
