@@ -1,4 +1,4 @@
-#include "MountProcess.h"
+#include "tour/MountProcess.h"
 
 #include <QElapsedTimer>
 
@@ -18,6 +18,10 @@ bool MountProcess::Start(const QString& program, const QStringList& arguments) {
   mProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   mProcess.start(program, arguments);
   return mProcess.waitForReadyRead(kPatience) && mProcess.readLine().startsWith("ready");
+}
+
+void MountProcess::State(std::int32_t address, const char* state) {
+  Ask(QStringLiteral("state %1 %2").arg(address).arg(QLatin1String(state)));
 }
 
 void MountProcess::Poke(std::int32_t address, std::int32_t word, std::int32_t value) {

@@ -16,11 +16,11 @@
 #include <iostream>
 
 #include "Director.h"
-#include "MountProcess.h"
 #include "app/App.h"
 #include "firmware/QALclass.h"
 #include "platform/program.h"
 #include "platform/text.h"
+#include "tour/MountProcess.h"
 #include "wizard/WizardWindow.h"
 
 namespace tarnwick::tour {

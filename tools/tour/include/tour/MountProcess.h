@@ -16,6 +16,8 @@ class MountProcess {
   bool Start(const QString& program, const QStringList& arguments);
   /// Switches the simulated power off and on.
   void CyclePower() { Ask(QStringLiteral("power")); }
+  /// Puts a device into a state: running, boot, program or silent.
+  void State(std::int32_t address, const char* state);
   /// Changes one word of a device's memory, given by its place in the package.
   void Poke(std::int32_t address, std::int32_t word, std::int32_t value);
   /// The device's memory in package order, a value a word; empty when the mount did not answer.
