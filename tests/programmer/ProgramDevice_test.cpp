@@ -142,6 +142,7 @@ TEST_F(ProgramDeviceTest, ChoosesTheBlockSize) {
     user.inputs.clear(), user.boxes.clear(), link.blocks.clear();
     EXPECT_EQ(Run(), c.elements != 0);
     EXPECT_EQ(link.blocks.empty() ? 0 : link.blocks.back().size(), c.elements);
+    EXPECT_THAT(link.calls, testing::Contains("getSerialMode"));
     EXPECT_EQ(user.boxes, c.boxes);
     EXPECT_EQ(user.inputs,
               Texts(c.answers.size(), "Blocksize Override|Enter a Blocksize: (1, 2 or 4) |" + c.proposed));
@@ -158,6 +159,9 @@ TEST_F(ProgramDeviceTest, SendsPaddedWordsAndLargeIndices) {
 
 TEST_F(ProgramDeviceTest, ShowsProgressAtMultiplesOf50) {
   Use(CountedWords(103));
+  EXPECT_TRUE(Run());
+  EXPECT_THAT(progress.captions, ElementsAre("MC 0%", "MC 0%", "MC 49%", "MC 97%", "MC 100%"));
+  progress.captions.clear();
   gBlockOverride = true;
   user.inputAnswers = {"4"};
   EXPECT_TRUE(Run());
