@@ -38,8 +38,6 @@ TEST_F(BootLoaderTest, ComparesTheWordsOfRevision2) {
   gDevices[1].HwRev = 2;
   const std::vector<std::pair<Memory, BootLoaderCheck>> cases = {
       {{{0, 0x160A}, {1, 0x158A}, {2, 0x2F00}}, BootLoaderCheck::AsExpected},
-      {{{0, 0x160B}, {1, 0x158A}, {2, 0x2F00}}, BootLoaderCheck::Outdated},
-      {{{0, 0x160A}, {1, 0x158B}, {2, 0x2F00}}, BootLoaderCheck::Outdated},
       {{{0, 0x160A}, {1, 0x158A}, {2, 0x2F01}}, BootLoaderCheck::Outdated},
       {{}, BootLoaderCheck::NotNeeded},
   };
@@ -122,14 +120,6 @@ TEST_F(BootLoaderTest, ReachesEachRowOfAPackageOfMoreDevices) {
   EXPECT_EQ(progress.labels.front(), "Upgrading BootLoader: Azm : 0%");
   EXPECT_EQ(link.calls.front(), "enterBoot 16");
   EXPECT_EQ(gDevices[1].QalIndex, 4);
-}
-
-TEST_F(BootLoaderTest, LoadsAgainAfterACancel) {
-  Select(swapped);
-  link.onSend = [] { gCancelProgram = true; };
-  EXPECT_FALSE(Upgrade(1, 5));
-  EXPECT_EQ(gQAL->DeviceName(1), "Alt");
-  EXPECT_EQ(gDevices[1].QalIndex, 2);
 }
 
 TEST_F(BootLoaderTest, ALostPackageIsToldAndNeverWritten) {

@@ -21,26 +21,7 @@ class VerifyTest : public ProgrammerFixture {
     Refresh();
   }
   bool Verify() { return VerifyDevice(1, progress); }
-
-  const std::vector<std::int32_t> rows{1, 2};
 };
-
-TEST_F(VerifyTest, RefusesWhatCannotBeCompared) {
-  EXPECT_EQ(VerifyRefusal(rows), "");
-  EXPECT_THAT(link.calls, ElementsAre("read 16 65532 65532", "read 17 65532 65532"));
-
-  gDevices[2].Version = 4.16;
-  EXPECT_EQ(VerifyRefusal(rows), "ALT(DEC) Motor: Cannot Verify if Version Different!");
-  link.devices[17].memory.erase(0xFFFC);
-  EXPECT_FALSE(SupportsVerify(2));
-  EXPECT_EQ(VerifyRefusal(2), "ALT(DEC) Motor: Verify not supported for this version");
-  gDevices[2].QalIndex = 0;
-  EXPECT_EQ(VerifyRefusal(2), ImageRefusal(2));
-  gDevices[2].State = McState::BootMode;
-  gDevices[2].StateName = "Boot Mode";
-  EXPECT_EQ(VerifyRefusal(rows), "ALT(DEC) Motor: Verify unsupported when firmware in State: Boot Mode");
-  EXPECT_THAT(user.boxes, IsEmpty());
-}
 
 TEST_F(VerifyTest, ReadsTheGivenWordsOneByOne) {
   Use({{0, 0x2101}, {1, 2}, {5, 0xFF00}});
@@ -78,37 +59,23 @@ TEST_F(VerifyTest, ShowsProgressAtMultiplesOf50) {
   EXPECT_THAT(progress.captions, ElementsAre("MC 0%", "MC 0%", "MC 49%", "MC 97%"));
 }
 
-TEST_F(VerifyTest, RetriesAsLongAsTheUserWants) {
-  const Box retry{"Error Verifying Data at Address: 1", ui::Buttons::RetryCancel, ui::Icon::Exclamation};
-  link.Fail("read", 2);
-  link.Fail("read", 3);
+TEST_F(VerifyTest, FindsEachWrongWordAndReadsNoPaddedOne) {
+  ImageWords words = CountedWords(255);
+  for (std::int32_t gap = 100; gap < 110; ++gap) words.erase(gap);  // Not in the device either.
+  Use(words);
+  link.logReads = false;
+  for (const auto& [word, value] : words) {
+    for (const std::int32_t wrong : {value ^ 0x01, value ^ 0x0100}) {
+      link.devices[16].memory[word] = wrong;
+      EXPECT_FALSE(Verify());
+      EXPECT_EQ(user.LastText(), "Found Difference at Address: " + std::to_string(word) +
+                                     "\r\n\r\nValue of " + std::to_string(wrong) + " should be " +
+                                     std::to_string(value));
+    }
+    link.devices[16].memory[word] = value;
+  }
+  EXPECT_EQ(user.boxes.size(), 2 * words.size());
   EXPECT_TRUE(Verify());
-  EXPECT_THAT(user.boxes, ElementsAre(retry, retry));
-
-  user.boxes.clear();
-  link.devices[16].memory.erase(1);
-  user.answers = {ui::Answer::Retry, ui::Answer::Cancel};
-  EXPECT_FALSE(Verify());
-  EXPECT_THAT(user.boxes, ElementsAre(retry, retry, Exclaim("Verify Cancelled by User")));
-}
-
-TEST_F(VerifyTest, StopsAfterTheWordWhenCancelled) {
-  user.onPump = [this] { gCancelVerify = link.calls.size() == 2; };
-  EXPECT_FALSE(Verify());
-  EXPECT_EQ(link.calls.size(), 2U);
-  EXPECT_THAT(user.boxes, ElementsAre(Exclaim("Verify cancelled by user")));
-}
-
-TEST_F(VerifyTest, TheFirstDifferenceEndsTheRun) {
-  int restored = 0;
-  const auto restore = [&restored] { ++restored; };
-  EXPECT_TRUE(VerifyAll(rows, progress, restore));
-  EXPECT_EQ(restored, 2);
-  link.calls.clear();
-  link.devices[16].memory[3] = 1;
-  EXPECT_FALSE(VerifyAll(rows, progress, restore));
-  EXPECT_EQ(restored, 3);
-  EXPECT_EQ(link.calls.back(), "read 16 3 3");
 }
 
 }  // namespace
