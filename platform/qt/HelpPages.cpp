@@ -1,0 +1,112 @@
+#include "HelpPages.h"
+
+#include <QFontInfo>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <algorithm>
+#include <cmath>
+
+#include "platform/files.h"
+
+namespace tarnwick::qt {
+namespace {
+
+constexpr std::uintmax_t kLargestPage = 1 << 20;
+
+/// The name by which links find a section; empty for one that has none.
+QString AnchorOf(const QTextBlock& heading) {
+  for (auto at = heading.begin(); !at.atEnd(); ++at) {
+    const QStringList names = at.fragment().charFormat().anchorNames();
+    if (!names.isEmpty()) return names.front();
+  }
+  return {};
+}
+
+/// `share` of `b` in `a`, from 0 to 1.
+QColor Mix(const QColor& a, const QColor& b, double share) {
+  const auto mix = [share](int x, int y) { return static_cast<int>(std::lround(x + (y - x) * share)); };
+  return {mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue())};
+}
+
+double Luminance(const QColor& colour) {
+  const auto linear = [](double part) {
+    return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+  };
+  return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
+}
+
+double Contrast(const QColor& a, const QColor& b) {
+  const auto [low, high] = std::minmax({Luminance(a), Luminance(b)});
+  return (high + 0.05) / (low + 0.05);
+}
+
+/// The palette's link colour, brought towards the text as far as it takes to be read: many dark
+/// palettes leave links in the blue that was meant for paper.
+QColor LinkColour(const QPalette& palette) {
+  const QColor base = palette.color(QPalette::Base);
+  const QColor text = palette.color(QPalette::Text);
+  QColor link = palette.color(QPalette::Link);
+  for (int i = 0; i < 10 && Contrast(link, base) < 4.5; ++i) link = Mix(link, text, 0.2);
+  return link;
+}
+
+}  // namespace
+
+bool IsHelpTopic(const QString& topic) {
+  return std::any_of(kHelpTopics.begin(), kHelpTopics.end(),
+                     [&](const char* known) { return topic == QLatin1String(known); });
+}
+
+QString ReadHelpPage(const std::filesystem::path& folder, const QString& topic) {
+  if (!IsHelpTopic(topic)) return {};
+  const auto content = files::ReadWhole(folder / topic.toStdString(), kLargestPage);
+  return content ? QString::fromStdString(*content) : QString();
+}
+
+QString MissingHelpPage(const std::filesystem::path& folder, const QString& topic) {
+  const QString where = QString::fromStdString(folder.string()).toHtmlEscaped();
+  return QStringLiteral(
+             "<h1>This page is missing</h1><p>The file %1 could not be read in the folder</p>"
+             "<pre>%2</pre><p>The program works without it. To have its help "
+             "back, unpack the program's archive again.</p>")
+      .arg(topic.toHtmlEscaped(), where);
+}
+
+std::vector<HelpEntry> EntriesOf(const QString& html, const QString& topic) {
+  QTextDocument document;
+  document.setHtml(html);
+  const QString title = document.metaInformation(QTextDocument::DocumentTitle);
+  std::vector<HelpEntry> entries{{title.isEmpty() ? topic : title, QUrl(topic)}};
+  for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+    const QString anchor = block.blockFormat().headingLevel() == 2 ? AnchorOf(block) : QString();
+    if (!anchor.isEmpty()) entries.push_back({block.text(), QUrl(topic + u'#' + anchor)});
+  }
+  return entries;
+}
+
+QString HelpStyle(const QPalette& palette, const QFont& font) {
+  const QColor base = palette.color(QPalette::Base);
+  const QColor text = palette.color(QPalette::Text);
+  const int size = QFontInfo(font).pixelSize();
+  return QStringLiteral(
+             "h1 { font-size: %1px; font-weight: 600; margin-top: 0px; margin-bottom: %5px; }"
+             "h2 { font-size: %2px; font-weight: 600; margin-top: %6px; margin-bottom: %5px; }"
+             "p, dd, dt { margin-top: 0px; margin-bottom: %5px; }"
+             "table { margin-top: %5px; margin-bottom: %5px; }"
+             "li { margin-bottom: %7px; }"
+             "a[href] { color: %3; }"
+             "dt { font-weight: 600; }"
+             "dd { margin-bottom: %6px; }"
+             "td, th { padding: %7px; border-bottom: 1px solid %8; }"
+             "th { text-align: left; background-color: %4; }"
+             "pre { margin-bottom: %5px; background-color: %4; }")
+      .arg(size * 3 / 2)
+      .arg(size * 6 / 5)
+      .arg(LinkColour(palette).name(), Mix(base, text, 0.09).name())
+      .arg(size * 2 / 3)
+      .arg(size * 4 / 3)
+      .arg(size / 3)
+      .arg(Mix(base, text, 0.25).name());
+}
+
+}  // namespace tarnwick::qt

@@ -1,0 +1,37 @@
+// The pages of the help: which there are, what they hold, and how they look.
+//
+// A page is HTML in UTF-8 as far as QTextBrowser knows it. Its <title> names it in the contents, and
+// so does each <h2> that holds an <a name>, below the page.
+#pragma once
+
+#include <QFont>
+#include <QPalette>
+#include <QString>
+#include <QUrl>
+#include <array>
+#include <filesystem>
+#include <vector>
+
+namespace tarnwick::qt {
+
+/// File names of the pages, in the order of the contents.
+inline constexpr std::array kHelpTopics{"Step1.htm", "Step2.htm", "Step3.htm", "Step4.htm", "WebUpdates.htm"};
+
+bool IsHelpTopic(const QString& topic);
+
+/// The page `topic` of `folder`; empty when it is no known topic or cannot be read.
+QString ReadHelpPage(const std::filesystem::path& folder, const QString& topic);
+/// What stands in for a page that cannot be read.
+QString MissingHelpPage(const std::filesystem::path& folder, const QString& topic);
+
+struct HelpEntry {
+  QString title;
+  QUrl address;  ///< The page, or a section of it.
+};
+/// The page itself, then its sections.
+std::vector<HelpEntry> EntriesOf(const QString& html, const QString& topic);
+
+/// The style of all pages, in the colours of `palette` and in proportion to `font`.
+QString HelpStyle(const QPalette& palette, const QFont& font);
+
+}  // namespace tarnwick::qt

@@ -1,0 +1,64 @@
+// The window of the help: contents at the left, the page at the right, the search above.
+#pragma once
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTextBrowser>
+#include <QTreeWidget>
+#include <QWidget>
+#include <filesystem>
+
+namespace tarnwick::qt {
+
+/// A browser to which nothing exists but the help's pages: every other address, of this machine or
+/// another, is an empty resource, and links lead from page to page only.
+class HelpBrowser final : public QTextBrowser {
+ public:
+  HelpBrowser(QWidget* parent, std::filesystem::path folder);
+  /// File name of the page on view.
+  QString Topic() const { return source().fileName(); }
+  /// Takes over palette and font, at the place where the user reads.
+  void Restyle();
+  /// Brings what was found to where it stands with what explains it below.
+  void ShowHit();
+
+ protected:
+  QVariant loadResource(int type, const QUrl& name) override;
+
+ private:
+  void Style();
+  std::filesystem::path mFolder;
+};
+
+class HelpView final : public QWidget {
+ public:
+  explicit HelpView(std::filesystem::path folder);
+  const std::filesystem::path& Folder() const { return mFolder; }
+  /// Brings the window to the front with the page `topic`, a known one, from its beginning.
+  void Open(const QString& topic);
+
+ protected:
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void MakeControls();
+  void LayOut();
+  void MakeShortcuts();
+  void FillContents();
+  /// Selects the row of the page or section that came into view, and opens no other page's rows.
+  void MarkContents(const QUrl& page);
+  /// Goes to the next hit, from page to page and round to where it began.
+  void FindNext();
+  bool FindBeyond(const QString& text);
+
+  std::filesystem::path mFolder;
+  QPushButton* cmdBack = nullptr;
+  QLineEdit* txtFind = nullptr;
+  QPushButton* cmdFind = nullptr;
+  QLabel* lblFind = nullptr;
+  QTreeWidget* treContents = nullptr;
+  HelpBrowser* txtPage = nullptr;
+};
+
+}  // namespace tarnwick::qt
