@@ -9,7 +9,10 @@
 namespace tarnwick {
 namespace {
 
-/// The key codes that the engine knows; 0 for any other key.
+/// The one key that the window answers itself, as if its Help button were pressed.
+constexpr std::int16_t kHelpKey = 112;
+
+/// The key codes that the frame knows; 0 for any other key.
 std::int16_t KeyCodeOf(int key) {
   switch (key) {
     case Qt::Key_Escape:
@@ -21,6 +24,8 @@ std::int16_t KeyCodeOf(int key) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
       return 13;
+    case Qt::Key_F1:
+      return kHelpKey;
     default:
       return 0;
   }
@@ -34,16 +39,17 @@ std::int16_t ShiftOf(Qt::KeyboardModifiers modifiers) {
   return static_cast<std::int16_t>(shift);
 }
 
-/// Whether the engine acts on the key, so that no control may take it as well.
-bool IsForEngine(std::int16_t code, std::int16_t shift) {
-  return code == 27 || code == 13 ? shift == 0 : code != 0 && shift == 4;
+/// Whether the frame acts on the key, so that no control may take it as well.
+bool IsForFrame(std::int16_t code, std::int16_t shift) {
+  if (code == 27 || code == 13 || code == kHelpKey) return shift == 0;
+  return code != 0 && shift == 4;
 }
 
 }  // namespace
 
 bool WizardWindow::KeyPressed(int key, Qt::KeyboardModifiers modifiers) {
   mPressed.insert_or_assign(key, modifiers);
-  return IsForEngine(KeyCodeOf(key), ShiftOf(modifiers));
+  return IsForFrame(KeyCodeOf(key), ShiftOf(modifiers));
 }
 
 bool WizardWindow::KeyReleased(int key) {
@@ -52,11 +58,13 @@ bool WizardWindow::KeyReleased(int key) {
   const std::int16_t shift = ShiftOf(found->second);
   mPressed.erase(found);
   std::int16_t code = KeyCodeOf(key);
-  if (!IsForEngine(code, shift)) return false;
+  if (!IsForFrame(code, shift)) return false;
   // A button that has the focus keeps Enter for itself, as everywhere on a desktop.
   auto* const button = qobject_cast<QAbstractButton*>(focusWidget());
   if (code == 13 && button != nullptr && button->isEnabled()) {
     button->click();
+  } else if (code == kHelpKey) {
+    At(FrameButton::cmdHelp).widget->click();
   } else {
     mWizard->TranslateKey(code, shift);
   }
@@ -68,7 +76,7 @@ bool WizardWindow::eventFilter(QObject* watched, QEvent* event) {
   auto* const widget = qobject_cast<QWidget*>(watched);
   if (widget == nullptr || widget->window() != this) return false;
   const auto* const key = static_cast<QKeyEvent*>(event);
-  if (key->isAutoRepeat()) return IsForEngine(KeyCodeOf(key->key()), ShiftOf(key->modifiers()));
+  if (key->isAutoRepeat()) return IsForFrame(KeyCodeOf(key->key()), ShiftOf(key->modifiers()));
   return event->type() == QEvent::KeyPress ? KeyPressed(key->key(), key->modifiers())
                                            : KeyReleased(key->key());
 }
