@@ -1,0 +1,45 @@
+// A file read piece by piece, for those who need no more than a part of it at a time.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace tarnwick::files {
+
+/// Shows a file to one reader, from its begin to its end. What the reader leaves of a piece stands at
+/// the begin of the next one, so that nothing is cut apart: a piece is as long as it has to be, and
+/// memory is taken for the longest one alone.
+class PieceReader {
+ public:
+  /// Opens `path`. Only an ordinary file is read.
+  explicit PieceReader(const std::filesystem::path& path);
+
+  /// Goes on to the next piece, which is longer than what was left of the last one. False at the end of
+  /// the file, and when it cannot be opened or read. Throws when memory cannot be had.
+  bool Next();
+  /// The piece; valid until the next one.
+  std::string_view Text() const { return std::string_view(mBuffer).substr(mTaken, mFilled - mTaken); }
+  /// The reader is done with the first `count` bytes of the piece.
+  void Take(std::size_t count) { mTaken += count; }
+  /// True when the file could not be opened or not be read to its end.
+  bool Failed() const { return !mFile || std::ferror(mFile.get()) != 0; }
+
+ private:
+  struct Closer {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+
+  void MakeRoom();
+
+  std::unique_ptr<std::FILE, Closer> mFile;
+  std::uintmax_t mSize = 0;  ///< Of the file when it was opened.
+  std::string mBuffer;
+  std::size_t mTaken = 0;
+  std::size_t mFilled = 0;
+};
+
+}  // namespace tarnwick::files

@@ -1,0 +1,49 @@
+#include "platform/pieces.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace tarnwick::files {
+namespace {
+
+/// Small enough for the processor's cache, large enough that system calls do not count.
+constexpr std::size_t kPiece = 64u << 10;
+
+}  // namespace
+
+PieceReader::PieceReader(const std::filesystem::path& path) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (fd < 0) return;
+  struct stat info {};
+  if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) mFile.reset(::fdopen(fd, "rb"));
+  if (!mFile) {
+    ::close(fd);
+    return;
+  }
+  std::setvbuf(mFile.get(), nullptr, _IONBF, 0);
+  mSize = static_cast<std::uintmax_t>(info.st_size);
+}
+
+bool PieceReader::Next() {
+  if (Failed()) return false;
+  MakeRoom();
+  const std::size_t got = std::fread(mBuffer.data() + mFilled, 1, mBuffer.size() - mFilled, mFile.get());
+  mFilled += got;
+  return got > 0 && !Failed();
+}
+
+/// Moves what is left to the begin. A piece of which little was taken is doubled, so that a long one is
+/// looked at a few times and not once for each block read, but not beyond the file.
+void PieceReader::MakeRoom() {
+  std::copy(mBuffer.data() + mTaken, mBuffer.data() + mFilled, mBuffer.data());
+  mFilled -= mTaken;
+  mTaken = 0;
+  std::uintmax_t wanted = std::max<std::uintmax_t>(kPiece, 2 * std::uintmax_t{mFilled});
+  if (mFilled <= mSize) wanted = std::min(wanted, mSize + 1);
+  if (wanted > mBuffer.size()) mBuffer.resize(static_cast<std::size_t>(wanted));
+}
+
+}  // namespace tarnwick::files
