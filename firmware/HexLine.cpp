@@ -1,5 +1,7 @@
 #include "HexLine.h"
 
+#include "platform/text.h"
+
 namespace tarnwick {
 namespace {
 
@@ -31,6 +33,16 @@ QalError HexLine::ParseHexLine(std::string_view line) {
   if (LineCheckSum(sum - mBytes[checkSum]) != mBytes[checkSum]) return QalError::HexCheckSum;
   if (seen > 0xFF) return QalError::HexInvalidCharacter;
   return mBytes[3] > 1 ? QalError::HexInvalidType : QalError::None;
+}
+
+// The record itself tells where its line should end. That it does is sure once all characters before
+// are digits, so that the line end need not be searched for.
+std::size_t HexLine::ParseGoodLine(std::string_view text) {
+  if (text.size() < kShortest || text[0] != ':') return 0;
+  const std::size_t length = kShortest + 2 * std::size_t{Pair(text.data() + 1) & 0xFF};
+  if (text.size() < length + text::kLineEnd.size() || text[length] != '\r' || text[length + 1] != '\n')
+    return 0;
+  return ParseHexLine(text.substr(0, length)) == QalError::None ? length + text::kLineEnd.size() : 0;
 }
 
 }  // namespace tarnwick

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "firmware/QalPackage.h"
@@ -38,13 +39,20 @@ class HexLine {
   /// invalid type is one.
   QalError ParseHexLine(std::string_view line);
 
+  /// Decodes the line that `text` begins with, if it is a record without an error. Its length with the
+  /// line end, or 0 for any other line, of which nothing is told.
+  std::size_t ParseGoodLine(std::string_view text);
+
   /// The end-of-file record, which says nothing.
   bool EndOfFile() const { return mBytes[3] == 1; }
   std::size_t FirstWord() const { return (std::size_t{mBytes[1]} << 8 | mBytes[2]) / 2; }
-  /// Data bytes in pairs, low byte first; an odd last one is not among them.
+  /// Data bytes in pairs; an odd last one is not among them.
   std::size_t WordCount() const { return mBytes[0] / 2u; }
-  std::uint8_t LoByte(std::size_t pair) const { return mBytes[kData + 2 * pair]; }
-  std::uint8_t HiByte(std::size_t pair) const { return mBytes[kData + 2 * pair + 1]; }
+  /// Copies `count` of the words, from number `begin`.
+  void CopyWords(std::size_t begin, std::size_t count, QalWord* to) const {
+    static_assert(sizeof(QalWord) == 2);
+    std::memcpy(to, &mBytes[kData + 2 * begin], 2 * count);
+  }
 
  private:
   static constexpr std::size_t kData = 4;  ///< Length, address (2 bytes), type.

@@ -5,7 +5,7 @@
 #include "HexLine.h"
 #include "QalParser.h"
 #include "platform/contain.h"
-#include "platform/files.h"
+#include "platform/pieces.h"
 
 namespace tarnwick {
 namespace {
@@ -33,43 +33,49 @@ std::string QALclass::LastErrorMessage() const {
   return std::string(kMessages[static_cast<std::size_t>(LastError())]);
 }
 
-std::int32_t QALclass::HwRevValue(std::int32_t index) const {
-  return index >= 1 && index <= HwRevCount() ? mPackage.HwRevValues[static_cast<std::size_t>(index - 1)] : 0;
-}
-
 std::optional<std::uint8_t> QALclass::Filler(std::uint8_t byte) const {
   return mPackage.Padded ? std::optional(byte) : std::nullopt;
 }
 
 std::optional<std::uint8_t> QALclass::DeviceHiByte(std::int32_t device, std::int32_t word) const {
-  const QalWord* given = mPackage.FindWord(device, word);
-  return given != nullptr ? given->HiByte : Filler(kFillerHiByte);
+  const std::optional<QalWord> given = mPackage.FindWord(device, word);
+  return given ? given->HiByte : Filler(kFillerHiByte);
 }
 
 std::optional<std::uint8_t> QALclass::DeviceLoByte(std::int32_t device, std::int32_t word) const {
-  const QalWord* given = mPackage.FindWord(device, word);
-  return given != nullptr ? given->LoByte : Filler(kFillerLoByte);
+  const std::optional<QalWord> given = mPackage.FindWord(device, word);
+  return given ? given->LoByte : Filler(kFillerLoByte);
 }
 
 bool QALclass::DeviceNullPadded(std::int32_t device, std::int32_t word) const {
-  return mPackage.Padded && mPackage.FindWord(device, word) == nullptr;
+  return mPackage.Padded && !mPackage.FindWord(device, word);
 }
 
 void QALclass::LoadQALfile(std::filesystem::path filename, std::string_view text) {
   mPackage = QalPackage();
   mPackage.RealFilename = std::move(filename);
-  if (Contain([&] { Load(text); })) return;
+  bool found = false;
+  if (Contain([&] { found = text.empty() ? LoadFile() : LoadText(text); }) && found) return;
   filename = std::move(mPackage.RealFilename);
   mPackage = QalPackage();
   mPackage.RealFilename = std::move(filename);
   mPackage.SetError(QalError::FileNotFound);
 }
 
-void QALclass::Load(std::string_view text) {
-  if (!text.empty()) return QalParser(mPackage).Parse(text);
-  const std::optional<std::string> content = files::ReadWhole(mPackage.RealFilename);
-  if (!content) return mPackage.SetError(QalError::FileNotFound);
-  QalParser(mPackage).Parse(*content);
+bool QALclass::LoadText(std::string_view text) {
+  QalParser parser(mPackage);
+  parser.ReadLines(text);
+  parser.Finish();
+  return true;
+}
+
+bool QALclass::LoadFile() {
+  files::PieceReader file(mPackage.RealFilename);
+  QalParser parser(mPackage);
+  while (!parser.Failed() && file.Next()) file.Take(parser.ReadLines(file.Text()));
+  if (file.Failed()) return false;
+  parser.Finish();
+  return true;
 }
 
 std::int32_t QALclass::HexToLong(std::string_view digits) {

@@ -4,13 +4,12 @@
 #include <limits>
 #include <utility>
 
+#include "Fields.h"
 #include "platform/text.h"
 
 namespace tarnwick {
 namespace {
 
-/// Room added behind a word that lies beyond the end of its image.
-constexpr std::size_t kGrowth = 1000;
 /// Images are sent and padded in groups of so many words.
 constexpr std::int32_t kGroup = 4;
 
@@ -21,18 +20,6 @@ std::string QalPackage::*TextField(std::string_view key) {
   if (key == "COMMENTS") return &QalPackage::Comments;
   if (key == "MODELNAME") return &QalPackage::ModelName;
   return nullptr;
-}
-
-std::int32_t WholeNumber(std::string_view text) {
-  return text::ToInt32(text::NumericPrefix(text));
-}
-
-/// Takes the text before the first comma off `rest`, the comma too; all of it when there is none.
-std::string_view TakeField(std::string_view& rest) {
-  const std::size_t length = std::min(rest.find(','), rest.size());
-  const std::string_view field = rest.substr(0, length);
-  rest.remove_prefix(std::min(length + 1, rest.size()));
-  return field;
 }
 
 /// The version that the last four characters of a record id tell: two of the whole part, two of the
@@ -47,25 +34,41 @@ double VersionOf(std::string_view recordId) {
 
 }  // namespace
 
-void QalParser::Parse(std::string_view text) {
+std::size_t QalParser::ReadLines(std::string_view text) {
+  std::string_view rest = text;
   std::string_view line;
-  while (!Failed() && text::NextLine(text, line)) {
-    if (mPackage.LineCounter < std::numeric_limits<std::int32_t>::max()) ++mPackage.LineCounter;
-    ReadLine(line);
+  while (!Failed()) {
+    if (const std::size_t length = mHexLine.ParseGoodLine(rest); length > 0) {
+      rest.remove_prefix(length);
+      CountLine();
+      StoreRecord();
+    } else if (text::NextLine(rest, line)) {
+      CountLine();
+      ReadLine(line);
+    } else {
+      break;
+    }
   }
+  return text.size() - rest.size();
+}
+
+void QalParser::Finish() {
   MeasureDevices();
   if (!Failed()) RequireData();
   if (!Failed()) PadDevices();
 }
 
+void QalParser::CountLine() {
+  if (mPackage.LineCounter < std::numeric_limits<std::int32_t>::max()) ++mPackage.LineCounter;
+}
+
+/// Any line but a good record.
 void QalParser::ReadLine(std::string_view line) {
-  // A "=" anywhere makes a key line, but a good record holds none: it is looked for in the others.
-  if (line.starts_with(':')) {
-    const QalError error = mHexLine.ParseHexLine(line);
-    if (error == QalError::None) return StoreRecord();
-    if (line.find('=') == std::string_view::npos) return mPackage.SetError(error);
+  if (line.find('=') != std::string_view::npos) {
+    ReadKeyLine(line);
+  } else if (line.starts_with(':')) {
+    mPackage.SetError(mHexLine.ParseHexLine(line));
   }
-  if (line.find('=') != std::string_view::npos) ReadKeyLine(line);
 }
 
 void QalParser::ReadKeyLine(std::string_view line) {
@@ -77,7 +80,7 @@ void QalParser::ReadKeyLine(std::string_view line) {
   } else if (key == "MODELNUMBER") {
     mPackage.ModelNumber = WholeNumber(value);
   } else if (key == "HWREV") {
-    ReadHwRev(std::move(value));
+    mPackage.HwRev = QalRevisions(std::move(value));
   } else if (key == "DEVICE_ADDRESS_VERSION") {
     DeclareDevice(value);
   } else if (key == "START_HEX" || key == "V3_START_HEX") {
@@ -93,29 +96,25 @@ void QalParser::ReadFileVersion(std::string_view value) {
       text::NumericPrefix(value.substr(1, 1)) / 10.0 + text::NumericPrefix(value.substr(0, 1));
 }
 
-void QalParser::ReadHwRev(std::string value) {
-  mPackage.HwRev = std::move(value);
-  mPackage.HwRevValues.clear();
-  if (mPackage.HwRev.empty()) return;
-  const auto commas = std::count(mPackage.HwRev.begin(), mPackage.HwRev.end(), ',');
-  mPackage.HwRevValues.resize(static_cast<std::size_t>(commas) + 1);
-  std::string_view rest = mPackage.HwRev;
-  for (std::int32_t& revision : mPackage.HwRevValues) revision = WholeNumber(TakeField(rest));
-}
-
 void QalParser::DeclareDevice(std::string_view value) {
   QalDevice device;
   device.Name = text::Trim(TakeField(value));
   device.Address = WholeNumber(TakeField(value));
   const std::string_view recordId = TakeField(value);
-  device.RecordID = text::Upper(text::Trim(recordId));
   device.Version = VersionOf(recordId);
+  device.Data = ImageOf(text::Upper(text::Trim(recordId)));
+  mPackage.Devices.Add() = std::move(device);
+}
 
-  const auto [image, isNew] = mImageOf.try_emplace(device.RecordID, mPackage.Images.size());
-  if (isNew) mPackage.Images.emplace_back();
-  device.Data = image->second;
-  if (device.RecordID == mRecordID) mImage = device.Data;
-  mPackage.Devices.push_back(std::move(device));
+/// The image for a record id; a new one when no device declared it before.
+std::uint32_t QalParser::ImageOf(std::string recordId) {
+  if (const auto image = mImageOf.find(recordId); image != mImageOf.end()) return image->second;
+  const auto number = static_cast<std::uint32_t>(mPackage.Images.size());
+  QalImage& image = mPackage.Images.Add();
+  image.RecordID = std::move(recordId);
+  mImageOf.emplace(image.RecordID, number);
+  if (image.RecordID == mRecordID) mImage = number;
+  return number;
 }
 
 void QalParser::OpenBlock(std::string_view value) {
@@ -130,42 +129,46 @@ void QalParser::CloseBlock(std::string_view value) {
 }
 
 void QalParser::StoreRecord() {
-  const std::size_t count = mHexLine.WordCount();
-  if (mImage == kNone || count == 0 || mHexLine.EndOfFile()) return;
-
-  QalImage& image = mPackage.Images[mImage];
+  if (mImage == kNone || mHexLine.EndOfFile()) return;
+  const std::int32_t devices = DeviceCount();
   const std::size_t first = mHexLine.FirstWord();
-  if (first + count > image.size()) image.resize(first + count + kGrowth);
-  const auto devices = static_cast<std::int32_t>(mPackage.Devices.size());
-  for (std::size_t i = 0; i < count; ++i)
-    image[first + i] = {devices, mHexLine.LoByte(i), mHexLine.HiByte(i)};
+  const std::size_t end = first + mHexLine.WordCount();
+  for (std::size_t word = first; word < end;) {
+    QalRun& run = mPackage.Images.Touch(mImage, word);
+    const std::size_t place = word % QalRun::kWords;
+    const std::size_t count = std::min(end - word, QalRun::kWords - place);
+    std::fill_n(&run.Devices[place], count, devices);
+    mHexLine.CopyWords(word - first, count, &run.Words[place]);
+    word += count;
+  }
 }
 
 /// Gives each device its highest word. Of two devices of one image the later one has the same words
 /// or fewer, so the ends only ever move down: one walk over the images serves all devices.
 void QalParser::MeasureDevices() {
   std::vector<std::size_t> tops(mPackage.Images.size());
-  for (std::size_t i = 0; i < tops.size(); ++i)
-    tops[i] = std::max<std::size_t>(mPackage.Images[i].size(), 1) - 1;
-  std::int32_t number = 0;
-  for (QalDevice& device : mPackage.Devices) {
-    ++number;
+  for (std::size_t image = 0; image < tops.size(); ++image) tops[image] = mPackage.Images.Span(image);
+  for (std::int32_t number = 1; number <= DeviceCount(); ++number) {
+    QalDevice& device = mPackage.Device(number);
     std::size_t& top = tops[device.Data];
-    while (top > 0 && mPackage.Images[device.Data][top].Devices < number) --top;
+    top = mPackage.Images.LastWord(device.Data, top, number);
     device.Words = static_cast<std::int32_t>(top);
   }
 }
 
 void QalParser::RequireData() {
-  for (const QalDevice& device : mPackage.Devices) {
-    if (device.Words == 0) return mPackage.SetError(QalError::NoDataForDevice);
+  for (std::int32_t number = 1; number <= DeviceCount(); ++number) {
+    if (mPackage.Device(number).Words == 0) return mPackage.SetError(QalError::NoDataForDevice);
   }
 }
 
 /// Rounds each image up to whole groups. A record gives both bytes of a word or none, so filling
 /// the words without a value is no more than showing the filler for them.
 void QalParser::PadDevices() {
-  for (QalDevice& device : mPackage.Devices) device.Words = (device.Words / kGroup + 1) * kGroup - 1;
+  for (std::int32_t number = 1; number <= DeviceCount(); ++number) {
+    std::int32_t& words = mPackage.Device(number).Words;
+    words = (words / kGroup + 1) * kGroup - 1;
+  }
   mPackage.Padded = true;
 }
 

@@ -17,19 +17,26 @@ class QalParser {
   /// `package` is new and outlives the parser.
   explicit QalParser(QalPackage& package) : mPackage(package) {}
 
-  /// Fills the package, up to the first failing line. Throws when memory cannot be had.
-  void Parse(std::string_view text);
+  /// Reads the lines of `text`, up to the first failing one, and tells how many bytes they take. What
+  /// is behind the last line end is for the caller to give again, in front of what follows it. Throws
+  /// when memory cannot be had.
+  std::size_t ReadLines(std::string_view text);
+  /// Tells the devices' sizes, and pads their images unless the load failed. To be called once, at the
+  /// end of the text.
+  void Finish();
+  bool Failed() const { return mPackage.Error != QalError::None; }
 
  private:
-  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+  static constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
 
-  bool Failed() const { return mPackage.Error != QalError::None; }
+  std::int32_t DeviceCount() const { return static_cast<std::int32_t>(mPackage.Devices.size()); }
+  void CountLine();
   void ReadLine(std::string_view line);
   void ReadKeyLine(std::string_view line);
   void StoreRecord();
   void ReadFileVersion(std::string_view value);
-  void ReadHwRev(std::string value);
   void DeclareDevice(std::string_view value);
+  std::uint32_t ImageOf(std::string recordId);
   void OpenBlock(std::string_view value);
   void CloseBlock(std::string_view value);
   void MeasureDevices();
@@ -37,9 +44,9 @@ class QalParser {
   void PadDevices();
 
   QalPackage& mPackage;
-  std::map<std::string, std::size_t, std::less<>> mImageOf;  ///< Index of the image by record id.
-  std::string mRecordID;                                     ///< Of the open block; empty outside one.
-  std::size_t mImage = kNone;  ///< Where its hex lines go; none while no device wants them.
+  std::map<std::string_view, std::uint32_t> mImageOf;  ///< Index of the image by its own record id.
+  std::string mRecordID;                               ///< Of the open block; empty outside one.
+  std::uint32_t mImage = kNone;  ///< Where its hex lines go; none while no device wants them.
   HexLine mHexLine;
 };
 

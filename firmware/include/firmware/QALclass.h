@@ -34,23 +34,25 @@ class QALclass {
   std::int32_t ModelNumber() const { return mPackage.ModelNumber; }
   const std::string& ModelName() const { return mPackage.ModelName; }
   /// Value of the revision list, unsplit.
-  const std::string& HwRev() const { return mPackage.HwRev; }
-  std::int32_t HwRevCount() const { return static_cast<std::int32_t>(mPackage.HwRevValues.size()); }
+  const std::string& HwRev() const { return mPackage.HwRev.Text(); }
+  std::int32_t HwRevCount() const { return mPackage.HwRev.Count(); }
   /// Revision `index` of the list; 0 outside 1 to `HwRevCount`.
-  std::int32_t HwRevValue(std::int32_t index) const;
+  std::int32_t HwRevValue(std::int32_t index) const { return mPackage.HwRev.Value(index); }
   bool ErrorsFound() const { return mPackage.Error != QalError::None; }
   std::int32_t Devices() const { return static_cast<std::int32_t>(mPackage.Devices.size()); }
 
-  const std::string& DeviceName(std::int32_t device) const { return Device(device).Name; }
-  void DeviceName(std::int32_t device, std::string name) { Device(device).Name = std::move(name); }
+  const std::string& DeviceName(std::int32_t device) const { return mPackage.Device(device).Name; }
+  void DeviceName(std::int32_t device, std::string name) { mPackage.Device(device).Name = std::move(name); }
   /// Bus address.
-  std::int32_t DeviceAddress(std::int32_t device) const { return Device(device).Address; }
-  void DeviceAddress(std::int32_t device, std::int32_t address) { Device(device).Address = address; }
-  const std::string& DeviceRecordID(std::int32_t device) const { return Device(device).RecordID; }
-  double DeviceVersion(std::int32_t device) const { return Device(device).Version; }
-  void DeviceVersion(std::int32_t device, double version) { Device(device).Version = version; }
+  std::int32_t DeviceAddress(std::int32_t device) const { return mPackage.Device(device).Address; }
+  void DeviceAddress(std::int32_t device, std::int32_t address) { mPackage.Device(device).Address = address; }
+  const std::string& DeviceRecordID(std::int32_t device) const {
+    return mPackage.Images[mPackage.Device(device).Data].RecordID;
+  }
+  double DeviceVersion(std::int32_t device) const { return mPackage.Device(device).Version; }
+  void DeviceVersion(std::int32_t device, double version) { mPackage.Device(device).Version = version; }
   /// Highest word index of the image.
-  std::int32_t DeviceWords(std::int32_t device) const { return Device(device).Words; }
+  std::int32_t DeviceWords(std::int32_t device) const { return mPackage.Device(device).Words; }
   /// After a load without errors every word up to `DeviceWords` has both bytes.
   std::optional<std::uint8_t> DeviceHiByte(std::int32_t device, std::int32_t word) const;
   std::optional<std::uint8_t> DeviceLoByte(std::int32_t device, std::int32_t word) const;
@@ -67,13 +69,11 @@ class QALclass {
   std::int32_t HexToLong(std::string_view digits);
 
  private:
-  const QalDevice& Device(std::int32_t device) const {
-    return mPackage.Devices[static_cast<std::size_t>(device - 1)];
-  }
-  QalDevice& Device(std::int32_t device) { return mPackage.Devices[static_cast<std::size_t>(device - 1)]; }
   /// What a word without a value shows.
   std::optional<std::uint8_t> Filler(std::uint8_t byte) const;
-  void Load(std::string_view text);
+  /// False when the package cannot be read. Both throw when memory cannot be had.
+  bool LoadText(std::string_view text);
+  bool LoadFile();
 
   QalPackage mPackage;
 };

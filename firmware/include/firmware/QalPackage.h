@@ -3,8 +3,11 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "firmware/QalImage.h"
 
 namespace tarnwick {
 
@@ -21,28 +24,32 @@ enum class QalError : std::int32_t {
   NoMatchingEnd,
 };
 
-/// One program memory word, as the last record for it left it.
-struct QalWord {
-  /// How many devices were declared when the word was written, 0 if it never was. A record reaches
-  /// the devices declared above it, so device number d has this word if and only if d <= Devices.
-  std::int32_t Devices = 0;
-  std::uint8_t LoByte = 0;
-  std::uint8_t HiByte = 0;
-};
-
-/// The words from index 0 that the blocks of one record id fill. All devices of that id look at the
-/// one image, and `QalWord::Devices` keeps them apart: a hex line costs the same for one device and
-/// for a hundred thousand.
-using QalImage = std::vector<QalWord>;
-
 /// One device that a package declares.
 struct QalDevice {
   std::string Name;
   std::int32_t Address = 0;
-  std::string RecordID;    ///< Upper case.
   double Version = 0.0;    ///< major + minor/100, from the tail of the record id.
   std::int32_t Words = 0;  ///< Highest word index, not a count. Known at the end of the load.
-  std::size_t Data = 0;    ///< Which of the package's images.
+  std::uint32_t Data = 0;  ///< Which of the package's images; it tells the record id.
+};
+
+/// The hardware revisions that a package fits.
+class QalRevisions {
+ public:
+  QalRevisions() = default;
+  /// `text` is the list as it stands in the package. Throws when memory cannot be had.
+  explicit QalRevisions(std::string text);
+
+  const std::string& Text() const { return mText; }
+  /// 0 for an empty text, else the number of fields between commas.
+  std::int32_t Count() const { return mCount; }
+  /// Field `index` as a whole number; 0 outside 1 to `Count`.
+  std::int32_t Value(std::int32_t index) const;
+
+ private:
+  std::string mText;
+  std::vector<std::size_t> mMarks;  ///< Where each sixteenth field begins.
+  std::int32_t mCount = 0;
 };
 
 /// One parsed package; a new one is what every load starts from.
@@ -54,10 +61,9 @@ struct QalPackage {
   std::string Comments;
   std::int32_t ModelNumber = 0;
   std::string ModelName;
-  std::string HwRev;
-  std::vector<std::int32_t> HwRevValues;  ///< `HwRev` split at the commas.
-  std::vector<QalDevice> Devices;
-  std::vector<QalImage> Images;
+  QalRevisions HwRev;
+  ChunkList<QalDevice, 64> Devices;
+  QalImages Images;
   bool Padded = false;  ///< Words without a value count as filler: the load ended well.
   QalError Error = QalError::None;
   std::int32_t ErrorLine = 0;
@@ -66,8 +72,11 @@ struct QalPackage {
   /// Notes an error at the current line. A later one replaces it.
   void SetError(QalError error);
 
+  /// Device number `device`, from 1.
+  QalDevice& Device(std::int32_t device) { return Devices[static_cast<std::size_t>(device - 1)]; }
+  const QalDevice& Device(std::int32_t device) const { return Devices[static_cast<std::size_t>(device - 1)]; }
   /// Word `word` of device `device` (from 1), or none when no record gave it.
-  const QalWord* FindWord(std::int32_t device, std::int32_t word) const;
+  std::optional<QalWord> FindWord(std::int32_t device, std::int32_t word) const;
 };
 
 }  // namespace tarnwick

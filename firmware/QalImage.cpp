@@ -1,0 +1,32 @@
+#include "firmware/QalImage.h"
+
+#include <algorithm>
+
+namespace tarnwick {
+
+QalRun& QalImages::AddRun(std::size_t image, std::size_t index) {
+  std::vector<std::uint32_t>& runs = mImages[image].Runs;
+  if (index >= runs.size()) runs.resize(index + 1);
+  QalRun& run = mRuns.Add();
+  runs[index] = static_cast<std::uint32_t>(mRuns.size());
+  return run;
+}
+
+const QalRun* QalImages::Find(std::size_t image, std::size_t word) const {
+  const std::vector<std::uint32_t>& runs = mImages[image].Runs;
+  const std::size_t index = word / QalRun::kWords;
+  return index < runs.size() && runs[index] != 0 ? &mRuns[runs[index] - 1] : nullptr;
+}
+
+std::size_t QalImages::LastWord(std::size_t image, std::size_t top, std::int32_t device) const {
+  while (top > 0) {
+    const QalRun* run = Find(image, top);
+    if (run != nullptr && run->Devices[top % QalRun::kWords] >= device) break;
+    // Where there is no run, the next word to look at is the last one below it.
+    const std::size_t step = run != nullptr ? 1 : top % QalRun::kWords + 1;
+    top -= std::min(step, top);
+  }
+  return top;
+}
+
+}  // namespace tarnwick
