@@ -99,7 +99,7 @@ QString HelpStyle(const QPalette& palette, const QFont& font) {
              "dd { margin-bottom: %6px; }"
              "td, th { padding: %7px; border-bottom: 1px solid %8; }"
              "th { text-align: left; background-color: %4; }"
-             "pre { margin-bottom: %5px; background-color: %4; }")
+             "pre { margin-bottom: %5px; background-color: %4; white-space: pre-wrap; }")
       .arg(size * 3 / 2)
       .arg(size * 6 / 5)
       .arg(LinkColour(palette).name(), Mix(base, text, 0.09).name())

@@ -44,7 +44,9 @@ void HelpBrowser::Style() {
   document()->setIndentWidth(QFontInfo(font()).pixelSize() * 1.5);
 }
 
-void HelpBrowser::Restyle() {
+void HelpBrowser::changeEvent(QEvent* event) {
+  QTextBrowser::changeEvent(event);
+  if (event->type() != QEvent::PaletteChange || source().isEmpty()) return;
   Style();
   const int place = verticalScrollBar()->value();
   reload();
@@ -136,7 +138,7 @@ void HelpView::LayOut() {
     before = next;
   }
   resize(QSize(em * 66, em * 46).boundedTo(screen()->availableSize() * 9 / 10));
-  const int contents = std::min(em * 20, width() / 3);
+  const int contents = std::min(em * 22, width() / 3);
   halves->setSizes({contents, width() - contents});
   txtPage->setFocus();
 }
@@ -189,6 +191,8 @@ void HelpView::MarkContents(const QUrl& page) {
 
 void HelpView::Open(const QString& topic) {
   txtPage->setSource(QUrl(topic));
+  txtPage->setFocus();
+  lblFind->clear();
   if (isMinimized()) {
     showNormal();
   } else {
@@ -221,11 +225,6 @@ bool HelpView::FindBeyond(const QString& text) {
     return txtPage->find(text);
   }
   return false;
-}
-
-void HelpView::changeEvent(QEvent* event) {
-  QWidget::changeEvent(event);
-  if (event->type() == QEvent::PaletteChange && txtPage != nullptr) txtPage->Restyle();
 }
 
 }  // namespace tarnwick::qt

@@ -18,12 +18,12 @@ class HelpBrowser final : public QTextBrowser {
   HelpBrowser(QWidget* parent, std::filesystem::path folder);
   /// File name of the page on view.
   QString Topic() const { return source().fileName(); }
-  /// Takes over palette and font, at the place where the user reads.
-  void Restyle();
   /// Brings what was found to where it stands with what explains it below.
   void ShowHit();
 
  protected:
+  /// A new palette is taken over at the place where the user reads.
+  void changeEvent(QEvent* event) override;
   QVariant loadResource(int type, const QUrl& name) override;
 
  private:
@@ -37,9 +37,6 @@ class HelpView final : public QWidget {
   const std::filesystem::path& Folder() const { return mFolder; }
   /// Brings the window to the front with the page `topic`, a known one, from its beginning.
   void Open(const QString& topic);
-
- protected:
-  void changeEvent(QEvent* event) override;
 
  private:
   void MakeControls();
