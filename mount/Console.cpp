@@ -44,12 +44,12 @@ std::string Console::Execute(std::string_view line) {
   if (command == "state") return State(words);
   if (command == "dump") return Dump(words);
   if (command == "poke") return Poke(words);
+  if (command == "line") return SetLine(words);
+  if (command == "fault") return Fault(words);
+  if (command == "hand-control") return HandControl(words);
   if (words.size() > 1) return Error("not a command");
-  if (command == "power") {
-    mMount.PowerCycle();
-    mEndpoint.Clear();
-    return kOk;
-  }
+  if (command == "power") return mFaults.Power(), kOk;
+  if (command == "plug") return mFaults.Plug(), kOk;
   mQuit = command == "quit";
   return mQuit ? kOk : Error("not a command");
 }
@@ -91,6 +91,23 @@ std::string Console::Dump(const Words& words) {
     answer += last ? '\n' : ' ';
   }
   return answer + kEnd;
+}
+
+std::string Console::SetLine(const Words& words) {
+  if (words.size() > 2) return Error("line [KEY=VALUE,...]");
+  if (words.size() == 2) return ParseLine(words[1], mLine.setup) ? kOk : Error("line [KEY=VALUE,...]");
+  return "speed=" + std::to_string(mMount.Speed()) + " " + DescribeLine(mLine.setup) + "\n" + kEnd;
+}
+
+std::string Console::Fault(const Words& words) {
+  return mFaults.Play(Words(words.begin() + 1, words.end())) ? kOk : Error("fault KIND ...");
+}
+
+std::string Console::HandControl(const Words& words) {
+  LinkSetup link = mMount.Link();
+  if (words.size() != 2 || !ParseHandControl(words[1], link)) return Error("hand-control KIND");
+  mMount.Link(link);
+  return kOk;
 }
 
 std::string Console::Poke(const Words& words) {

@@ -103,6 +103,7 @@ bool Device::Takes(Command command) const {
     case Command::Write4:
       return mState == RunState::Program;
     case Command::Identify:
+    case Command::Speed:
     case Command::Lock:
       break;
   }

@@ -27,10 +27,16 @@ void Mount::Put(std::uint8_t address, const DeviceSetup& setup) {
   mDevices.insert_or_assign(address, Device(setup));
 }
 
+void Mount::Link(const LinkSetup& link) {
+  mLink = link;
+  mLocked = false;
+}
+
 void Mount::PowerCycle() {
   for (auto& [address, device] : mDevices) device.PowerCycle();
   mLocked = false;
   mLastRequest.reset();
+  ToHomeSpeed();
 }
 
 std::optional<wire::Frame> Mount::Handle(const wire::Frame& request) {
@@ -41,7 +47,7 @@ std::optional<wire::Frame> Mount::Handle(const wire::Frame& request) {
   wire::Frame answer = request;
   answer.kind = reply->kind;
   answer.payload = std::move(reply->payload);
-  if (answer.kind == wire::Kind::Done) {
+  if (answer.kind == wire::Kind::Done && answer.address != wire::kMountAddress) {
     mLastRequest = request;
     mLastAnswer = answer;
   }
@@ -49,7 +55,7 @@ std::optional<wire::Frame> Mount::Handle(const wire::Frame& request) {
 }
 
 std::optional<Reply> Mount::Answer(const wire::Frame& request) {
-  if (request.address == wire::kMountAddress) return AnswerItself(request.command);
+  if (request.address == wire::kMountAddress) return AnswerItself(request);
   const auto device = mDevices.find(request.address);
   if (device == mDevices.end() || device->second.State() == RunState::Silent) return std::nullopt;
   const bool throughHandControl = mLink.kind != wire::LinkKind::Direct;
@@ -58,16 +64,36 @@ std::optional<Reply> Mount::Answer(const wire::Frame& request) {
   return device->second.Handle(request.command, request.payload);
 }
 
-Reply Mount::AnswerItself(Command command) {
-  if (command == Command::Lock && mLink.kind != wire::LinkKind::Direct) {
-    mLocked = true;
-    return Reply::Done();
+Reply Mount::AnswerItself(const wire::Frame& request) {
+  switch (request.command) {
+    case Command::Identify:
+      return Identify();
+    case Command::Speed:
+      return ChangeSpeed(request.payload[0]);
+    case Command::Lock:
+      if (mLink.kind == wire::LinkKind::Direct) break;
+      mLocked = true;
+      return Reply::Done();
+    default:
+      break;
   }
-  if (command != Command::Identify) return Reply::Refused(wire::Reason::WrongState);
+  return Reply::Refused(wire::Reason::WrongState);
+}
+
+/// Begins a new session: what the last one asked for is no repetition of what this one asks.
+Reply Mount::Identify() {
+  mLastRequest.reset();
   const unsigned flags =
       (mLink.upgradeSupported ? wire::kUpgradeSupported : 0U) | (mLocked ? wire::kLocked : 0U);
   return Reply::Done({wire::kMagic[0], wire::kMagic[1], wire::kProtocol,
-                      static_cast<std::uint8_t>(mLink.kind), static_cast<std::uint8_t>(flags), 0});
+                      static_cast<std::uint8_t>(mLink.kind), static_cast<std::uint8_t>(flags),
+                      wire::SpeedCode(mLink.fastest)});
+}
+
+Reply Mount::ChangeSpeed(std::size_t code) {
+  if (code > wire::SpeedCode(mLink.fastest)) return Reply::Refused(wire::Reason::OutOfRange);
+  mSpeed = wire::kSpeeds[code];
+  return Reply::Done({static_cast<std::uint8_t>(code)});
 }
 
 }  // namespace tarnwick::mount

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <utility>
 
+#include "mount/Faults.h"
+
 namespace tarnwick::mount {
 namespace {
 
@@ -39,27 +41,45 @@ bool Apply(std::string_view key, std::string_view value, DeviceSetup& setup) {
   return true;
 }
 
+/// Gives each pair of "key=value,key=value,..." to `apply`, until that or the text fails.
+template <class Apply>
+bool EachPair(std::string_view text, Apply&& apply) {
+  while (!text.empty()) {
+    const std::size_t comma = text.find(',');
+    const std::string_view pair = text.substr(0, comma);
+    const std::size_t equals = pair.find('=');
+    if (equals == std::string_view::npos || !apply(pair.substr(0, equals), pair.substr(equals + 1)))
+      return false;
+    text = comma == std::string_view::npos ? std::string_view() : text.substr(comma + 1);
+  }
+  return true;
+}
+
 /// "ADDRESS:key=value,key=value,..."
 bool ApplyDevice(std::string_view text, std::map<std::uint8_t, DeviceSetup>& devices) {
   const std::size_t colon = text.find(':');
   const std::optional<std::uint32_t> address = ParseNumber(text.substr(0, colon), kMostByte);
   if (colon == std::string_view::npos || !address || *address == wire::kMountAddress) return false;
   DeviceSetup& setup = devices[static_cast<std::uint8_t>(*address)];
-  for (std::string_view rest = text.substr(colon + 1); !rest.empty();) {
-    const std::size_t comma = rest.find(',');
-    const std::string_view pair = rest.substr(0, comma);
-    const std::size_t equals = pair.find('=');
-    if (equals == std::string_view::npos || !Apply(pair.substr(0, equals), pair.substr(equals + 1), setup))
-      return false;
-    rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
-  }
+  return EachPair(text.substr(colon + 1),
+                  [&](std::string_view key, std::string_view value) { return Apply(key, value, setup); });
+}
+
+bool ApplySpeed(std::string_view text, int& speed) {
+  int value = 0;
+  if (!Assign(text, wire::kSpeeds.back(), value) || wire::SpeedCode(value) == wire::kSpeeds.size())
+    return false;
+  speed = value;
   return true;
 }
 
-bool ApplyHandControl(std::string_view text, LinkSetup& link) {
-  link.kind = text == "virtual" ? wire::LinkKind::VirtualPort : wire::LinkKind::HandControl;
-  link.upgradeSupported = text != "old";
-  return text == "real" || text == "old" || text == "virtual";
+/// Notes a fault that can be played.
+bool ApplyFault(std::string_view text, Options& options) {
+  Mount mount;
+  Endpoint endpoint(mount);
+  Line line(endpoint);
+  options.faults.emplace_back(text);
+  return Faults(mount, line).Play(text);
 }
 
 bool ApplyToMotorControllers(std::string_view key, std::string_view value, Options& options) {
@@ -73,7 +93,10 @@ bool ApplyOption(std::string_view name, std::string_view value, Options& options
   if (name == "--link") options.link = value;
   if (name == "--link") return !value.empty();
   if (name == "--device") return ApplyDevice(value, options.devices);
-  if (name == "--hand-control") return ApplyHandControl(value, options.path);
+  if (name == "--baud") return ApplySpeed(value, options.path.fastest);
+  if (name == "--line") return ParseLine(value, options.line);
+  if (name == "--fault") return ApplyFault(value, options);
+  if (name == "--hand-control") return ParseHandControl(value, options.path);
   for (const std::string_view key : {"model", "revision", "state", "version", "claims"})
     if (name.substr(0, 2) == "--" && name.substr(2) == key)
       return ApplyToMotorControllers(key, value, options);
@@ -103,10 +126,22 @@ std::string_view Usage() {
          "  --old-boot             they have a boot loader of version 1\n"
          "  --claims N             revision that an old boot loader tells (the true one)\n"
          "  --device A:KEY=VALUE,...  set one device; keys: model, revision, version, state, boot, claims\n"
-         "  --hand-control KIND    link through a hand control: real, old or virtual\n"
+         "  --hand-control KIND    link through a hand control: real, old or virtual; or direct\n"
+         "  --baud SPEED           fastest speed of the line: 9600, 19200, 57600 or 115200 (115200)\n"
+         "  --line KEY=VALUE,...   how the line is played; keys:\n"
+         "                           paced=on|off      bytes take the time of their bits (off)\n"
+         "                           latency=MS        answers are held back, up to 1000 ms (0)\n"
+         "                           piece=N           most bytes that arrive together; 0 for all (0)\n"
+         "                           poor-above=SPEED  faster than this, one byte in 23 is damaged\n"
+         "  --fault FAULT          play a fault, such as \"flip 0.001\"; they are listed below\n"
          "  --until-eof            end when standard input ends\n"
          "Options apply in their order. Commands on standard input:\n"
-         "  power                  switch the mount off and on\n"
+         "  power                  switch the mount off and on, or on after a cut\n"
+         "  plug                   plug the cable in after it was pulled\n"
+         "  fault FAULT            play a fault from now on; what is played is told on standard error\n"
+         "  hand-control KIND      play another link: direct, real, old or virtual\n"
+         "  line                   tell how the line is played, ended by \"end\"\n"
+         "  line KEY=VALUE,...     play it otherwise; keys as above\n"
          "  state                  tell each device's state, ended by \"end\"\n"
          "  state ADDRESS STATE    put a device into a state\n"
          "  dump ADDRESS [COUNT]   the device's words in package order, in hexadecimal, ended by \"end\"\n"
@@ -132,6 +167,35 @@ std::optional<Options> ParseOptions(const std::vector<std::string>& arguments, s
     }
   }
   return options;
+}
+
+bool ParseLine(std::string_view text, LineSetup& line) {
+  constexpr std::uint32_t kMostLatency = 1000;
+  constexpr std::uint32_t kMostPiece = 256;
+  return !text.empty() && EachPair(text, [&line](std::string_view key, std::string_view value) {
+    int number = 0;
+    if (key == "poor-above") return ApplySpeed(value, line.poorAbove);
+    if (key == "paced") line.paced = value == "on";
+    if (key == "paced") return value == "on" || value == "off";
+    if (!Assign(value, key == "latency" ? kMostLatency : kMostPiece, number)) return false;
+    if (key == "latency") line.latency = std::chrono::milliseconds(number);
+    if (key == "piece") line.piece = static_cast<std::size_t>(number);
+    return key == "latency" || key == "piece";
+  });
+}
+
+std::string DescribeLine(const LineSetup& line) {
+  const auto latency = std::chrono::duration_cast<std::chrono::milliseconds>(line.latency).count();
+  return std::string("paced=") + (line.paced ? "on" : "off") + " latency=" + std::to_string(latency) +
+         " piece=" + std::to_string(line.piece) + " poor-above=" + std::to_string(line.poorAbove);
+}
+
+bool ParseHandControl(std::string_view text, LinkSetup& link) {
+  link.kind = text == "virtual"  ? wire::LinkKind::VirtualPort
+              : text == "direct" ? wire::LinkKind::Direct
+                                 : wire::LinkKind::HandControl;
+  link.upgradeSupported = text != "old";
+  return text == "direct" || text == "real" || text == "old" || text == "virtual";
 }
 
 std::optional<RunState> ParseState(std::string_view text) {

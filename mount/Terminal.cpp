@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 namespace tarnwick::mount {
 namespace {
@@ -66,6 +67,16 @@ bool Terminal::Open(const fs::path& link, std::string& error) {
   }
   mLink = link;
   return true;
+}
+
+int Terminal::Speed() const {
+  constexpr std::array<std::pair<speed_t, int>, 6> kRates = {
+      {{B9600, 9600}, {B19200, 19200}, {B38400, 38400}, {B57600, 57600}, {B115200, 115200}, {B4800, 4800}}};
+  termios settings{};
+  if (::tcgetattr(mSlave, &settings) == 0)
+    for (const auto& [rate, speed] : kRates)
+      if (::cfgetospeed(&settings) == rate) return speed;
+  return kRates.back().second;
 }
 
 wire::Bytes Terminal::Read() {

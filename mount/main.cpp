@@ -1,6 +1,7 @@
 // tarnwick-mount: the simulated mount on a pseudo terminal.
 #include <poll.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -12,6 +13,8 @@
 
 #include "mount/Console.h"
 #include "mount/Endpoint.h"
+#include "mount/Faults.h"
+#include "mount/Line.h"
 #include "mount/Mount.h"
 #include "mount/Options.h"
 #include "mount/Terminal.h"
@@ -31,6 +34,11 @@ Endpoint::Time Now() {
 void Say(const std::string& text) {
   std::fputs(text.c_str(), stdout);
   std::fflush(stdout);
+}
+
+/// What is played goes to standard error, so that answers stay by themselves.
+void Tell(const std::string& text) {
+  std::fprintf(stderr, "tarnwick-mount: %s\n", text.c_str());
 }
 
 /// Signals that end the program, readable as a file, so that it ends in order.
@@ -57,33 +65,38 @@ bool ReadCommands(std::string& pending, Console& console) {
   return true;
 }
 
-int Timeout(const Endpoint& endpoint) {
-  const auto due = endpoint.Due();
-  if (!due) return static_cast<int>(kRound.count());
-  const auto left = std::chrono::ceil<milliseconds>(*due - Now());
-  return static_cast<int>(std::clamp(left, milliseconds(0), kRound).count());
+timespec Timeout(const Line& line) {
+  Line::Time left = kRound;
+  if (const auto due = line.Due()) left = std::clamp(*due - Now(), Line::Time(0), left);
+  return {left.count() / 1'000'000, left.count() % 1'000'000 * 1000};
 }
 
 void Serve(const Options& options, Terminal& terminal, int signals) {
   Mount mount(options.path);
   for (const auto& [address, setup] : options.devices) mount.Put(address, setup);
   Endpoint endpoint(mount);
-  Console console(mount, endpoint);
+  Line line(endpoint);
+  line.setup = options.line;
+  Faults faults(mount, line, Tell);
+  for (const std::string& fault : options.faults) faults.Play(fault);
+  Console console(mount, line, faults);
   std::string pending;
   std::array<pollfd, 3> sources = {
       {{terminal.Descriptor(), POLLIN, 0}, {signals, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}}};
   Say("ready " + terminal.Path() + "\n");
   while (!console.Quit()) {
-    const int ready = ::poll(sources.data(), sources.size(), Timeout(endpoint));
+    const timespec timeout = Timeout(line);
+    const int ready = ::ppoll(sources.data(), sources.size(), &timeout, nullptr);
     if (ready < 0) continue;
-    if (ready == 0) terminal.ClearStaleMark();
+    if (ready == 0 && !line.Due()) terminal.ClearStaleMark();
     if (sources[1].revents != 0) return;
     if (sources[2].revents != 0 && !ReadCommands(pending, console)) {
       if (options.untilEof) return;
       sources[2].fd = -1;
     }
-    const bool readable = (sources[0].revents & POLLIN) != 0;
-    terminal.Write(readable ? endpoint.Receive(terminal.Read(), Now()) : endpoint.Tick(Now()));
+    const int speed = terminal.Speed();
+    if ((sources[0].revents & POLLIN) != 0) line.Send(terminal.Read(), speed, Now());
+    terminal.Write(line.Take(speed, Now()));
   }
 }
 
@@ -93,10 +106,11 @@ int main(int argc, char** argv) {
   std::string error;
   const std::optional<Options> options = ParseOptions({argv + 1, argv + argc}, error);
   if (options && options->help) {
-    Say(std::string(Usage()));
+    Say(std::string(Usage()) + std::string(FaultUsage()));
     return 0;
   }
   const int signals = EndingSignals();
+  ::prctl(PR_SET_TIMERSLACK, 1UL);  // bytes of a paced line are on time
   Terminal terminal;
   if (!options || !terminal.Open(options->link, error)) {
     std::fprintf(stderr, "tarnwick-mount: %s\n", error.c_str());

@@ -11,42 +11,25 @@ constexpr std::int32_t kOk = 1;
 constexpr std::int32_t kFailed = 0;
 constexpr std::int32_t kModeDirect = 1;
 constexpr std::int32_t kModeHandControl = 2;
-constexpr Duration kOpenLimit = std::chrono::seconds(3);
 
-/// Results of opening a port.
-enum Opening : std::int32_t {
-  kOpened = 0,
-  kCannotOpen = -1,
-  kSilence = -2,
-  kNoise = -3,
-  kEcho = -4,
-  kWrongAnswers = -5,
-  kOtherProtocol = -6,
-  kLineFailed = -7,
-  kPoorLine = -8,
-};
-
-Opening CauseOf(Outcome outcome) {
-  switch (outcome) {
-    case Outcome::Done:
-      return kOpened;
-    case Outcome::Silent:
-      return kSilence;
-    case Outcome::Noise:
-      return kNoise;
-    case Outcome::Echo:
-      return kEcho;
-    case Outcome::Gone:
-      return kLineFailed;
-    case Outcome::Refused:
-    case Outcome::Foreign:
-      break;
-  }
-  return kWrongAnswers;
+bool IsDevice(std::int32_t address) {
+  return address > kMountAddress && address <= UINT8_MAX;
 }
 
 bool IsWord(std::int32_t index) {
   return index >= 0 && index <= kLastWord;
+}
+
+Bytes ReadPayload(std::int32_t first, std::int32_t count) {
+  Bytes payload;
+  Put16(payload, static_cast<std::uint16_t>(first));
+  payload.push_back(static_cast<std::uint8_t>(count));
+  return payload;
+}
+
+/// The words of a done answer to Read.
+void TakeWords(const Answer& answer, std::int32_t* words) {
+  for (std::size_t at = 1; at < answer.payload.size(); at += 2) *words++ = Get16(answer.payload, at);
 }
 
 std::optional<Command> WriteCommand(std::int32_t elements) {
@@ -65,62 +48,44 @@ std::optional<Command> WriteCommand(std::int32_t elements) {
 }  // namespace
 
 std::int32_t Library::InitSerial(const std::string& name) {
-  mSession.reset();
+  mLink.reset();
+  mAhead.Forget();
   mWritten.clear();
-  mLockWanted = false;
-  if (name.empty()) return kOpened;
+  if (name.empty()) return static_cast<std::int32_t>(Opening::Opened);
   std::unique_ptr<ISerialPort> port = mOpener.Open(name);
-  if (!port) return kCannotOpen;
+  mTrace.Note(Trace::kPort, (port ? "opened " : "cannot open ") + name);
+  if (!port) return static_cast<std::int32_t>(Opening::CannotOpen);
   const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(mClock.Now());
-  mSession.emplace(std::move(port), mClock, static_cast<std::uint8_t>(milliseconds.count() & 0xFF));
-  const std::int32_t result = Identify();
-  if (result != kOpened) mSession.reset();
-  return result;
-}
-
-/// Asks twice: one answer may be chance on a line that is too poor to work with.
-std::int32_t Library::Identify() {
-  const Duration end = mClock.Now() + kOpenLimit;
-  const Answer answer = mSession->Ask(kMountAddress, Command::Identify, {}, kOpenLimit);
-  if (!answer.Done()) return CauseOf(answer.outcome);
-  const Bytes& identity = answer.payload;
-  if (!std::equal(std::begin(kMagic), std::end(kMagic), identity.begin())) return kWrongAnswers;
-  if (identity[2] != kProtocol) return kOtherProtocol;
-  mLinkKind = static_cast<LinkKind>(identity[3]);
-  mUpgradeSupported = (identity[4] & kUpgradeSupported) != 0;
-  const Answer again = mSession->Ask(kMountAddress, Command::Identify, {}, end - mClock.Now());
-  if (again.outcome == Outcome::Gone) return kLineFailed;
-  return again.Done() ? kOpened : kPoorLine;
+  mLink.emplace(
+      Session(std::move(port), mClock, mTrace, static_cast<std::uint8_t>(milliseconds.count() & 0xFF)));
+  const Opening result = mLink->Open();
+  if (result != Opening::Opened) mLink.reset();
+  return static_cast<std::int32_t>(result);
 }
 
 std::int32_t Library::SerialMode() const {
-  if (!mSession) return 0;
-  return mLinkKind == LinkKind::Direct ? kModeDirect : kModeHandControl;
+  if (!mLink) return 0;
+  return mLink->Kind() == LinkKind::Direct ? kModeDirect : kModeHandControl;
 }
 
 void Library::LockHandControl() {
-  if (SerialMode() != kModeHandControl) return;
-  mLockWanted = true;
-  mSession->Ask(kMountAddress, Command::Lock);
+  mAhead.Forget();
+  if (SerialMode() == kModeHandControl) mLink->Lock();
 }
 
 std::int32_t Library::TestForVirtualPort() const {
-  return mSession && mLinkKind == LinkKind::VirtualPort ? 0 : 1;
+  return mLink && mLink->Kind() == LinkKind::VirtualPort ? 0 : 1;
 }
 
 std::int32_t Library::TestForUpgradeSupport() const {
-  return mSession && mUpgradeSupported ? 0 : 1;
+  return mLink && mLink->UpgradeSupported() ? 0 : 1;
 }
 
-/// One exchange with a device. A hand control that was locked once and has lost its lock, as by a
-/// power cycle, is locked again.
 Answer Library::Ask(std::int32_t address, Command command, Bytes payload) {
-  if (!mSession || address <= kMountAddress || address > UINT8_MAX) return {};
-  const auto bus = static_cast<std::uint8_t>(address);
-  Answer answer = mSession->Ask(bus, command, payload);
-  if (!answer.Refused(Reason::NotLocked) || !mLockWanted) return answer;
-  if (!mSession->Ask(kMountAddress, Command::Lock).Done()) return answer;
-  return mSession->Ask(bus, command, std::move(payload));
+  mAhead.Forget();
+  if (!mLink || !IsDevice(address)) return {};
+  return mLink->Ask(static_cast<std::uint8_t>(address), command, std::move(payload),
+                    mClock.Now() + kAskLimit);
 }
 
 /// Asks for a number of one or two bytes.
@@ -168,16 +133,42 @@ std::int32_t Library::GetState(std::int32_t address, std::int32_t* major, std::i
 std::int32_t Library::ReadMemory(std::int32_t address, std::int32_t first, std::int32_t last,
                                  std::int32_t* words) {
   if (words == nullptr || !IsWord(first) || !IsWord(last) || first > last) return kFailed;
+  if (first == last) return ReadWord(address, first, words);
   while (first <= last) {
-    const auto count = static_cast<std::uint8_t>(std::min<std::int32_t>(last - first + 1, kMostWords));
-    Bytes payload;
-    Put16(payload, static_cast<std::uint16_t>(first));
-    payload.push_back(count);
-    const Answer answer = Ask(address, Command::Read, std::move(payload));
+    const auto count = std::min(last - first + 1, static_cast<std::int32_t>(kMostWords));
+    const Answer answer = Ask(address, Command::Read, ReadPayload(first, count));
     if (!answer.Done()) return kFailed;
-    for (std::size_t i = 0; i < count; ++i) *words++ = Get16(answer.payload, 1 + 2 * i);
+    TakeWords(answer, words);
+    words += count;
     first += count;
   }
+  return kOk;
+}
+
+/// Reading ahead and, when that fails, reading the one word end within the limit of one question.
+std::int32_t Library::ReadWord(std::int32_t address, std::int32_t place, std::int32_t* word) {
+  if (!mLink || !IsDevice(address)) return kFailed;
+  const Duration asked = mClock.Now();
+  if (const auto known = mAhead.Find(address, place, asked)) {
+    *word = *known;
+    return kOk;
+  }
+  const auto bus = static_cast<std::uint8_t>(address);
+  const std::int32_t wanted = mAhead.Wanted(address, place);
+  if (wanted > 1) {
+    const Answer answer = mLink->Try(bus, Command::Read, ReadPayload(place, wanted), asked + kAskLimit);
+    if (answer.Done()) {
+      std::vector<std::int32_t> words(static_cast<std::size_t>(wanted));
+      TakeWords(answer, words.data());
+      *word = words.front();
+      mAhead.Keep(address, place, std::move(words), asked);
+      return kOk;
+    }
+  }
+  const Answer answer = mLink->Ask(bus, Command::Read, ReadPayload(place, 1), asked + kAskLimit);
+  mAhead.Note(address, place, wanted > 1);
+  if (!answer.Done()) return kFailed;
+  TakeWords(answer, word);
   return kOk;
 }
 

@@ -8,9 +8,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 
 #include "ports/ports.h"
+#include "tarnwick/Frame.h"
 
 namespace tarnwick::wire {
 namespace {
@@ -47,6 +49,7 @@ class SerialPort : public ISerialPort {
     return mChanged;
   }
 
+  bool Speed(int speed) override;
   bool Write(std::span<const std::uint8_t> bytes, Duration limit) override;
   int Read(std::span<std::uint8_t> buffer, Duration limit) override;
 
@@ -65,6 +68,17 @@ bool SerialPort::Await(short events, Duration limit) const {
   const timespec timeout{whole.count(), std::chrono::nanoseconds(limit - whole).count()};
   pollfd line{mFd, events, 0};
   return ::ppoll(&line, 1, &timeout, nullptr) > 0;
+}
+
+/// An adapter may take other settings than it was told: the speed counts only when it stands there.
+bool SerialPort::Speed(int speed) {
+  constexpr std::array<speed_t, kSpeeds.size()> kRates = {B9600, B19200, B57600, B115200};
+  const std::size_t code = SpeedCode(speed);
+  termios settings{};
+  if (code == kRates.size() || ::tcgetattr(mFd, &settings) != 0) return false;
+  ::cfsetspeed(&settings, kRates[code]);
+  return ::tcsetattr(mFd, TCSANOW, &settings) == 0 && ::tcgetattr(mFd, &settings) == 0 &&
+         ::cfgetospeed(&settings) == kRates[code];
 }
 
 bool SerialPort::Write(std::span<const std::uint8_t> bytes, Duration limit) {

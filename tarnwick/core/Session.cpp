@@ -6,43 +6,49 @@
 namespace tarnwick::wire {
 namespace {
 
-using std::chrono::milliseconds;
-
-/// How long each sending of a request waits for the first byte, beside the time on the line.
-constexpr std::array kWaits = {milliseconds(150), milliseconds(150), milliseconds(250),
-                               milliseconds(250), milliseconds(400), milliseconds(400)};
 /// No new sending before the line was quiet for this long: an answer may be trickling in.
-constexpr Duration kQuiet = milliseconds(150);
-
-Duration OnTheLine(std::size_t bytes) {
-  constexpr std::int64_t kBitsPerByte = 10;
-  return Duration(static_cast<std::int64_t>(bytes) * kBitsPerByte * 1'000'000 / kBaseSpeed);
-}
+constexpr Duration kQuiet = std::chrono::milliseconds(150);
 
 }  // namespace
 
-Session::Session(std::unique_ptr<ISerialPort> port, IClock& clock, std::uint8_t firstSequence)
-    : mPort(std::move(port)), mClock(clock), mSequence(firstSequence) {}
+Session::Session(std::unique_ptr<ISerialPort> port, IClock& clock, Trace& trace, std::uint8_t firstSequence)
+    : mPort(Traced(std::move(port), trace)), mClock(clock), mTrace(trace), mSequence(firstSequence) {}
 
-Answer Session::Ask(std::uint8_t address, Command command, Bytes payload, Duration limit) {
-  const Frame request{Kind::Request, command, mSequence++, address, std::move(payload)};
+bool Session::Speed(int speed) {
+  if (!mPort->Speed(speed)) return false;
+  mSpeed = speed;
+  return true;
+}
+
+Duration Session::OnTheLine(std::size_t bytes) const {
+  return Duration(static_cast<std::int64_t>(bytes) * kBitsPerByte * 1'000'000 / mSpeed);
+}
+
+Frame Session::Request(std::uint8_t address, Command command, Bytes payload) {
+  return {Kind::Request, command, mSequence++, address, std::move(payload)};
+}
+
+Answer Session::Exchange(const Frame& request, Waits waits, Duration end) {
   const Bytes bytes = Encode(request);
   const Duration line = OnTheLine(bytes.size() + AnswerLength(request));
-  const Duration end = mClock.Now() + limit;
+  std::size_t sending = 0;
   bool busy = false;
   mReader.Expect(request);
-  for (const milliseconds wait : kWaits) {
+  for (const std::chrono::milliseconds wait : waits) {
     const Duration now = mClock.Now();
     if (mGone || now >= end) break;
+    mTrace.Sent(request, ++sending);
     mGone = !mPort->Write(bytes, end - now);
     std::optional<Frame> reply = Listen(now + wait + line, end);
     if (!reply) continue;
+    mTrace.Received(*reply);
     busy = reply->kind == Kind::Refused && reply->payload[0] == static_cast<std::uint8_t>(Reason::Busy);
     if (!busy)
       return {reply->kind == Kind::Done ? Outcome::Done : Outcome::Refused, std::move(reply->payload)};
     Listen(mClock.Now() + wait, end);
   }
   if (busy && !mGone) return {Outcome::Refused, {static_cast<std::uint8_t>(Reason::Busy)}};
+  mTrace.Note(Trace::kFrames, mGone ? "the line is gone" : "no answer");
   return {Failure(), {}};
 }
 

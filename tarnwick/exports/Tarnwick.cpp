@@ -27,7 +27,7 @@ std::filesystem::path OwnFolder() {
 Library& TheLibrary() {
   static tarnwick::wire::SerialPortOpener opener(OwnFolder());
   static tarnwick::wire::SteadyClock clock;
-  static Library library(opener, clock);
+  static Library library(opener, clock, OwnFolder() / "Tarnwick.trace.txt");
   return library;
 }
 
@@ -56,8 +56,11 @@ TARNWICK_EXPORT _getDllVersion(std::int32_t* major, std::int32_t* minor, std::in
   return 1;
 }
 
-TARNWICK_EXPORT _debugFilter(std::int32_t, std::int32_t) {
-  return 1;
+TARNWICK_EXPORT _debugFilter(std::int32_t on, std::int32_t filter) {
+  return Guarded(0, [=](Library& library) {
+    library.DebugFilter(on, filter);
+    return 1;
+  });
 }
 
 TARNWICK_EXPORT _initSerialCommon(const char* port) {

@@ -1,5 +1,6 @@
 #include "tarnwick/Frame.h"
 
+#include <algorithm>
 #include <array>
 
 #include "tarnwick/Checksum.h"
@@ -28,6 +29,7 @@ constexpr std::array<Shape, kCommands> kShapes = [] {
   };
   set(Command::Identify, 0, 6);
   set(Command::Lock, 0, 0);
+  set(Command::Speed, 1, 1);
   set(Command::State, 0, 3);
   set(Command::Model, 0, 2);
   set(Command::Revision, 0, 1);
@@ -49,6 +51,10 @@ std::uint8_t HeadOf(Kind kind, Command command) {
 }
 
 }  // namespace
+
+std::uint8_t SpeedCode(int speed) {
+  return static_cast<std::uint8_t>(std::ranges::find(kSpeeds, speed) - kSpeeds.begin());
+}
 
 Bytes Encode(const Frame& frame) {
   Bytes bytes{HeadOf(frame.kind, frame.command), frame.sequence, frame.address};

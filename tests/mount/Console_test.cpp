@@ -53,7 +53,10 @@ TEST(Console, CarriesOutItsCommands) {
   Mount mount;
   mount.Put(16, {});
   Endpoint endpoint(mount);
-  Console console(mount, endpoint);
+  Line line(endpoint);
+  std::string told;
+  Faults faults(mount, line, [&told](const std::string& text) { told += text + "; "; });
+  Console console(mount, line, faults);
   EXPECT_EQ(console.Execute("state"),
             "16 state=running model=5 revision=2 boot=2 version=4.02 complete=yes\nend\n");
   EXPECT_EQ(console.Execute("poke 16 0 0xABCD"), "ok\n");

@@ -1,80 +1,20 @@
 // The built Tarnwick.so against the tarnwick-mount process over a real pseudo terminal.
 #include <dlfcn.h>
 #include <elf.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/file.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <array>
-#include <cstdio>
-#include <cstring>
+#include <stdexcept>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "support/MountProcess.h"
 #include "support/TempFolder.h"
 
 namespace tarnwick {
 namespace {
-
-/// A tarnwick-mount whose terminal is the port COM5 of `folder`.
-class MountProcess {
- public:
-  explicit MountProcess(const test::TempFolder& folder) {
-    std::array<int, 2> in{};
-    std::array<int, 2> out{};
-    if (::pipe2(in.data(), O_CLOEXEC) != 0 || ::pipe2(out.data(), O_CLOEXEC) != 0) return;
-    const std::string link = folder / "ports/COM5";
-    mPid = ::fork();
-    if (mPid == 0) {
-      ::dup2(in[0], STDIN_FILENO);
-      ::dup2(out[1], STDOUT_FILENO);
-      ::execl(TARNWICK_MOUNT, TARNWICK_MOUNT, "--link", link.c_str(), "--until-eof", nullptr);
-      ::_exit(127);
-    }
-    ::close(in[0]);
-    ::close(out[1]);
-    mIn = ::fdopen(in[1], "w");
-    mOut = ::fdopen(out[0], "r");
-    ready = Line();
-  }
-  ~MountProcess() { End(SIGKILL); }
-  MountProcess(const MountProcess&) = delete;
-  MountProcess& operator=(const MountProcess&) = delete;
-
-  /// One line of its output, without the line feed; empty at its end.
-  std::string Line() {
-    std::array<char, 256> buffer{};
-    if (std::fgets(buffer.data(), buffer.size(), mOut) == nullptr) return {};
-    return std::string(buffer.data(), std::strcspn(buffer.data(), "\n"));
-  }
-  std::string Ask(const std::string& command) {
-    std::fprintf(mIn, "%s\n", command.c_str());
-    std::fflush(mIn);
-    return Line();
-  }
-  /// Its exit status, or -1 when a signal ended it.
-  int End(int signal) {
-    if (mPid <= 0) return -1;
-    int status = 0;
-    ::kill(mPid, signal);
-    ::waitpid(mPid, &status, 0);
-    mPid = -1;
-    std::fclose(mIn);
-    std::fclose(mOut);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-
-  std::string ready;
-
- private:
-  pid_t mPid = -1;
-  FILE* mIn = nullptr;
-  FILE* mOut = nullptr;
-};
 
 /// A copy of the library in a folder of its own, loaded.
 struct Loaded {
@@ -144,7 +84,7 @@ TEST(Exports, ProgramADeviceOverAPseudoTerminal) {
   Loaded library;
   ASSERT_NE(library.handle, nullptr);
   EXPECT_EQ(library.Open("COM5"), -1);
-  MountProcess mount(library.folder);
+  test::MountProcess mount(TARNWICK_MOUNT, library.folder);
   ASSERT_TRUE(mount.ready.starts_with("ready /dev/pts/")) << mount.ready;
   std::int32_t major = -1;
   std::int32_t minor = -1;
@@ -188,7 +128,7 @@ TEST(Exports, ProgramADeviceOverAPseudoTerminal) {
 
 TEST(Exports, HoldThePortExclusivelyAndGiveItBack) {
   Loaded library;
-  MountProcess mount(library.folder);
+  test::MountProcess mount(TARNWICK_MOUNT, library.folder);
   ASSERT_EQ(library.Open("COM5"), 0);
   Loaded second;  // another file, so another library with a state of its own
   std::filesystem::create_symlink(library.folder / "ports/COM5", second.folder / "ports/COM5");

@@ -5,121 +5,91 @@
 
 #include <random>
 
+#include "support/TempFolder.h"
 #include "support/VirtualLine.h"
 
 namespace tarnwick::wire {
 namespace {
 
+using mount::LinkSetup;
 using std::chrono::milliseconds;
+using std::chrono::seconds;
 
 struct Bench {
-  explicit Bench(const mount::LinkSetup& link = {}) : mount(link) {
+  explicit Bench(const LinkSetup& link = {}) : mount(link) {
     for (const auto address : {std::uint8_t{16}, std::uint8_t{17}}) mount.Put(address, {});
   }
-  mount::Device& Device(std::uint8_t address) { return mount.Devices().at(address); }
+  mount::Memory& Words() { return mount.Devices().at(16).Words(); }
   std::int32_t State(std::int32_t address) {
     std::int32_t major = 0;
     std::int32_t minor = 0;
     return library.GetState(address, &major, &minor);
   }
-  /// Sends words from 0 on in blocks of two; true when all went well up to the end call.
-  bool Program(const std::vector<std::uint16_t>& words) {
-    for (std::size_t w = 0; w < words.size(); w += 2) {
-      const std::int32_t packet[] = {static_cast<std::int32_t>(w / 256),
-                                     static_cast<std::int32_t>(w % 256),
-                                     words[w] & 0xFF,
-                                     words[w] >> 8,
-                                     words[w + 1] & 0xFF,
-                                     words[w + 1] >> 8};
+  std::int32_t Word(std::int32_t place) {
+    std::int32_t word = -1;
+    return library.ReadMemory(16, place, place, &word) == 1 ? word : -1;
+  }
+  bool ToProgramState() {
+    return library.InitSerial("COM5") == 0 && library.EnterBoot(16) == 1 && library.StartProgramming(16) == 1;
+  }
+  /// Sends words 0 to 255, each with its index in both bytes; true when all went well up to the end.
+  bool Program() {
+    for (std::int32_t w = 0; w < 256; w += 2) {
+      const std::int32_t packet[] = {0, w, w, w, w + 1, w + 1};
       if (library.SendData(16, 6, packet) == 0) return false;
     }
     return library.EndProgramming(16) != 0;
   }
-  void ToProgramState() {
-    ASSERT_EQ(library.InitSerial("COM5"), 0);
-    ASSERT_EQ(library.EnterBoot(16), 1);
-    ASSERT_EQ(library.StartProgramming(16), 1);
-    ASSERT_EQ(State(16), 3);
+  bool Holds() {
+    for (std::uint32_t w = 0; w < 256; ++w)
+      if (Words().ImageWord(w) != w * 0x101) return false;
+    return mount.Devices().at(16).Complete();
   }
-  bool Holds(const std::vector<std::uint16_t>& words) {
-    for (std::uint32_t i = 0; i < words.size(); ++i)
-      if (Device(16).Words().ImageWord(i) != words[i]) return false;
-    return true;
+  template <class Action>
+  Duration Took(Action&& action) {
+    const Duration before = line.Now();
+    action();
+    return line.Now() - before;
   }
 
   mount::Mount mount;
   test::VirtualLine line{mount};
-  Library library{line, line};
+  const test::TempFolder folder;
+  Library library{line, line, folder / "trace.txt"};
 };
 
-std::vector<std::uint16_t> Image(std::size_t words) {
-  std::vector<std::uint16_t> image(words);
-  std::mt19937 random(7);
-  for (std::uint16_t& word : image) word = static_cast<std::uint16_t>(random() & 0x3FFF);
-  return image;
-}
-
 TEST(Library, TellsWhyNoTelescopeIsThere) {
+  using Damage = mount::Line::Damage;
   const auto answerWith = [](const Bytes& bytes) {
-    return [bytes](Bytes& out) {
-      if (!out.empty()) out = bytes;
+    return [bytes](Bytes& out) { out = out.empty() ? out : bytes; };
+  };
+  const auto frame = [](Kind kind, Bytes payload) {
+    return [kind, payload](Bytes& out) {
+      if (!out.empty()) out = Encode({kind, Command::Identify, out[1], 0, payload});
     };
   };
-  const Bytes otherProtocol{'T', 'W', 2, 0, 0, 0};
   int answers = 0;
-  struct Case {
-    std::int32_t result;
-    const char* port;
-    std::function<void(test::VirtualLine&)> prepare;
-  };
-  const std::vector<Case> cases = {
-      {0, "COM5", [](test::VirtualLine&) {}},
-      {-1, "COM6", [](test::VirtualLine&) {}},
-      {-2, "COM5", [](test::VirtualLine& line) { line.toLibrary = [](Bytes& out) { out.clear(); }; }},
-      {-3, "COM5",
-       [&](test::VirtualLine& line) {
-         line.toLibrary = answerWith({'O', 'K', 0xFF});
-       }},
-      {-4, "COM5",
-       [](test::VirtualLine& line) {
-         line.toLibrary = [](Bytes& out) {
-           Frame frame;
-           std::size_t length = 0;
-           if (ScanFrame(out, frame, length) != Scan::Whole) return;
-           out = Encode({Kind::Request, frame.command, frame.sequence, frame.address, {}});
-         };
-       }},
-      {-5, "COM5",
-       [&](test::VirtualLine& line) {
-         line.toLibrary = answerWith(Encode({Kind::Done, Command::Enter, 1, 16, {}}));
-       }},
-      {-6, "COM5",
-       [&](test::VirtualLine& line) {
-         line.toLibrary = [&](Bytes& out) {
-           if (out.empty()) return;
-           out = Encode({Kind::Done, Command::Identify, out[1], 0, otherProtocol});
-         };
-       }},
-      {-7, "COM5", [](test::VirtualLine& line) { line.hungUp = true; }},
-      {-8, "COM5",
-       [&](test::VirtualLine& line) {
-         line.toLibrary = [&](Bytes& out) {
-           if (!out.empty() && answers++ > 0) out.clear();
-         };
-       }},
-  };
-  for (const Case& c : cases) {
+  const std::vector<std::pair<std::int32_t, Damage>> cases = {
+      {-2, [](Bytes& out) { out.clear(); }},
+      {-3, answerWith({'O', 'K', 0xFF})},
+      {-4, frame(Kind::Request, {})},
+      {-5, answerWith(Encode({Kind::Done, Command::Enter, 1, 16, {}}))},
+      {-5, frame(Kind::Done, {'X', 'W', 1, 0, 0, 0})},
+      {-6, frame(Kind::Done, {'T', 'W', 2, 0, 0, 0})},
+      {-8, [&](Bytes& out) { answers += out.empty() || answers > 0 ? out.clear(), 0 : 1; }}};
+  for (const auto& [result, damage] : cases) {
     Bench bench;
-    c.prepare(bench.line);
-    const Duration before = bench.line.Now();
-    EXPECT_EQ(bench.library.InitSerial(c.port), c.result);
-    EXPECT_LE(bench.line.Now() - before, std::chrono::seconds(3)) << c.result;
-    EXPECT_EQ(bench.library.SerialMode(), c.result == 0 ? 1 : 0);
+    bench.line.line.toLibrary = damage;
+    EXPECT_LE(bench.Took([&, expected = result] { EXPECT_EQ(bench.library.InitSerial("COM5"), expected); }),
+              kOpenLimit)
+        << result;
+    EXPECT_EQ(bench.library.SerialMode(), 0);
   }
-}
-
-TEST(Library, OpensWhateverTheDevicesDo) {
   Bench bench;
+  EXPECT_EQ(bench.library.InitSerial("COM6"), -1);
+  bench.line.hungUp = true;
+  EXPECT_EQ(bench.library.InitSerial("COM5"), -7);
+  bench.line.hungUp = false;
   for (auto& [address, device] : bench.mount.Devices()) device.State(mount::RunState::Silent);
   EXPECT_EQ(bench.library.InitSerial("COM5"), 0);
   EXPECT_EQ(bench.State(16), 0);
@@ -127,8 +97,8 @@ TEST(Library, OpensWhateverTheDevicesDo) {
 
 TEST(Library, GivesTheFailureResultOnBadArgumentsAndWithoutAPort) {
   Bench bench;
+  Library& library = bench.library;
   for (const bool open : {false, true}) {
-    Library& library = bench.library;
     EXPECT_EQ(library.InitSerial(open ? "COM5" : ""), 0);
     std::int32_t out[2] = {77, 77};
     const std::int32_t packet[10] = {};
@@ -139,17 +109,13 @@ TEST(Library, GivesTheFailureResultOnBadArgumentsAndWithoutAPort) {
       EXPECT_EQ(library.GetModel(address, out), 0);
       EXPECT_EQ(library.GetBootVersion(address, out), -1);
       EXPECT_EQ(library.ReadMemory(address, 0, 0, out), 0);
+      EXPECT_EQ(library.ReadMemory(address, 0, 1, out), 0);
       EXPECT_EQ(library.EnterBoot(address), 0);
       EXPECT_EQ(library.SendData(address, 4, packet), 0);
       EXPECT_EQ(library.EndProgramming(address), 0);
     }
-    EXPECT_EQ(library.GetState(16, nullptr, out), 0);
-    EXPECT_EQ(library.GetModel(16, nullptr), 0);
-    EXPECT_EQ(library.ReadMemory(16, 0, 0, nullptr), 0);
-    EXPECT_EQ(library.ReadMemory(16, 1, 0, out), 0);
-    EXPECT_EQ(library.ReadMemory(16, -1, 0, out), 0);
-    EXPECT_EQ(library.ReadMemory(16, 0xFFFF, 0x10000, out), 0);
-    EXPECT_EQ(library.SendData(16, 4, nullptr), 0);
+    for (const auto& [first, last] : {std::pair(1, 0), std::pair(-1, 0), std::pair(0xFFFF, 0x10000)})
+      EXPECT_EQ(library.ReadMemory(16, first, last, out), 0);
     for (const std::int32_t count : {-1, 0, 5, 8, 12, 1 << 30})
       EXPECT_EQ(library.SendData(16, count, packet), 0);
     EXPECT_EQ(library.SendData(16, 4, wrongByte), 0);
@@ -159,113 +125,166 @@ TEST(Library, GivesTheFailureResultOnBadArgumentsAndWithoutAPort) {
   }
 }
 
-TEST(Library, ReadsRunsLongerThanOneFrame) {
-  Bench bench;
-  ASSERT_EQ(bench.library.InitSerial("COM5"), 0);
-  std::vector<std::int32_t> words(100, -1);
-  ASSERT_EQ(bench.library.ReadMemory(16, 4, 103, words.data()), 1);
-  for (std::uint32_t i = 0; i < words.size(); ++i) EXPECT_EQ(words[i], bench.Device(16).Words().At(4 + i));
-  EXPECT_EQ(bench.library.ReadMemory(16, 0x3FFF, 0x4000, words.data()), 0);
+TEST(Library, TakesTheFastestSpeedThatTheLineBears) {
+  struct Case {
+    int mount, bears, wanted;
+    milliseconds latency;
+  };
+  for (const Case& c : std::vector<Case>{{115200, 115200, 115200, milliseconds(0)},
+                                         {115200, 115200, 115200, milliseconds(200)},
+                                         {57600, 115200, 57600, milliseconds(16)},
+                                         {9600, 115200, 9600, milliseconds(0)},
+                                         {115200, 57600, 57600, milliseconds(16)},
+                                         {115200, 19200, 19200, milliseconds(100)},
+                                         {115200, 9600, 9600, milliseconds(16)}}) {
+    Bench bench({LinkKind::Direct, true, c.mount});
+    bench.line.line.setup = {true, c.latency, 0, c.bears};
+    for (const char* round : {"first", "left at that speed by a killed program"}) {
+      EXPECT_LE(bench.Took([&] { EXPECT_EQ(bench.library.InitSerial("COM5"), 0) << round; }), kOpenLimit);
+      EXPECT_EQ(bench.library.Speed(), c.wanted) << round;
+      EXPECT_EQ(bench.mount.Speed(), c.wanted);
+      EXPECT_EQ(bench.State(16), 1);
+    }
+  }
+}
+
+TEST(Library, FindsItsWayBackAfterAPowerCycleWithinTheCall) {
+  for (const milliseconds latency : {milliseconds(0), milliseconds(200)}) {
+    Bench bench({LinkKind::HandControl, true});
+    bench.line.line.setup = {true, latency};
+    ASSERT_EQ(bench.library.InitSerial("COM5"), 0);
+    EXPECT_EQ(bench.library.EnterBoot(16), 0);
+    bench.library.LockHandControl();
+    EXPECT_EQ(bench.library.EnterBoot(16), 1);
+    for (int i = 0; i < 2; ++i) {
+      bench.mount.PowerCycle();
+      EXPECT_LE(bench.Took([&] { EXPECT_EQ(bench.library.EnterBoot(16), 1); }), kAskLimit);
+      EXPECT_EQ(bench.library.Speed(), latency < milliseconds(100) ? 115200 : bench.mount.Speed());
+    }
+    bench.line.line.toMount = [](Bytes& bytes) { bytes.clear(); };
+    EXPECT_LE(bench.Took([&] { EXPECT_EQ(bench.State(16), 0); }), kAskLimit);
+    bench.mount.PowerCycle();
+    bench.line.line.toMount = nullptr;
+    EXPECT_EQ(bench.State(16), 1);
+  }
 }
 
 TEST(Library, ProgramsThroughLossDamageAndLateAnswers) {
-  const std::vector<std::uint16_t> image = Image(256);
   struct Case {
-    int lossOneIn;
+    unsigned lossOneIn;
     milliseconds latency;
     std::size_t piece;
   };
-  for (const Case& c : std::vector<Case>{{0, milliseconds(100), 256},
-                                         {0, milliseconds(400), 256},
-                                         {0, milliseconds(1), 1},
-                                         {10, milliseconds(1), 256},
-                                         {10, milliseconds(200), 3}}) {
+  for (const Case& c :
+       std::vector<Case>{{0, milliseconds(200), 0}, {0, milliseconds(1), 1}, {10, milliseconds(20), 3}}) {
     Bench bench;
     std::mt19937 random(42);
-    bench.line.latency = c.latency;
-    bench.line.piece = c.piece;
-    bench.line.toMount = bench.line.toLibrary = [&](Bytes& bytes) {
-      if (bytes.empty() || c.lossOneIn == 0 || random() % static_cast<unsigned>(c.lossOneIn) != 0) return;
+    bench.line.line.setup = {false, c.latency, c.piece};
+    bench.line.line.toMount = bench.line.line.toLibrary = [&](Bytes& bytes) {
+      if (bytes.empty() || c.lossOneIn == 0 || random() % c.lossOneIn != 0) return;
       std::uint8_t& hit = bytes[random() % bytes.size()];
-      if (random() % 2 == 0)
-        bytes.clear();
-      else
-        hit = static_cast<std::uint8_t>(hit ^ (1U << random() % 8));
+      hit = static_cast<std::uint8_t>(hit ^ (1U << random() % 8));
+      if (random() % 2 == 0) bytes.clear();
     };
-    bench.ToProgramState();
-    EXPECT_TRUE(bench.Program(image));
-    EXPECT_TRUE(bench.Holds(image));
-    EXPECT_TRUE(bench.Device(16).Complete());
+    EXPECT_TRUE(bench.ToProgramState() && bench.Program() && bench.Holds()) << c.lossOneIn;
   }
 }
 
 TEST(Library, NeverTakesAnOldAnswerForThisOne) {
   Bench bench;
   ASSERT_EQ(bench.library.InitSerial("COM5"), 0);
-  bench.Device(17).State(mount::RunState::Boot);
+  bench.mount.Devices().at(17).State(mount::RunState::Boot);
   Bytes last;
-  bench.line.toLibrary = [&last](Bytes& bytes) {
+  bench.line.line.toLibrary = [&last](Bytes& bytes) {
     if (!bytes.empty()) std::swap(bytes, last);  // always the answer before
   };
   // Each is answered at its repeat only, and never with the state of the other device.
-  EXPECT_EQ(bench.State(16), 1);
-  EXPECT_EQ(bench.State(17), 2);
-  EXPECT_EQ(bench.State(16), 1);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(bench.State(16) * 10 + bench.State(17), 12);
 }
 
 TEST(Library, EndsWithinItsBoundAndAtOnceAfterAHangUp) {
   Bench bench;
   ASSERT_EQ(bench.library.InitSerial("COM5"), 0);
-  bench.line.toMount = [](Bytes& bytes) { bytes.clear(); };
-  std::uint8_t noise = 0;
-  bench.line.toLibrary = [&noise](Bytes& bytes) { bytes.assign(64, ++noise); };
-  bench.line.latency = milliseconds(140);  // something always comes just in time
-  Duration before = bench.line.Now();
-  EXPECT_EQ(bench.State(16), 0);
-  EXPECT_LE(bench.line.Now() - before, kExchangeLimit);
+  bench.line.line.toLibrary = [](Bytes& bytes) { bytes.assign(64, 0x42); };
+  bench.line.line.setup = {true, milliseconds(140)};  // something always comes just in time
+  EXPECT_LE(bench.Took([&] { EXPECT_EQ(bench.State(16), 0); }), kAskLimit);
   bench.line.hungUp = true;
-  before = bench.line.Now();
-  EXPECT_EQ(bench.State(16), 0);
-  EXPECT_EQ(bench.library.EndProgramming(16), 0);
-  EXPECT_EQ(bench.line.Now(), before);
+  EXPECT_EQ(bench.Took([&] { EXPECT_EQ(bench.State(16) + bench.library.EndProgramming(16), 0); }),
+            Duration());
 }
 
 TEST(Library, FailsTheEndCallWhenTheDeviceDoesNotHoldWhatWasSent) {
-  const std::vector<std::uint16_t> image = Image(64);
   Bench bench;
-  bench.ToProgramState();
-  bench.line.toMount = [&bench](Bytes& bytes) {
-    if (bytes[0] == 0x93) bench.Device(16).Words().ImageWord(33, 0x0BAD);  // just before the check
+  ASSERT_TRUE(bench.ToProgramState());
+  bench.line.line.toMount = [&bench](Bytes& bytes) {
+    if (bytes[0] == 0x93) bench.Words().ImageWord(33, 0x0BAD);  // just before the check
   };
-  EXPECT_FALSE(bench.Program(image));
+  EXPECT_FALSE(bench.Program());
   EXPECT_EQ(bench.State(16), 3);
-  bench.line.toMount = nullptr;
-  EXPECT_TRUE(bench.Program(image));
-  EXPECT_TRUE(bench.Holds(image));
+  bench.line.line.toMount = nullptr;
+  EXPECT_TRUE(bench.Program() && bench.Holds());
 }
 
-TEST(Library, LocksTheHandControlAgainAfterAPowerCycle) {
-  using mount::LinkSetup;
-  Bench direct;
-  ASSERT_EQ(direct.library.InitSerial("COM5"), 0);
-  EXPECT_NE(direct.library.TestForVirtualPort(), 0);
-  Bench old(LinkSetup{LinkKind::HandControl, false});
-  ASSERT_EQ(old.library.InitSerial("COM5"), 0);
-  EXPECT_NE(old.library.TestForUpgradeSupport(), 0);
-  Bench virtualPort(LinkSetup{LinkKind::VirtualPort, true});
-  ASSERT_EQ(virtualPort.library.InitSerial("COM5"), 0);
-  EXPECT_EQ(virtualPort.library.TestForVirtualPort(), 0);
+TEST(Library, TellsWhatTheLinkRunsThrough) {
+  const auto tell = [](LinkKind kind, bool upgradeSupported) {
+    Bench bench({kind, upgradeSupported});
+    EXPECT_EQ(bench.library.InitSerial("COM5"), 0);
+    const Library& library = bench.library;
+    return library.SerialMode() * 100 + library.TestForVirtualPort() * 10 + library.TestForUpgradeSupport();
+  };
+  EXPECT_EQ(tell(LinkKind::Direct, true), 110);
+  EXPECT_EQ(tell(LinkKind::HandControl, true), 210);
+  EXPECT_EQ(tell(LinkKind::HandControl, false), 211);
+  EXPECT_EQ(tell(LinkKind::VirtualPort, true), 200);
+}
 
-  Bench bench(LinkSetup{LinkKind::HandControl, true});
+TEST(Library, ReadsAheadWhatNothingCanHaveChanged) {
+  Bench bench;
   ASSERT_EQ(bench.library.InitSerial("COM5"), 0);
-  EXPECT_EQ(bench.library.SerialMode(), 2);
-  EXPECT_NE(bench.library.TestForVirtualPort(), 0);
-  EXPECT_EQ(bench.library.TestForUpgradeSupport(), 0);
-  EXPECT_EQ(bench.library.EnterBoot(16), 0);
-  bench.library.LockHandControl();
-  EXPECT_EQ(bench.library.EnterBoot(16), 1);
-  bench.mount.PowerCycle();
-  EXPECT_EQ(bench.library.EnterBoot(16), 1);
+  std::vector<std::int32_t> words(200);
+  ASSERT_EQ(bench.library.ReadMemory(16, 4, 203, words.data()), 1);
+  int requests = 0;
+  bench.line.line.toMount = [&](Bytes& bytes) { requests += bytes.empty() ? 0 : 1; };
+  for (std::int32_t i = 0; i < 200; ++i) EXPECT_EQ(bench.Word(4 + i), words[static_cast<std::size_t>(i)]);
+  EXPECT_EQ(requests, 5);
+  const auto change = [&](std::uint32_t index) { bench.Words().ImageWord(index, 0x0ABC); };
+  change(204);
+  EXPECT_NE(bench.Word(204), 0x0ABC);
+  change(205);
+  bench.line.Pass(milliseconds(1000));
+  EXPECT_EQ(bench.Word(205), 0x0ABC);
+  change(206);
+  bench.State(17);
+  EXPECT_EQ(bench.Word(206), 0x0ABC);
+  requests = 0;
+  for (const std::int32_t place : {0x3FFE, 0x3FFF, 0xFFFC, 0xFFFD, 0xFFFE, 0xFFFF})
+    EXPECT_GE(bench.Word(place), 0);
+  EXPECT_EQ(bench.Word(0x4000), -1);
+  EXPECT_EQ(requests, 5);
+  bench.line.line.toLibrary = [](Bytes& bytes) { bytes.resize(std::min<std::size_t>(bytes.size(), 20)); };
+  EXPECT_LE(bench.Took([&] { EXPECT_GE(bench.Word(0) + bench.Word(1), 0); }), kAskLimit);
+  EXPECT_LE(bench.Took([&] { EXPECT_GE(bench.Word(2), 0); }), milliseconds(1));
+}
+
+TEST(Library, TracesToABoundedFile) {
+  Bench bench;
+  const auto traced = [&] { return test::ReadFile(bench.folder / "trace.txt"); };
+  ASSERT_EQ(bench.library.InitSerial("COM5"), 0);
+  EXPECT_FALSE(std::filesystem::exists(bench.folder / "trace.txt"));
+  bench.library.DebugFilter(1, Trace::kFrames);
+  bench.State(16);
+  EXPECT_NE(traced().find(" State device 16 done: 01 04 02\n"), std::string::npos);
+  EXPECT_EQ(traced().find("port"), std::string::npos);
+  bench.library.DebugFilter(1, Trace::kPort);
+  bench.library.InitSerial("COM5");
+  EXPECT_NE(traced().find("port  speed 115200\n"), std::string::npos);
+  std::string old;
+  while (old.size() < Trace::kMostBytes) old += "an older line\n";
+  test::WriteFile(bench.folder / "trace.txt", old);
+  bench.State(17);
+  EXPECT_LT(traced().size(), Trace::kMostBytes * 2 / 3);
+  EXPECT_TRUE(traced().starts_with("an older line\n"));
+  EXPECT_NE(traced().find("State device 17 done"), std::string::npos);
 }
 
 }  // namespace

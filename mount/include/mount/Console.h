@@ -5,15 +5,16 @@
 #include <string_view>
 #include <vector>
 
-#include "mount/Endpoint.h"
+#include "mount/Faults.h"
+#include "mount/Line.h"
 #include "mount/Mount.h"
 
 namespace tarnwick::mount {
 
 class Console {
  public:
-  /// Both must outlive the console.
-  Console(Mount& mount, Endpoint& endpoint) : mMount(mount), mEndpoint(endpoint) {}
+  /// All must outlive the console.
+  Console(Mount& mount, Line& line, Faults& faults) : mMount(mount), mLine(line), mFaults(faults) {}
 
   /// Carries one line out and gives the lines to answer, each ended by a line feed: "ok", "error" and
   /// what is wrong, or lines of text ended by "end". What the commands are, `Usage` tells.
@@ -25,11 +26,15 @@ class Console {
   using Words = std::vector<std::string_view>;
   std::string State(const Words& words);
   std::string Dump(const Words& words);
+  std::string SetLine(const Words& words);
+  std::string HandControl(const Words& words);
+  std::string Fault(const Words& words);
   std::string Poke(const Words& words);
   Device* Find(std::string_view address);
 
   Mount& mMount;
-  Endpoint& mEndpoint;
+  Line& mLine;
+  Faults& mFaults;
   bool mQuit = false;
 };
 

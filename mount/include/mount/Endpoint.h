@@ -10,6 +10,9 @@ namespace tarnwick::mount {
 
 /// A frame that does not go on for this long was noise.
 inline constexpr std::chrono::microseconds kGap = std::chrono::milliseconds(120);
+/// With no request understood for this long after a change of speed, or after the first byte that was
+/// none, the mount goes back to the speed of switching on.
+inline constexpr std::chrono::microseconds kLost = std::chrono::milliseconds(500);
 
 class Endpoint {
  public:
@@ -25,14 +28,17 @@ class Endpoint {
   /// When `Tick` has something to do, if nothing comes in before.
   std::optional<Time> Due() const;
   /// Forgets a frame that was coming in, as a power cycle does.
-  void Clear() { mReader.Clear(); }
+  void Clear();
+  /// Speed of the mount's end of the line.
+  int Speed() const { return mMount.Speed(); }
 
  private:
-  void Answer(wire::Bytes& out);
+  void Answer(wire::Bytes& out, Time now);
 
   Mount& mMount;
   wire::RequestReader mReader;
-  Time mLast{};  ///< When the last byte came in.
+  Time mLast{};                  ///< When the last byte came in.
+  std::optional<Time> mStrange;  ///< Since when no request was understood, or the speed not confirmed.
 };
 
 }  // namespace tarnwick::mount

@@ -1,7 +1,9 @@
 // The simulated mount: what stands behind the line, without the line.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 
@@ -14,31 +16,51 @@ namespace tarnwick::mount {
 struct LinkSetup {
   wire::LinkKind kind = wire::LinkKind::Direct;
   bool upgradeSupported = true;
+  int fastest = wire::kSpeeds.back();  ///< Fastest line speed; one of `wire::kSpeeds`.
 };
 
 class Mount {
  public:
-  explicit Mount(const LinkSetup& link = {}) : mLink(link) {}
+  explicit Mount(const LinkSetup& link = {}) : mLink(link), mSpeed(HomeSpeed()) {}
 
   /// Puts a device at a bus address, in place of the one there.
   void Put(std::uint8_t address, const DeviceSetup& setup);
   /// The devices by address.
   std::map<std::uint8_t, Device>& Devices() { return mDevices; }
 
-  /// The answer to a request, or nothing where the mount stays silent. The same request again is
-  /// answered as before and not carried out again.
+  /// What the line runs through; a change forgets a lock.
+  const LinkSetup& Link() const { return mLink; }
+  void Link(const LinkSetup& link);
+
+  /// Speed of the mount's end of the line, from the end of the present answer on.
+  int Speed() const { return mSpeed; }
+  /// The speed after switching on.
+  int HomeSpeed() const { return std::min(wire::kBaseSpeed, mLink.fastest); }
+  void ToHomeSpeed() { mSpeed = HomeSpeed(); }
+
+  /// The answer to a request, or nothing where the mount stays silent. The same request to a device
+  /// again is answered as before and not carried out again.
   std::optional<wire::Frame> Handle(const wire::Frame& request);
+  /// Answers what comes over the line in place of `Handle`, which it may call; none by itself.
+  std::function<std::optional<wire::Frame>(const wire::Frame& request)> instead;
+  /// The answer to a request that came over the line.
+  std::optional<wire::Frame> Hear(const wire::Frame& request) {
+    return instead ? instead(request) : Handle(request);
+  }
   /// Takes power away and gives it back: all that is not in a device's program memory is forgotten.
   void PowerCycle();
 
  private:
   std::optional<Reply> Answer(const wire::Frame& request);
-  Reply AnswerItself(wire::Command command);
+  Reply AnswerItself(const wire::Frame& request);
+  Reply Identify();
+  Reply ChangeSpeed(std::size_t code);
 
   LinkSetup mLink;
   std::map<std::uint8_t, Device> mDevices;
+  int mSpeed;
   bool mLocked = false;
-  std::optional<wire::Frame> mLastRequest;  ///< The last one that was done, and its answer.
+  std::optional<wire::Frame> mLastRequest;  ///< The last one to a device that was done, and its answer.
   wire::Frame mLastAnswer;
 };
 

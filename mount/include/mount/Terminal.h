@@ -23,6 +23,8 @@ class Terminal {
   int Descriptor() const { return mMaster; }
   /// The path that programs open.
   const std::string& Path() const { return mPath; }
+  /// The speed, in bits per second, that the other end is set to.
+  int Speed() const;
   /// What came in; empty when nothing did.
   wire::Bytes Read();
   /// Bytes that nobody takes are dropped, as on a line.

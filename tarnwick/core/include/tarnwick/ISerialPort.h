@@ -16,6 +16,8 @@ using Duration = std::chrono::microseconds;
 class ISerialPort {
  public:
   virtual ~ISerialPort() = default;
+  /// Sets the speed, in bits per second, one of the protocol's. False when the line cannot take it.
+  virtual bool Speed(int speed) = 0;
   /// Sends all bytes. False when the line is gone or did not take them within `limit`.
   virtual bool Write(std::span<const std::uint8_t> bytes, Duration limit) = 0;
   /// Waits up to `limit` for bytes. The number put into `buffer`, 0 when none came, -1 when the line

@@ -11,21 +11,29 @@
 #include <optional>
 #include <string>
 
-#include "tarnwick/Session.h"
+#include "tarnwick/MountLink.h"
+#include "tarnwick/ReadAhead.h"
+#include "tarnwick/Trace.h"
 #include "tarnwick/WrittenImage.h"
 
 namespace tarnwick::wire {
 
 class Library {
  public:
-  /// Both must outlive the library.
-  Library(IPortOpener& opener, IClock& clock) : mOpener(opener), mClock(clock) {}
+  /// Opener and clock must outlive the library. Traces go to the file `trace`; nowhere when it is empty.
+  Library(IPortOpener& opener, IClock& clock, std::filesystem::path trace = {})
+      : mOpener(opener), mClock(clock), mTrace(std::move(trace), clock) {}
+
+  /// Turns a filter of the trace on, or off with `on` 0.
+  void DebugFilter(std::int32_t on, std::int32_t filter) { mTrace.Turn(filter, on != 0); }
 
   /// Opens the port of that name in place of the one open; an empty name only closes. 0 open, -1
   /// cannot open, -8 to -2 no telescope; the page of the protocol tells which is which.
   std::int32_t InitSerial(const std::string& name);
   /// 2 through a hand control, 1 direct, 0 when no port is open.
   std::int32_t SerialMode() const;
+  /// Bits per second that the line runs at now, 0 when no port is open.
+  std::int32_t Speed() const { return mLink ? mLink->Speed() : 0; }
   void LockHandControl();
   /// 0: the hand control's virtual port.
   std::int32_t TestForVirtualPort() const;
@@ -42,7 +50,8 @@ class Library {
   /// 0: filled; else -1.
   std::int32_t GetBootVersion(std::int32_t address, std::int32_t* version);
   /// 1: `words` filled, one element for each word from `first` to `last`. A failure may have filled
-  /// some.
+  /// some. A run of single words is served from few exchanges; no word is older than a second or than
+  /// the last other call.
   std::int32_t ReadMemory(std::int32_t address, std::int32_t first, std::int32_t last, std::int32_t* words);
   /// 1: done.
   std::int32_t EnterBoot(std::int32_t address);
@@ -53,18 +62,17 @@ class Library {
   std::int32_t EndProgramming(std::int32_t address);
 
  private:
-  std::int32_t Identify();
   Answer Ask(std::int32_t address, Command command, Bytes payload = {});
   std::int32_t AskNumber(std::int32_t address, Command command, std::int32_t* out);
   std::int32_t AskPlain(std::int32_t address, Command command);
+  std::int32_t ReadWord(std::int32_t address, std::int32_t place, std::int32_t* word);
   bool HoldsWhatWasSent(std::int32_t address);
 
   IPortOpener& mOpener;
   IClock& mClock;
-  std::optional<Session> mSession;
-  LinkKind mLinkKind = LinkKind::Direct;
-  bool mUpgradeSupported = false;
-  bool mLockWanted = false;
+  Trace mTrace;
+  std::optional<MountLink> mLink;
+  ReadAhead mAhead;
   std::map<std::int32_t, WrittenImage> mWritten;  ///< By address.
 };
 

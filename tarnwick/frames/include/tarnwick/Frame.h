@@ -2,6 +2,7 @@
 // codec and nothing else.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -18,6 +19,7 @@ enum class Kind : std::uint8_t { Done = 0x40, Request = 0x80, Refused = 0xC0 };
 enum class Command : std::uint8_t {
   Identify = 0x01,
   Lock = 0x02,
+  Speed = 0x03,
   State = 0x08,
   Model = 0x09,
   Revision = 0x0A,
@@ -50,9 +52,16 @@ inline constexpr std::uint8_t kProtocol = 1;
 
 inline constexpr std::size_t kHeaderLength = 3;  ///< Head, sequence number, address.
 inline constexpr std::size_t kCrcLength = 2;
-inline constexpr std::size_t kMostWords = 32;  ///< Words in one answer to Read.
+inline constexpr std::size_t kMostWords = 64;  ///< Words in one answer to Read.
 inline constexpr std::size_t kLongestFrame = kHeaderLength + 1 + 2 * kMostWords + kCrcLength;
-inline constexpr int kBaseSpeed = 19200;  ///< Bits per second; a byte is ten bits.
+
+/// Line speeds in bits per second, slowest first; a speed's place here is its code in a frame.
+inline constexpr std::array<int, 4> kSpeeds = {9600, 19200, 57600, 115200};
+/// Speed of a mount that was just switched on, unless it is slower altogether.
+inline constexpr int kBaseSpeed = 19200;
+inline constexpr int kBitsPerByte = 10;
+/// The code of a speed; one past the last for what is none.
+std::uint8_t SpeedCode(int speed);
 
 struct Frame {
   Kind kind = Kind::Request;
