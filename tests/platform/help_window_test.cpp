@@ -1,0 +1,120 @@
+// The help: that its pages explain what the program says, that their links lead somewhere, its window.
+#include <gmock/gmock.h>
+
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRegularExpression>
+#include <QTest>
+#include <QTextBrowser>
+#include <set>
+
+#include "platform/qt/HelpWindow.h"
+#include "support/TempFolder.h"
+
+namespace tarnwick::test {
+namespace {
+
+namespace fs = std::filesystem;
+const fs::path kSource = TARNWICK_SOURCE_DIR;
+
+/// Calls `use` with name, text and the captures of `pattern` in it, for each source file or page below.
+template <class Use>
+void Scan(const fs::path& folder, const char* pattern, Use use) {
+  for (const auto& file : fs::recursive_directory_iterator(kSource / folder)) {
+    if (!std::set<fs::path>{".cpp", ".h", ".htm"}.contains(file.path().extension())) continue;
+    const QString joined = QString::fromStdString(ReadFile(file)).remove(QRegularExpression("\"\\s*\"|//.*"));
+    auto match = QRegularExpression(pattern).globalMatch(joined);
+    while (match.hasNext()) use(file.path().filename().string(), match.next());
+  }
+}
+
+TEST(HelpPages, ExplainEveryTextOfTwoWordsOrMore) {
+  QString help;
+  Scan("help", "(?s).*", [&](const auto&, const auto& page) {
+    QTextDocument document;
+    document.setHtml(page.captured());
+    help += document.toPlainText().simplified();
+  });
+  // Boxes do not show these: names of devices and models, and what the wizard's pages say at rest.
+  const std::set<std::string> silent{"BootPackages.cpp", "Devices.cpp", "QalWriter.cpp", "Step1.cpp"};
+  const QRegularExpression atRest(
+      "^(About the|Blocksize O|Choose |Make sure|Note: |QAL File:|Status report|platform/)");
+  int texts = 0;
+  const auto explained = [&](const std::string& file, const auto& literal) {
+    for (QString line : literal.captured(1).split("\\r\\n")) {
+      line = line.remove(QRegularExpression("^[^A-Za-z]*")).simplified();
+      if (!line.contains(' ') || silent.contains(file) || atRest.match(line).hasMatch()) continue;
+      EXPECT_TRUE(help.contains(line, Qt::CaseInsensitive)) << file << ": " << line.toStdString();
+      ++texts;
+    }
+  };
+  for (const char* room : {"firmware", "link", "programmer", "pages", "wizard/controller"})
+    Scan(room, "\"([^\"\\n]*)\"", explained);
+  EXPECT_GT(texts, 60);
+}
+
+TEST(HelpPages, LinkToWhatIsThere) {
+  std::set<std::string> there, wanted;
+  Scan("help", "<a (name|href)=\"([^\"#]*)(#?[^\"]*)\"", [&](const std::string& page, const auto& anchor) {
+    const std::string first = anchor.captured(2).toStdString(), section = anchor.captured(3).toStdString();
+    there.insert(page);
+    if (anchor.captured(1) == "name") {
+      there.insert(page + "#" + first);
+    } else {
+      wanted.insert((first.empty() ? page : first) + section);
+    }
+  });
+  EXPECT_GT(wanted.size(), 5U);
+  EXPECT_THAT(there, testing::IsSupersetOf(wanted));
+}
+
+TEST(HelpWindow, ShowsGoesBackAndFindsInKnownPagesOnly) {
+  qt::HelpWindow help;
+  const auto view = [] {
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+      if (window->objectName() == "help") return window;
+    }
+    return static_cast<QWidget*>(nullptr);
+  };
+  help::Show(kSource / "help", "../docs/Step1.htm");
+  EXPECT_EQ(view(), nullptr) << "Nothing is made before it is needed.";
+  help::Show(kSource / "help", "Step2.htm");
+  ASSERT_TRUE(QTest::qWaitForWindowActive(view()));
+  auto& page = *view()->findChild<QTextBrowser*>();
+  auto& field = *view()->findChild<QLineEdit*>();
+  const auto on = [&] { return page.source().toString().toStdString(); };
+  EXPECT_EQ(on(), "Step2.htm");
+  for (const char* const link :
+       {"http://there/Step1.htm", "file:///etc/Step1.htm", "../Step1.htm", "/etc/passwd"}) {
+    emit page.anchorClicked(QUrl(link));
+    EXPECT_EQ(on(), "Step2.htm") << link;
+  }
+  emit page.anchorClicked(QUrl("Step4.htm#stopped"));
+  EXPECT_EQ(on(), "Step4.htm#stopped");
+  QTest::keyClick(view(), Qt::Key_Left, Qt::AltModifier);
+  EXPECT_EQ(on(), "Step2.htm");
+
+  const auto find = [&](const char* words) {
+    field.setText(words);
+    QTest::keyClick(&field, Qt::Key_Return);
+    return page.textCursor().selectedText();
+  };
+  EXPECT_EQ(find(" unable to  ENTER boot"), "Unable to enter boot");
+  EXPECT_EQ(on(), "Step4.htm");
+  const int hit = page.textCursor().position();
+  EXPECT_EQ(find("xyzzy"), "Unable to enter boot");
+  EXPECT_EQ(view()->findChild<QLabel*>("lblFind")->text(), "Not found");
+  find("unable to enter boot");
+  EXPECT_EQ(page.textCursor().position(), hit) << "Round all pages and back to the only hit.";
+  QTest::keyClick(&field, Qt::Key_Escape);
+  EXPECT_FALSE(view()->isVisible());
+
+  const TempFolder empty;
+  help::Show(empty.Path(), "Step1.htm");
+  EXPECT_TRUE(view()->isVisible());
+  EXPECT_THAT(view()->findChild<QTextBrowser*>()->toPlainText().toStdString(), testing::HasSubstr("missing"));
+}
+
+}  // namespace
+}  // namespace tarnwick::test
