@@ -1,12 +1,12 @@
 # Who may include whom. Each file of a room is held against the list of rooms, from the ground floor
-# up; programs, tests and samples stand outside and may look at anything.
+# up; tools, tests, benchmarks and samples stand outside and may look at anything.
 
 BEGIN {
   rooms = split("platform ports firmware link settings programmer wizard webupdate pages app", list, " ")
   for (i = 1; i <= rooms; ++i) floorOf[list[i]] = i
   floorOf["tarnwick"] = floorOf["mount"] = 0  # what they may include is told one by one
   withQt = "^(platform/qt|wizard/window|webupdate/window|pages|app)/"
-  withPosix = "^(platform|ports|tarnwick|mount|tests)/"
+  withPosix = "^(platform|ports|tarnwick|mount|tests|benchmarks)/"
   posix = "^(unistd|fcntl|termios|pty|poll|dlfcn|dirent|pwd|grp|spawn|pthread|netdb|strings|libgen|glob|link|elf)\\.h$" \
           "|^(sys|linux|net|netinet|arpa|asm)/"
 }
