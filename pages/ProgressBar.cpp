@@ -10,11 +10,13 @@ ProgressBar::ProgressBar(QWidget* parent) : QWidget(parent) {
   setObjectName(QStringLiteral("progress"));
   setAccessibleName(QStringLiteral("Progress"));
   setAttribute(Qt::WA_OpaquePaintEvent);
+  mText.setTextFormat(Qt::PlainText);
 }
 
 void ProgressBar::Label(const QString& text) {
-  if (text == mText) return;
-  mText = text;
+  if (text == mText.text()) return;
+  mText.setText(text);
+  mText.prepare({}, font());
   setAccessibleDescription(text);
   repaint();
 }
@@ -45,15 +47,17 @@ void ProgressBar::paintEvent(QPaintEvent*) {
   QRect bar = Track();
   bar.setWidth(mBarWidth);
   painter.fillRect(bar, colours.color(group, QPalette::Highlight));
-  if (mText.isEmpty()) return;
+  if (mText.text().isEmpty()) return;
+  const QSize rest = size() - mText.size().toSize();
+  const QPoint at(rest.width() / 2, rest.height() / 2);
   painter.setPen(colours.color(group, QPalette::Text));
-  painter.drawText(rect(), Qt::AlignCenter, mText);
+  painter.drawStaticText(at, mText);
   if (bar.isEmpty()) return;
   // Over the bar the text is drawn once more, in the colour that reads well there.
   painter.setClipRect(bar);
   painter.fillRect(bar, colours.color(group, QPalette::Highlight));
   painter.setPen(colours.color(group, QPalette::HighlightedText));
-  painter.drawText(rect(), Qt::AlignCenter, mText);
+  painter.drawStaticText(at, mText);
 }
 
 }  // namespace tarnwick

@@ -1,6 +1,7 @@
 // The progress display: a track, the bar over it, and the text over both.
 #pragma once
 
+#include <QStaticText>
 #include <QWidget>
 
 namespace tarnwick {
@@ -23,7 +24,7 @@ class ProgressBar final : public QWidget {
   QRect Track() const { return rect().adjusted(1, 1, -1, -1); }
   int WidthOf(double fraction) const;
 
-  QString mText;
+  QStaticText mText;  ///< Laid out once, for each text is painted four times as a rule.
   double mFraction = 0.0;
   int mBarWidth = 0;
 };
