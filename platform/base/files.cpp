@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <new>
 #include <stdexcept>
 
@@ -66,13 +65,12 @@ void FlushFolder(const fs::path& folder) {
   if (fd.Get() >= 0) ::fsync(fd.Get());
 }
 
-std::error_code WriteBeside(const fs::path& target, std::string_view content, std::string& temporary) {
-  temporary = target.string() + ".XXXXXX";
-  Descriptor fd(::mkostemp(temporary.data(), O_CLOEXEC));
-  if (fd.Get() < 0) {
-    temporary.clear();
-    return LastError();
-  }
+/// Writes `content` to `beside`, with the mode that `target` has.
+std::error_code WriteBeside(const fs::path& beside, const fs::path& target, std::string_view content) {
+  // What a killed program left there goes, and what someone put there is not written through.
+  ::unlink(beside.c_str());
+  Descriptor fd(::open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (fd.Get() < 0) return LastError();
   struct stat old {};
   const mode_t mode = ::stat(target.c_str(), &old) == 0 ? (old.st_mode & 0777u) : 0644u;
   if (::fchmod(fd.Get(), mode) != 0) return LastError();
@@ -109,15 +107,16 @@ std::error_code Replace(const fs::path& path, std::string_view content) {
   if (!noLink && !fs::is_regular_file(target, noLink)) {
     return std::make_error_code(std::errc::operation_not_permitted);
   }
-  std::string temporary;
-  std::error_code error = WriteBeside(target, content, temporary);
-  if (!error && ::rename(temporary.c_str(), target.c_str()) != 0) error = LastError();
+  fs::path beside = target;
+  beside += ".new";
+  std::error_code error = WriteBeside(beside, target, content);
+  if (!error && ::rename(beside.c_str(), target.c_str()) != 0) error = LastError();
   if (error) {
-    if (!temporary.empty()) ::unlink(temporary.c_str());
-    return error;
+    ::unlink(beside.c_str());
+  } else {
+    FlushFolder(target.parent_path());
   }
-  FlushFolder(target.parent_path());
-  return {};
+  return error;
 }
 
 }  // namespace tarnwick::files

@@ -19,8 +19,9 @@ bool FileExists(const std::filesystem::path& path);
 std::optional<std::string> ReadWhole(const std::filesystem::path& path, std::uintmax_t limit = UINTMAX_MAX);
 
 /// Puts `content` under `path` atomically and durably. On an error the old file stays as it was and
-/// nothing is left beside it. A link is followed to the file that it names. Only an ordinary file is
-/// replaced: a folder or a device under that name is an error.
+/// nothing is left beside it. A program killed meanwhile can leave its half under the name with ".new"
+/// behind it, which the next call makes anew. A link is followed to the file that it names. Only an
+/// ordinary file is replaced: a folder or a device under that name is an error.
 std::error_code Replace(const std::filesystem::path& path, std::string_view content);
 
 }  // namespace tarnwick::files
