@@ -3,7 +3,6 @@
 #include <dlfcn.h>
 #include <link.h>
 
-#include <cstring>
 #include <fstream>
 #include <string>
 
@@ -12,27 +11,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-template <class Record>
-bool ReadAt(std::ifstream& file, std::uintmax_t position, Record& record) {
-  file.seekg(static_cast<std::streamoff>(position));
-  return static_cast<bool>(file.read(reinterpret_cast<char*>(&record), sizeof record));
-}
-
-/// True when the file holds every part that its program headers tell the loader to map.
+/// True when the file is as long as its header tells, which ends with the table of its sections.
 bool IsWhole(const fs::path& path) {
   std::error_code error;
   if (!fs::is_regular_file(path, error)) return false;
-  const std::uintmax_t size = fs::file_size(path, error);
-  std::ifstream file(path, std::ios::binary);
   ElfW(Ehdr) header{};
-  if (error || !ReadAt(file, 0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) return false;
-  if (header.e_phentsize != sizeof(ElfW(Phdr)) || header.e_phoff > size) return false;
-  for (std::uintmax_t i = 0; i < header.e_phnum; ++i) {
-    ElfW(Phdr) part{};
-    if (!ReadAt(file, header.e_phoff + i * sizeof part, part)) return false;
-    if (part.p_offset > size || part.p_filesz > size - part.p_offset) return false;
-  }
-  return true;
+  std::ifstream file(path, std::ios::binary);
+  if (!file.read(reinterpret_cast<char*>(&header), sizeof header) || header.e_shoff == 0) return false;
+  const std::uintmax_t size = fs::file_size(path, error);
+  const std::uintmax_t table = std::uintmax_t{header.e_shnum} * header.e_shentsize;
+  return !error && header.e_shoff <= size && table <= size - header.e_shoff;
 }
 
 }  // namespace
