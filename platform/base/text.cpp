@@ -47,16 +47,10 @@ std::size_t NumberLength(std::string_view text) {
 template <class Int>
 Int RoundTo(double value) {
   if (std::isnan(value)) return 0;
-  const double floor = std::floor(value);
-  const double part = value - floor;
-  const bool up = part > 0.5 || (part == 0.5 && std::fmod(floor, 2.0) != 0.0);
-  const double rounded = up ? floor + 1.0 : floor;
   constexpr double low = std::numeric_limits<Int>::min();
   constexpr double high = std::numeric_limits<Int>::max();
-  return static_cast<Int>(std::clamp(rounded, low, high));
+  return static_cast<Int>(std::clamp(std::nearbyint(value), low, high));
 }
-
-}  // namespace
 
 std::string_view TrimLeft(std::string_view text) {
   text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
@@ -66,6 +60,8 @@ std::string_view TrimLeft(std::string_view text) {
 std::string_view TrimRight(std::string_view text) {
   return text.substr(0, text.find_last_not_of(' ') + 1);
 }
+
+}  // namespace
 
 std::string_view Trim(std::string_view text) {
   return TrimRight(TrimLeft(text));

@@ -6,101 +6,61 @@
 
 #include <csignal>
 
-#include "support/ReadOnlyFolder.h"
+#include "platform/program.h"
 #include "support/TempFolder.h"
 
 namespace tarnwick::files {
 namespace {
 
 namespace fs = std::filesystem;
-using test::ReadFile;
-using test::WriteFile;
 
 class Files : public testing::Test {
  protected:
-  /// Names in the folder, to show that nothing is left behind.
-  std::size_t Entries() const {
-    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder.Path()), {}));
-  }
+  Files() { test::WriteFile(file, "old"), ::mkfifo(pipe.c_str(), 0600); }
+  /// Nothing is left but what each test starts with.
+  ~Files() override { EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 2); }
 
   test::TempFolder folder;
-  fs::path file = folder / "a file.txt";
+  fs::path file = folder / "a file.txt", pipe = folder / "pipe";
 };
 
 TEST_F(Files, AreReadWholeUpToALimit) {
-  const std::string content("a\0\r\n\xFF", 5);
-  WriteFile(file, content);
-  EXPECT_EQ(ReadWhole(file), content);
-  EXPECT_EQ(ReadWhole(file, 5), content);
-  EXPECT_EQ(ReadWhole(file, 4), std::nullopt);
-}
-
-TEST_F(Files, AreNotReadWhenTheyAreNone) {
-  const fs::path pipe = folder / "pipe";
-  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-  for (const fs::path& path : {folder / "missing", folder.Path(), pipe, fs::path("/dev/zero"), fs::path()}) {
-    EXPECT_EQ(ReadWhole(path), std::nullopt) << path;
+  EXPECT_EQ(ReadWhole(file, 3), "old");
+  EXPECT_EQ(ReadWhole(file, 2), std::nullopt);
+  for (const fs::path& none : {folder / "missing", folder.Path(), pipe, fs::path("/dev/zero")}) {
+    EXPECT_EQ(ReadWhole(none), std::nullopt) << none;
   }
-}
-
-TEST_F(Files, ExistWhenSomethingOfThatNameCanBeReached) {
-  WriteFile(file, "");
-  EXPECT_TRUE(FileExists(file));
-  EXPECT_TRUE(FileExists(folder.Path()));
-  for (const fs::path& path :
-       {folder / "missing", file / "below", fs::path(), fs::path(std::string(5000, 'x'))}) {
-    EXPECT_FALSE(FileExists(path)) << path;
-  }
+  EXPECT_TRUE(FileExists(folder.Path()) && !FileExists(std::string(5000, 'x')));
 }
 
 TEST_F(Files, AreReplacedWithTheirModeAndThroughALink) {
-  EXPECT_FALSE(Replace(file, "first"));
-  EXPECT_EQ(ReadFile(file), "first");
-  fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
-  const fs::path link = folder / "link";
-  fs::create_symlink(file, link);
-  const std::string large(3'000'000, 'x');
-  EXPECT_FALSE(Replace(link, large));
-  EXPECT_EQ(ReadFile(file), large);
-  EXPECT_TRUE(fs::is_symlink(link));
-  EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-  EXPECT_EQ(Entries(), 2u);
+  fs::permissions(file, fs::perms::owner_read);
+  fs::create_symlink(file, folder / "link");
+  fs::create_symlink(pipe, folder / "a file.txt.new");
+  EXPECT_FALSE(Replace(folder / "link", std::string(3'000'000, 'x')));
+  EXPECT_EQ(ReadWhole(file), std::string(3'000'000, 'x'));
+  EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read);
+  EXPECT_TRUE(fs::is_symlink(folder / "link") && fs::remove(folder / "link"));
 }
 
-TEST_F(Files, AreKeptWhenTheFolderIsReadOnly) {
-  WriteFile(file, "old");
-  {
-    const test::ReadOnlyFolder locked(folder.Path());
-    EXPECT_TRUE(Replace(file, "new"));
-    EXPECT_TRUE(Replace(folder / "other", "new"));
-  }
-  EXPECT_EQ(ReadFile(file), "old");
-  EXPECT_EQ(Entries(), 1u);
-}
-
-TEST_F(Files, AreKeptWhenTheNewContentsDoNotFit) {
-  WriteFile(file, "old");
+TEST_F(Files, AreKeptWhenTheyCannotBeReplaced) {
   rlimit before{};
   ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
   const rlimit small{1000, before.rlim_max};
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-  const std::error_code error = Replace(file, std::string(5000, 'x'));
+  EXPECT_EQ(Replace(file, std::string(5000, 'x')), std::errc::file_too_large);
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
   std::signal(SIGXFSZ, handler);
-  EXPECT_EQ(error, std::errc::file_too_large);
-  EXPECT_EQ(ReadFile(file), "old");
-  EXPECT_EQ(Entries(), 1u);
+  EXPECT_EQ(ReadWhole(file), "old");
+  for (const fs::path& none : {folder.Path(), pipe, file / "below"})
+    EXPECT_TRUE(Replace(none, "new")) << none;
+  EXPECT_TRUE(fs::is_fifo(pipe));
 }
 
-TEST_F(Files, ReplaceNothingButOrdinaryFiles) {
-  const fs::path pipe = folder / "pipe";
-  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-  for (const fs::path& path : {folder.Path(), pipe, folder / "missing" / "file", fs::path()}) {
-    EXPECT_TRUE(Replace(path, "new")) << path;
-  }
-  EXPECT_TRUE(fs::is_fifo(pipe));
-  EXPECT_EQ(Entries(), 1u);
+TEST(Program, KnowsItselfAndEndsAtOnce) {
+  EXPECT_TRUE(fs::equivalent(program::This().folder / program::This().name, "/proc/self/exe"));
+  EXPECT_EXIT(program::End(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -15,10 +15,6 @@ inline constexpr std::string_view kLineEnd = "\r\n";
 
 /// Cuts blanks (0x20 and nothing else) from both ends. The result views `text`.
 std::string_view Trim(std::string_view text);
-/// Cuts blanks from the left end only.
-std::string_view TrimLeft(std::string_view text);
-/// Cuts blanks from the right end only.
-std::string_view TrimRight(std::string_view text);
 
 /// Upper case by Windows-1252: ASCII letters and the accented ones that have a capital there.
 std::string Upper(std::string_view text);
