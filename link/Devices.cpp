@@ -98,7 +98,7 @@ void RefreshDevice(std::int32_t index) {
   device.Version = 0.0;
   ReadDeviceState(index);
   ReadDeviceHwRev(index);
-  if (InBootLoader(device) && HasBootVersion(device.HwRev)) ReadBootVersion(index);
+  if (HasBootVersion(device.HwRev)) ReadBootVersion(index);
   if (device.State == McState::Running) {
     ReadModelNumber(device.Address, device.Model);
     device.ModelName = ModelNameOf(device.Model);
