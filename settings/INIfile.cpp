@@ -29,13 +29,13 @@ std::size_t AtLeastNone(std::int64_t length) {
 
 /// Puts `content` under `path`; contents that cannot be read are moved aside before, not thrown away.
 void ReplaceDocument(const fs::path& path, std::string_view content) {
-  fs::path aside = path;
-  aside += ".old";
   std::error_code error;
-  const bool unreadable = fs::is_regular_file(path, error) && !ReadDocument(path);
-  if (unreadable) fs::rename(path, aside, error);
-  if (unreadable && error) return;
-  if (files::Replace(path, content) && unreadable) fs::rename(aside, path, error);
+  if (fs::is_regular_file(path, error) && !ReadDocument(path)) {
+    fs::path aside = path;
+    fs::rename(path, aside += ".old", error);
+    if (error) return;
+  }
+  files::Replace(path, content);
 }
 
 }  // namespace
