@@ -5,218 +5,128 @@
 #include "link/Connection.h"
 #include "platform/program.h"
 #include "support/LinkDouble.h"
+#include "support/UserDouble.h"
 
 namespace tarnwick {
 namespace {
 
-using Calls = std::vector<std::string>;
+TEST(Connection, IsDecidedInTheToldOrder) {
+  const std::string virtualPort =
+      "Tarnwick should not be connected to the Skelmirra virtual port.\r\n"
+      "Make a direction connection to a real hand control instead.";
+  const std::string tooOld =
+      "Hand control firmware does not support upgrade interface.\r\n"
+      "Use your mount's PC Port or update the hand control to the latest version.";
+  const struct {
+    std::int32_t open, mode, skelmirra, upgrade;  // What the library answers.
+    std::string box, calls;                       // The calls behind the one that opens the port.
+  } kCases[] = {
+      {0, 1, 0, 1, "", "getSerialMode;"},
+      {-1, 2, 1, 0, "Error Opening COM7", ""},
+      {-2, 2, 1, 0, "No Telescope found on COM7", ""},
+      {-8, 2, 1, 0, "No Telescope found on COM7", ""},
+      {-9, 2, 1, 0, "", ""},
+      {1, 2, 1, 0, "", ""},
+      {0, 2, 0, 1, virtualPort, "getSerialMode;testSkelmirra;initSerial ;"},
+      {0, 2, 1, 1, tooOld, "getSerialMode;testSkelmirra;testUpgradeSupport;initSerial ;"},
+      {0, 2, -1, 0, "", "getSerialMode;testSkelmirra;testUpgradeSupport;lockHc;"},
+  };
+  for (const auto& c : kCases) {
+    test::LinkDouble link;
+    test::UserDouble user;
+    gComPort = "COM7";
+    link.openResult = c.open;
+    link.serialMode = c.mode;
+    link.skelmirraResult = c.skelmirra;
+    link.upgradeSupportResult = c.upgrade;
+    EXPECT_EQ(OpenConnection(), c.open == 0 && c.box.empty()) << c.open << c.box;
+    EXPECT_EQ(link.TakeCalls(), "initSerial COM7;" + c.calls) << c.open;
+    const test::Box box{c.box, ui::Buttons::Ok, ui::Icon::Exclamation};
+    EXPECT_EQ(user.boxes, std::vector<test::Box>(c.box.empty() ? 0 : 1, box)) << user.LastText();
+    LockHandControl();
+    EXPECT_EQ(link.TakeCalls(), c.mode == 2 ? "getSerialMode;lockHc;" : "getSerialMode;");
+  }
+}
 
 class Devices : public testing::Test {
  protected:
-  Devices() {
-    gComPort = "COM1";
-    gDeviceClass = 0;
-    SetupDevices(0);
-  }
-  DeviceEntry& Row() { return gDevices[1]; }
+  Devices() { gComPort = "COM1", gDeviceClass = 0; }
 
   test::LinkDouble link;
   test::ScriptedDevice& mount = link.devices[16];
+  DeviceEntry& row = (SetupDevices(0), gDevices[1]);
 };
 
-TEST_F(Devices, AreSetUpFromNothingByClass) {
-  Row().Version = 4.07;
-  SetupDevices(2);
-  SetupDevices(-1);
-  EXPECT_EQ(Row().Version, 4.07) << "another class leaves the table";
-  SetupDevices(1);
-  ASSERT_EQ(gDeviceCount(), 2);
-  EXPECT_EQ(gDevices[1].Address, 18);
-  EXPECT_EQ(gDevices[1].Name, "Focuser Motor");
-  EXPECT_EQ(gDevices[1].Version, 0);
-  EXPECT_EQ(gDevices[1].StateName, "");
-  EXPECT_EQ(gDevices[2].Address, 19);
-  EXPECT_EQ(gDevices[2].Name, "FDR Motor");
-  SetupDevices(0);
-  EXPECT_EQ(gDevices[1].Address, 16);
-  EXPECT_EQ(gDevices[1].Name, "AZM(RA) Motor");
-  EXPECT_EQ(gDevices[2].Address, 17);
-  EXPECT_EQ(gDevices[2].Name, "ALT(DEC) Motor");
-  EXPECT_THROW(gDevices[0], std::out_of_range);
-  EXPECT_THROW(gDevices[3], std::out_of_range);
-}
-
-TEST_F(Devices, NameTheirStates) {
+TEST_F(Devices, AreRefreshedAsTheirStateAllows) {
   const struct {
-    std::int32_t result;
-    McState state;
-    const char* name;
-    double version;
+    std::int32_t state, app, appResult, boot, bootResult, versionResult;  // What the device answers.
+    const char* calls;  // Those behind the one for its state.
+    // State and name, version, revision now, running and in boot mode, boot version; 7, 8 and 9 before.
+    std::tuple<std::int32_t, std::string, double, std::int32_t, std::int32_t, std::int32_t, std::int32_t> row;
   } kCases[] = {
-      {0, McState::NoResponse, "No Response", 9}, {1, McState::Running, "Running", 7 / 100.0 + 4},
-      {2, McState::BootMode, "Boot Mode", 9},     {3, McState::Program, "Program", 9},
-      {4, McState::Unknown, "Unknown", 9},        {-1, McState::Unknown, "Unknown", 9},
-      {257, McState::Unknown, "Unknown", 9},      {INT32_MIN, McState::Unknown, "Unknown", 9},
-  };
-  mount.major = 4;
-  mount.minor = 7;
+      {0, 4, 1, 6, 1, 0, "", {0, "No Response", 0, 0, 8, 9, 0}},
+      {1, 6, 1, 6, 1, 0, "getHwRev 16;getModel 16;", {1, "Running", 4.25, 6, 6, 9, 0}},
+      {1, 5, 0, 6, 1, 0, "getHwRev 16;getModel 16;", {1, "Running", 4.25, 0, 5, 9, 0}},
+      {2, 4, 1, 6, 7, 0, "getHwRevFromBoot 16;getVersionFromBoot 16;", {2, "Boot Mode", 0, 6, 8, 6, 2}},
+      {3, 4, 1, 5, 1, 1, "getHwRevFromBoot 16;getVersionFromBoot 16;", {3, "Program", 0, 5, 8, 5, 0}},
+      {3, 4, 1, 6, 0, 0, "getHwRevFromBoot 16;", {3, "Program", 0, 0, 8, 6, 0}},
+      {3, 4, 1, 7, 1, 0, "getHwRevFromBoot 16;", {3, "Program", 0, 7, 8, 7, 0}},
+      {4, 4, 1, 6, 1, 0, "", {-1, "Unknown", 0, 0, 8, 9, 0}}};
   for (const auto& c : kCases) {
-    Row().Version = 9;
-    mount.state = c.result;
-    ReadDeviceState(1);
-    EXPECT_EQ(Row().State, c.state) << c.result;
-    EXPECT_EQ(Row().StateName, c.name) << c.result;
-    EXPECT_EQ(Row().Version, c.version) << c.result;
+    mount = {c.state, 4, 25, 5, 0, c.app, c.appResult, c.boot, c.bootResult, 2, c.versionResult, {}};
+    row = {0, 16, "", 7, "", McState::Unknown, "", 7, 9, 8, 7, 7};
+    RefreshDevice(1);
+    EXPECT_EQ(std::tuple(static_cast<std::int32_t>(row.State), row.StateName, row.Version, row.HwRev,
+                         row.HwRevApp, row.HwRevBoot, row.BootVersion),
+              c.row);
+    EXPECT_EQ(link.TakeCalls(), std::string("getMcState 16;") + c.calls);
+    EXPECT_EQ(std::to_string(row.Model) + row.ModelName, "0Unknown");
   }
+  row.Version = 9;
+  ReadDeviceState(1);
+  EXPECT_EQ(row.Version, 9) << "only a running device tells its version";
 }
 
 TEST_F(Devices, NameTheirModelsByClass) {
-  const char* kNames[] = {"Unknown",
-                          "Vendral Kest",
-                          "Vendral Kest-B",
-                          "Vendral Lorn",
-                          "Vendral Mirel",
-                          "Vendral Corvane",
-                          "Brenmark RX",
-                          "Vendral Ossil",
-                          "QF3",
-                          "Dorvak Series",
-                          "Unknown",
-                          "Vendral Mirel A",
-                          "Vendral Mirel B",
-                          "Corvane Pro",
-                          "CORVANEM",
-                          "NQT",
-                          "Unknown"};
+  const std::string kNames[] = {
+      "1Vendral Kest;2Vendral Kest-B;3Vendral Lorn;4Vendral Mirel;5Vendral Corvane;6Brenmark RX;"
+      "7Vendral Ossil;8QF3;9Dorvak Series;11Vendral Mirel A;12Vendral Mirel B;13Corvane "
+      "Pro;14CORVANEM;15NQT;",
+      "1Focuser Accessory;", ""};
   for (gDeviceClass = 0; gDeviceClass < 3; ++gDeviceClass) {
-    for (std::int32_t model = -1; model < 17; ++model) {
-      mount.model = model;
+    std::string names;
+    for (mount.model = -1; mount.model < 17; ++mount.model) {
       RefreshDevice(1);
-      const std::string motor = model < 0 ? "Unknown" : kNames[model];
-      const std::string accessory = model == 1 ? "Focuser Accessory" : "Unknown";
-      EXPECT_EQ(Row().ModelName, gDeviceClass == 0   ? motor
-                                 : gDeviceClass == 1 ? accessory
-                                                     : "Unknown")
-          << model;
-      EXPECT_EQ(Row().Model, model);
+      EXPECT_EQ(row.Model, mount.model);
+      if (row.ModelName != "Unknown") names += std::to_string(row.Model) + row.ModelName + ";";
     }
+    EXPECT_EQ(names, kNames[gDeviceClass]);
   }
-}
-
-TEST_F(Devices, TakeAModelByTheLowHalfOfTheResult) {
-  const std::pair<std::int32_t, bool> kCases[] = {{1, true},  {0x70001, true},  {-65535, true}, {0, false},
-                                                  {2, false}, {0x10000, false}, {-1, false}};
-  for (const auto& [result, filled] : kCases) {
-    std::int32_t model = 99;
-    mount.model = 5;
+  for (const std::int32_t result : {0x70001, -65535, 0, 2, 0x10000, -1}) {
     mount.modelResult = result;
-    EXPECT_EQ(ReadModelNumber(16, model), filled) << result;
-    EXPECT_EQ(model, filled ? 5 : 99) << result;
-    RefreshDevice(1);
-    EXPECT_EQ(Row().Model, filled ? 5 : 0) << result;
-    EXPECT_EQ(Row().ModelName, filled ? "Vendral Corvane" : "Unknown") << result;
+    EXPECT_EQ(ReadModelNumber(0x10010, row.Model), result == 0x70001 || result == -65535) << result;
   }
-  std::int32_t model = 0;
-  ReadModelNumber(0x18010, model);
-  EXPECT_EQ(link.calls.back(), "getModel -32752") << "an address is a signed 16-bit value";
-}
-
-TEST_F(Devices, ReadTheRevisionThatTheirStateAllows) {
-  const struct {
-    std::int32_t state, app, appResult, boot, bootResult;  // What the device answers.
-    std::int32_t hwRev, hwRevApp, hwRevBoot;               // What the row holds, 8 and 9 before.
-  } kCases[] = {
-      {1, 4, 1, 6, 1, 4, 4, 9}, {1, 4, 0, 6, 1, 0, 4, 9}, {1, 0, 1, 6, 1, 0, 0, 9}, {2, 4, 1, 6, 1, 6, 8, 6},
-      {3, 4, 1, 6, 7, 6, 8, 6}, {3, 4, 1, 6, 0, 0, 8, 6}, {0, 4, 1, 6, 1, 0, 8, 9}, {9, 4, 1, 6, 1, 0, 8, 9},
-  };
-  for (const auto& c : kCases) {
-    mount = {.state = c.state,
-             .hwRev = c.app,
-             .hwRevResult = c.appResult,
-             .bootHwRev = c.boot,
-             .bootHwRevResult = c.bootResult,
-             .memory = {}};
-    Row().HwRev = 7;
-    Row().HwRevApp = 8;
-    Row().HwRevBoot = 9;
-    RefreshDevice(1);
-    EXPECT_EQ(Row().HwRev, c.hwRev) << c.state << c.appResult << c.bootResult;
-    EXPECT_EQ(Row().HwRevApp, c.hwRevApp) << c.state << c.appResult << c.bootResult;
-    EXPECT_EQ(Row().HwRevBoot, c.hwRevBoot) << c.state << c.appResult << c.bootResult;
-  }
-}
-
-TEST_F(Devices, AreRefreshedInTheToldOrder) {
-  const struct {
-    std::int32_t state, bootHwRev;
-    Calls calls;
-  } kCases[] = {
-      {0, 5, {"getMcState 16"}},
-      {1, 5, {"getMcState 16", "getHwRev 16", "getModel 16"}},
-      {2, 4, {"getMcState 16", "getHwRevFromBoot 16"}},
-      {2, 5, {"getMcState 16", "getHwRevFromBoot 16", "getVersionFromBoot 16"}},
-      {3, 6, {"getMcState 16", "getHwRevFromBoot 16", "getVersionFromBoot 16"}},
-      {3, 7, {"getMcState 16", "getHwRevFromBoot 16"}},
-  };
-  for (const auto& c : kCases) {
-    link.calls.clear();
-    mount.state = c.state;
-    mount.bootHwRev = c.bootHwRev;
-    Row().Model = Row().BootVersion = 77;
-    Row().Version = 7.7;
-    RefreshDevice(1);
-    EXPECT_EQ(link.calls, c.calls) << c.state << " " << c.bootHwRev;
-    EXPECT_EQ(Row().Model, 0);
-    EXPECT_EQ(Row().ModelName, "Unknown");
-    EXPECT_EQ(Row().Version, 0);
-    EXPECT_EQ(Row().BootVersion, c.calls.size() == 3 && c.state != 1 ? 2 : 0);
-  }
-}
-
-TEST_F(Devices, KeepTheBootVersionWhenItCannotBeRead) {
-  Row().BootVersion = 3;
-  Row().State = McState::Running;
-  ReadBootVersion(1);
-  EXPECT_TRUE(link.calls.empty());
-  Row().State = McState::BootMode;
-  mount.bootVersionResult = 1;
-  ReadBootVersion(1);
-  EXPECT_EQ(Row().BootVersion, 3);
 }
 
 TEST_F(Devices, TrustAnOldBootLoaderForNoRevisionFiveOrSix) {
-  const struct {
-    std::int32_t hwRev, app, boot, bootVersion, effective;
-  } kCases[] = {{4, 9, 9, 9, 4}, {7, 9, 9, 9, 7}, {0, 5, 5, 2, 0}, {5, 6, 5, 0, 6},
-                {5, 0, 5, 1, 0}, {5, 0, 5, 2, 5}, {6, 0, 6, 3, 6}, {6, 0, 6, 0, 0}};
-  for (const auto& c : kCases) {
-    Row().HwRev = c.hwRev;
-    Row().HwRevApp = c.app;
-    Row().HwRevBoot = c.boot;
-    Row().BootVersion = c.bootVersion;
-    EXPECT_EQ(EffectiveHwRev(1), c.effective) << c.hwRev << c.app << c.boot << c.bootVersion;
+  const std::array<std::int32_t, 5> kCases[] = {
+      {7, 9, 9, 9, 7}, {5, 6, 5, 0, 6}, {5, 0, 5, 1, 0}, {5, 0, 5, 2, 5}, {6, 0, 6, 0, 0}};
+  for (const auto& [now, running, boot, version, effective] : kCases) {
+    row = {0, 16, "", 0, "", McState::BootMode, "", 0, boot, running, now, version};
+    EXPECT_EQ(EffectiveHwRev(1), effective) << now << running << boot << version;
   }
-  ForgetRevisions(1);
-  EXPECT_EQ(Row().HwRev + Row().HwRevApp + Row().HwRevBoot, 0);
-}
-
-TEST_F(Devices, ShowARevisionOrWhatTheModelTellsOfIt) {
-  const std::pair<std::int32_t, const char*> kModels[] = {
-      {0, "Unknown"}, {1, "1"}, {2, "Unknown"}, {3, "1"}, {4, "Unknown"}, {5, "2"}, {6, "2"}, {7, "Unknown"}};
-  for (const auto& [model, shown] : kModels) {
-    Row().Model = model;
-    EXPECT_EQ(FormatHwRev(0, 1), shown) << model;
-    EXPECT_EQ(FormatHwRev(12, 1), "12");
-    EXPECT_EQ(FormatHwRev(-3, 1), "-3");
-  }
+  std::string byModel = FormatHwRev(12, 1);
+  for (row.Model = 0; row.Model < 8; ++row.Model) byModel += " " + FormatHwRev(0, 1);
+  EXPECT_EQ(byModel, "12 Unknown 1 Unknown 1 Unknown 2 2 Unknown");
 }
 
 TEST_F(Devices, AreReportedLineByLine) {
   program::Set({"/opt/mount", "Tarnwick", 2, 2, 4});
-  mount = {.state = 1, .major = 3, .minor = 10, .model = 10, .hwRev = 4, .memory = {}};
-  link.devices[17] = {.state = 2, .bootHwRev = 5, .bootVersion = 1, .memory = {}};
+  mount = {1, 3, 10, 10, 1, 4, 1, 0, 1, 2, 0, {}};
+  link.devices[17] = {2, 0, 0, 5, 1, 0, 1, 5, 1, 1, 0, {}};
   RefreshDevices();
-  link.calls.clear();
+  link.TakeCalls();
+  SetupDevices(2), SetupDevices(-1);
   const std::string tail = "EXE Version: 2.2.4\r\nDLL Version: 1.2.3\r\n";
   EXPECT_EQ(BuildStatusReport(),
             "Device: AZM(RA) Motor\r\n    State: Running\r\n    Model: Unknown\r\n    Address: 16\r\n"
@@ -224,10 +134,10 @@ TEST_F(Devices, AreReportedLineByLine) {
             "Device: ALT(DEC) Motor\r\n    State: Boot Mode\r\n    Model: Unknown\r\n    Address: 17\r\n"
             "    Version: Unknown\r\n    HwRev: Unknown\r\n\r\n" +
                 tail);
-  EXPECT_EQ(link.calls, Calls{"getDllVersion"});
-  EXPECT_EQ(Row().Model, 10);
-  gDevices[2].HwRevApp = 5;
-  EXPECT_NE(BuildStatusReport().find("    HwRev: 5\r\n"), std::string::npos) << "seen running before";
+  EXPECT_EQ(link.TakeCalls(), "getDllVersion;");
+  SetupDevices(1);
+  EXPECT_EQ(std::tuple(gDevices[1].Address, gDevices[1].Name), std::tuple(18, "Focuser Motor"));
+  EXPECT_EQ(std::tuple(gDevices[2].Address, gDevices[2].Name), std::tuple(19, "FDR Motor"));
   gComPort.clear();
   EXPECT_EQ(BuildStatusReport(), "No COM port specified!\r\n\r\n" + tail);
 }

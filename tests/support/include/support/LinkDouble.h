@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "link/LinkLibrary.h"
@@ -23,7 +24,7 @@ struct ScriptedDevice {
   std::int32_t bootHwRevResult = 1;
   std::int32_t bootVersion = 2;
   std::int32_t bootVersionResult = 0;
-  std::map<std::int32_t, std::int32_t> memory;  ///< Word address to value; absent words fail to read.
+  std::map<std::int32_t, std::int32_t> memory{};  ///< Word address to value; absent words fail to read.
 };
 
 /// Installs itself for its lifetime. Calls are logged by name and arguments: "getMcState 16".
@@ -119,6 +120,13 @@ class LinkDouble final : public ILinkLibrary {
     const bool failing = Failing("sendData", result, false);
     if (onSend) onSend();
     return failing ? result : 1;
+  }
+
+  /// The calls so far, each ended by ";", and none from now on.
+  std::string TakeCalls() {
+    std::string taken;
+    for (const std::string& call : std::exchange(calls, {})) taken += call + ";";
+    return taken;
   }
 
   std::map<std::int32_t, ScriptedDevice> devices;
