@@ -7,6 +7,8 @@ namespace {
 
 /// Pieces of an answer follow each other at this distance when the line itself takes no time.
 constexpr Line::Time kBetweenPieces = std::chrono::milliseconds(1);
+/// So many bytes of a paced answer a serial port gathers before it hands them on.
+constexpr std::size_t kFifo = 8;
 constexpr std::size_t kPoorEvery = 23;
 
 /// The level of the line at a bit's number: start bit low, eight bits, lowest first, stop bit high.
@@ -65,7 +67,7 @@ void Line::Send(wire::ByteView view, int farSpeed, Time now) {
   mComing.push_back({mComingFree, Played(bytes, farSpeed, mEndpoint.Speed())});
 }
 
-/// What the mount says at `now`. It goes out whole or, on a paced line, byte by byte.
+/// What the mount says at `now`. It arrives whole or, on a paced line, as it comes in.
 void Line::Answer(wire::Bytes bytes, int speed, int farSpeed, Time now) {
   if (toLibrary) toLibrary(bytes);
   const std::size_t sent = bytes.size();
@@ -73,9 +75,8 @@ void Line::Answer(wire::Bytes bytes, int speed, int farSpeed, Time now) {
   const wire::Bytes heard = Played(bytes, speed, farSpeed);
   const Time begin = std::max(mLeavingFree, now);
   mLeavingFree = begin + TimeOf(sent, speed);
-  const std::size_t most = setup.paced        ? 1
-                           : setup.piece == 0 ? std::max<std::size_t>(heard.size(), 1)
-                                              : setup.piece;
+  const std::size_t whole = setup.paced ? kFifo : std::max<std::size_t>(heard.size(), 1);
+  const std::size_t most = setup.piece == 0 ? whole : std::min(setup.piece, whole);
   const Time pause = setup.paced ? Time{} : kBetweenPieces;
   for (std::size_t at = 0; at < heard.size(); at += most) {
     const std::size_t count = std::min(most, heard.size() - at);

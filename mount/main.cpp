@@ -65,9 +65,15 @@ bool ReadCommands(std::string& pending, Console& console) {
   return true;
 }
 
-timespec Timeout(const Line& line) {
+/// How long to sleep. On a paced line the last bit of the way to a moment is watched, not slept, and so is
+/// the time in which the next request is likely: waking up would cost what a byte takes.
+timespec Timeout(const Line& line, Line::Time lastSent) {
+  constexpr Line::Time kWatched(150);
+  constexpr Line::Time kTurnAround(2000);
+  const Line::Time now = Now();
   Line::Time left = kRound;
-  if (const auto due = line.Due()) left = std::clamp(*due - Now(), Line::Time(0), left);
+  if (const auto due = line.Due()) left = std::clamp(*due - now, Line::Time(0), left);
+  if (line.setup.paced) left = now - lastSent < kTurnAround ? Line::Time(0) : left - std::min(left, kWatched);
   return {left.count() / 1'000'000, left.count() % 1'000'000 * 1000};
 }
 
@@ -81,11 +87,12 @@ void Serve(const Options& options, Terminal& terminal, int signals) {
   for (const std::string& fault : options.faults) faults.Play(fault);
   Console console(mount, line, faults);
   std::string pending;
+  Line::Time lastSent{};
   std::array<pollfd, 3> sources = {
       {{terminal.Descriptor(), POLLIN, 0}, {signals, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}}};
   Say("ready " + terminal.Path() + "\n");
   while (!console.Quit()) {
-    const timespec timeout = Timeout(line);
+    const timespec timeout = Timeout(line, lastSent);
     const int ready = ::ppoll(sources.data(), sources.size(), &timeout, nullptr);
     if (ready < 0) continue;
     if (ready == 0 && !line.Due()) terminal.ClearStaleMark();
@@ -96,7 +103,9 @@ void Serve(const Options& options, Terminal& terminal, int signals) {
     }
     const int speed = terminal.Speed();
     if ((sources[0].revents & POLLIN) != 0) line.Send(terminal.Read(), speed, Now());
-    terminal.Write(line.Take(speed, Now()));
+    const tarnwick::wire::Bytes arrived = line.Take(speed, Now());
+    if (!arrived.empty()) lastSent = Now();
+    terminal.Write(arrived);
   }
 }
 

@@ -38,7 +38,9 @@ TEST(Checksum, GivesThePublishedCheckValues) {
 TEST(Frame, AgreesWithTheExamplesOfThePage) {
   const std::vector<Frame> expected = {
       {Kind::Request, Command::Identify, 0x00, 0, {}},
-      {Kind::Done, Command::Identify, 0x00, 0, {'T', 'W', 1, 0, 1, 0}},
+      {Kind::Done, Command::Identify, 0x00, 0, {'T', 'W', 1, 0, 1, 3}},
+      {Kind::Request, Command::Speed, 0x01, 0, {3}},
+      {Kind::Done, Command::Speed, 0x01, 0, {3}},
       {Kind::Request, Command::State, 0x01, 16, {}},
       {Kind::Done, Command::State, 0x01, 16, {1, 4, 7}},
       {Kind::Request, Command::Write2, 0x2C, 16, {1, 44, 0x0A, 0x12, 0x8A, 0x11}},

@@ -18,7 +18,8 @@ namespace tarnwick::test {
 /// A tarnwick-mount whose terminal is the port COM5 of `folder`. What it plays is not shown.
 class MountProcess {
  public:
-  MountProcess(const char* program, const TempFolder& folder, const std::string& revision = "2") {
+  MountProcess(const char* program, const TempFolder& folder, const std::string& revision = "2",
+               const std::string& baud = "115200") {
     std::filesystem::create_directories(folder / "ports");
     std::array<int, 2> in{};
     std::array<int, 2> out{};
@@ -30,7 +31,7 @@ class MountProcess {
       ::dup2(out[1], STDOUT_FILENO);
       ::dup2(::open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
       ::execl(program, program, "--link", link.c_str(), "--until-eof", "--revision", revision.c_str(),
-              nullptr);
+              "--baud", baud.c_str(), nullptr);
       ::_exit(127);
     }
     ::close(in[0]);
