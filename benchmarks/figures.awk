@@ -1,0 +1,57 @@
+# Rows of the table of figures, out of what Google Benchmark prints as JSON. `where` names the platform.
+
+/"name":/ {
+  name = $0
+  gsub(/^.*: "|",?$/, "", name)
+  if (name ~ /_(mean|stddev|cv)$/) name = ""
+  sub(/\/(iterations|manual_time|real_time).*|_median$/, "", name)
+}
+/"error_message":/ { failed = failed name ": " $0 "\n" }
+/: [-+.0-9e]+,?$/ {
+  key = $1
+  gsub(/[":]/, "", key)
+  value[name, key] = $2 + 0
+}
+
+# Neither a figure that is missing nor one that is no number may pass for a good one.
+function row(what, ratio, bound, atLeast) {
+  printf("%-58s %-10s %8.3f %8s %5.2f %s\n", what, where, ratio, atLeast ? "at least" : "at most", bound,
+         (ratio > 0 && (atLeast ? ratio >= bound : ratio <= bound)) ? "" : "missed")
+}
+
+function has(name) { return (name, "real_time") in value }
+function wall(name) { return value[name, "real_time"] }
+function share(name, other) { return other > 0 ? name / other : 0 }
+
+function windows(    bare) {
+  bare = wall("bench-bare-window")
+  row("start to first page painted / of a bare window", share(wall("bench-first-page"), bare), where == "xcb" ? 1.45 : 1.6)
+  row("peak memory then / of a bare window", share(value["bench-first-page", "peak"], value["bench-bare-window", "peak"]), 1.3)
+  row("64 KB package listed, loaded, shown / bare window start", share(wall("package"), bare), 0.1)
+  row("block of a programming run / idle round", share(wall("block"), value["idle-round", "cpu_time"]), 15)
+  row("word of a verify run / idle round", share(wall("word"), value["idle-round", "cpu_time"]), 10)
+}
+
+function line(    speeds, i, speed, words) {
+  split("9600 19200 57600 115200", speeds, " ")
+  for (i = 1; i <= 4; ++i) {
+    speed = speeds[i]
+    for (words = 1; words <= 4; words *= 2) {
+      row("blocks of " words " at " speed " baud / what the line carries", value["Program/" speed "/" words, "median"],
+          speed > 57600 ? 0.93 : 0.97, 1)
+    }
+    row("reading at " speed " baud / what the line carries", value["Read/" speed, "median"], speed > 57600 ? 0.93 : 0.97, 1)
+  }
+  row("word by word at 19200 baud / an exchange a word", value["Words/19200", "times"], 7, 1)
+  row("word by word at 19200 baud / raw line", value["Words/19200", "share"], 0.7, 1)
+  row("requests on an unpaced line / of a bare loop", value["Unpaced", "share"], 0.6, 1)
+}
+
+END {
+  if (failed) {
+    printf("%s", failed)
+    exit 1
+  }
+  if (has("block")) windows()
+  if (has("Unpaced")) line()
+}
