@@ -1,5 +1,6 @@
 // tarnwick-mount: the simulated mount on a pseudo terminal.
 #include <poll.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
@@ -68,8 +69,8 @@ bool ReadCommands(std::string& pending, Console& console) {
 /// How long to sleep. On a paced line the last bit of the way to a moment is watched, not slept, and so is
 /// the time in which the next request is likely: waking up would cost what a byte takes.
 timespec Timeout(const Line& line, Line::Time lastSent) {
-  constexpr Line::Time kWatched(150);
-  constexpr Line::Time kTurnAround(2000);
+  constexpr Line::Time kWatched(100);
+  constexpr Line::Time kTurnAround(300);
   const Line::Time now = Now();
   Line::Time left = kRound;
   if (const auto due = line.Due()) left = std::clamp(*due - now, Line::Time(0), left);
@@ -93,6 +94,7 @@ void Serve(const Options& options, Terminal& terminal, int signals) {
   Say("ready " + terminal.Path() + "\n");
   while (!console.Quit()) {
     const timespec timeout = Timeout(line, lastSent);
+    if (timeout.tv_sec == 0 && timeout.tv_nsec == 0) ::sched_yield();
     const int ready = ::ppoll(sources.data(), sources.size(), &timeout, nullptr);
     if (ready < 0) continue;
     if (ready == 0 && !line.Due()) terminal.ClearStaleMark();

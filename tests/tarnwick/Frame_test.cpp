@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <sstream>
 
 #include "support/TempFolder.h"
@@ -67,27 +66,6 @@ TEST(Frame, AgreesWithTheExamplesOfThePage) {
   EXPECT_EQ(count, expected.size());
 }
 
-TEST(Frame, IsNoneWhenOneByteIsFlippedDroppedOrDoubled) {
-  const Frame sent{Kind::Request, Command::Write4, 7, 17, {0, 8, 1, 2, 3, 4, 5, 6, 7, 8}};
-  const Bytes good = Encode(sent);
-  for (std::size_t at = 0; at < good.size(); ++at) {
-    Frame frame;
-    for (int bit = 0; bit < 8; ++bit) {
-      Bytes bytes = good;
-      bytes[at] = static_cast<std::uint8_t>(bytes[at] ^ (1 << bit));
-      EXPECT_NE(ScanAll(bytes, frame), Scan::Whole) << at;
-    }
-    Bytes shorter = good;
-    shorter.erase(shorter.begin() + static_cast<std::ptrdiff_t>(at));
-    EXPECT_NE(ScanAll(shorter, frame), Scan::Whole) << at;
-    Bytes longer = good;
-    longer.insert(longer.begin() + static_cast<std::ptrdiff_t>(at), good[at]);
-    std::size_t length = 0;
-    // Doubling the last byte leaves a whole frame and a byte behind it.
-    EXPECT_EQ(ScanFrame(longer, frame, length) == Scan::Whole, at + 1 == good.size()) << at;
-  }
-}
-
 TEST(RequestReader, FindsTheRequestBehindNoiseAndOtherFrames) {
   const Frame first{Kind::Request, Command::State, 1, 16, {}};
   const Frame second{Kind::Request, Command::Read, 2, 17, {0, 4, 1}};
@@ -108,18 +86,6 @@ TEST(RequestReader, FindsTheRequestBehindNoiseAndOtherFrames) {
   EXPECT_EQ(reader.Next(), std::nullopt);
   reader.GiveUp();
   EXPECT_EQ(reader.Next(), first);
-}
-
-TEST(RequestReader, HoldsLittleBackWhateverComes) {
-  std::mt19937 random(1);
-  RequestReader reader;
-  for (int i = 0; i < 20'000; ++i) {
-    reader.Push(Bytes{static_cast<std::uint8_t>(random())});
-    while (reader.Next()) continue;
-    int held = 0;
-    for (RequestReader copy = reader; copy.Waiting(); ++held) copy.GiveUp();
-    ASSERT_LT(held, 15);
-  }
 }
 
 }  // namespace
