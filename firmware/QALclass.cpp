@@ -10,8 +10,7 @@
 namespace tarnwick {
 namespace {
 
-constexpr std::uint8_t kFillerLoByte = 0xFF;
-constexpr std::uint8_t kFillerHiByte = 0x3F;
+constexpr QalWord kFiller = {.LoByte = 0xFF, .HiByte = 0x3F};
 
 constexpr std::array<std::string_view, 9> kMessages = {
     "",
@@ -39,16 +38,24 @@ std::optional<std::uint8_t> QALclass::Filler(std::uint8_t byte) const {
 
 std::optional<std::uint8_t> QALclass::DeviceHiByte(std::int32_t device, std::int32_t word) const {
   const std::optional<QalWord> given = mPackage.FindWord(device, word);
-  return given ? given->HiByte : Filler(kFillerHiByte);
+  return given ? given->HiByte : Filler(kFiller.HiByte);
 }
 
 std::optional<std::uint8_t> QALclass::DeviceLoByte(std::int32_t device, std::int32_t word) const {
   const std::optional<QalWord> given = mPackage.FindWord(device, word);
-  return given ? given->LoByte : Filler(kFillerLoByte);
+  return given ? given->LoByte : Filler(kFiller.LoByte);
 }
 
 bool QALclass::DeviceNullPadded(std::int32_t device, std::int32_t word) const {
   return mPackage.Padded && !mPackage.FindWord(device, word);
+}
+
+QalDeviceImage QALclass::DeviceImage(std::int32_t device) const {
+  QalDeviceImage image;
+  image.Words.assign(static_cast<std::size_t>(DeviceWords(device)) + 1, kFiller);
+  const std::size_t given = mPackage.Images.Copy(mPackage.Device(device).Data, device, image.Words);
+  image.NullPadded = static_cast<std::int32_t>(image.Words.size() - given);
+  return image;
 }
 
 void QALclass::LoadQALfile(std::filesystem::path filename, std::string_view text) {

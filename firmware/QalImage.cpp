@@ -29,4 +29,18 @@ std::size_t QalImages::LastWord(std::size_t image, std::size_t top, std::int32_t
   return top;
 }
 
+std::size_t QalImages::Copy(std::size_t image, std::int32_t device, std::span<QalWord> to) const {
+  std::size_t copied = 0;
+  for (std::size_t first = 0; first < to.size(); first += QalRun::kWords) {
+    const QalRun* run = Find(image, first);
+    const std::size_t count = std::min(run != nullptr ? QalRun::kWords : 0, to.size() - first);
+    for (std::size_t place = 0; place < count; ++place) {
+      if (run->Devices[place] < device) continue;
+      to[first + place] = run->Words[place];
+      ++copied;
+    }
+  }
+  return copied;
+}
+
 }  // namespace tarnwick

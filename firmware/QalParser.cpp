@@ -103,6 +103,9 @@ void QalParser::DeclareDevice(std::string_view value) {
   const std::string_view recordId = TakeField(value);
   device.Version = VersionOf(recordId);
   device.Data = ImageOf(text::Upper(text::Trim(recordId)));
+  QalImage& image = mPackage.Images[device.Data];
+  if (image.Twin == 0) image.Twin = DeviceCount() + 1;
+  device.Twin = image.Twin;
   mPackage.Devices.Add() = std::move(device);
 }
 
@@ -131,6 +134,7 @@ void QalParser::CloseBlock(std::string_view value) {
 void QalParser::StoreRecord() {
   if (mImage == kNone || mHexLine.EndOfFile()) return;
   const std::int32_t devices = DeviceCount();
+  mPackage.Images[mImage].Twin = 0;
   const std::size_t first = mHexLine.FirstWord();
   const std::size_t end = first + mHexLine.WordCount();
   for (std::size_t word = first; word < end;) {

@@ -1,6 +1,7 @@
 #include "firmware/QalWriter.h"
 
 #include <algorithm>
+#include <array>
 #include <numeric>
 
 #include "HexLine.h"
@@ -9,12 +10,32 @@
 namespace tarnwick {
 namespace {
 
+constexpr std::uint8_t kData = 0;
+constexpr std::uint8_t kEndOfFile = 1;
+constexpr std::uint8_t kUpperAddress = 4;
+constexpr std::size_t kRecordBytes = 16;
+constexpr std::size_t kAddressed = 0x10000;  ///< Bytes that a record's own address tells apart.
+
 std::string Line(std::string_view text) {
   return std::string(text).append(text::kLineEnd);
 }
 
 std::string KeyLine(std::string_view key, std::string_view value) {
   return Line(std::string(key).append("=").append(value));
+}
+
+std::string Record(std::uint8_t type, std::uint16_t address, std::span<const std::uint8_t> bytes) {
+  std::vector<std::uint8_t> record = {static_cast<std::uint8_t>(bytes.size()),
+                                      static_cast<std::uint8_t>(address >> 8),
+                                      static_cast<std::uint8_t>(address & 0xFF), type};
+  record.insert(record.end(), bytes.begin(), bytes.end());
+  record.push_back(LineCheckSum(std::accumulate(record.begin(), record.end(), 0u)));
+  std::string line = ":";
+  for (const std::uint8_t byte : record) {
+    line += "0123456789ABCDEF"[byte >> 4];
+    line += "0123456789ABCDEF"[byte & 0xF];
+  }
+  return Line(line);
 }
 
 }  // namespace
@@ -33,21 +54,26 @@ std::string QalHeaderText(const QalHeader& header) {
 }
 
 std::string QalHexLine(std::uint16_t address, std::span<const std::uint8_t> bytes) {
-  std::vector<std::uint8_t> record = {static_cast<std::uint8_t>(bytes.size()),
-                                      static_cast<std::uint8_t>(address >> 8),
-                                      static_cast<std::uint8_t>(address & 0xFF), 0};
-  record.insert(record.end(), bytes.begin(), bytes.end());
-  record.push_back(LineCheckSum(std::accumulate(record.begin(), record.end(), 0u)));
-  std::string line = ":";
-  for (const std::uint8_t byte : record) {
-    line += "0123456789ABCDEF"[byte >> 4];
-    line += "0123456789ABCDEF"[byte & 0xF];
-  }
-  return Line(line);
+  return Record(kData, address, bytes);
 }
 
 std::string QalBlock(std::string_view recordId, std::string_view records) {
   return KeyLine("START_HEX", recordId).append(records) + KeyLine("END_HEX", recordId);
+}
+
+std::string IntelHexText(std::span<const std::uint8_t> bytes) {
+  std::string text;
+  for (std::size_t at = 0; at < bytes.size(); at += kRecordBytes) {
+    if (at > 0 && at % kAddressed == 0) {
+      const std::size_t upper = at / kAddressed;
+      const std::array high = {static_cast<std::uint8_t>(upper >> 8),
+                               static_cast<std::uint8_t>(upper & 0xFF)};
+      text += Record(kUpperAddress, 0, high);
+    }
+    text += Record(kData, static_cast<std::uint16_t>(at % kAddressed),
+                   bytes.subspan(at, std::min(kRecordBytes, bytes.size() - at)));
+  }
+  return text + Record(kEndOfFile, 0, {});
 }
 
 }  // namespace tarnwick

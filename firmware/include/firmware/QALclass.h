@@ -8,10 +8,17 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "firmware/QalPackage.h"
 
 namespace tarnwick {
+
+/// A device's whole image.
+struct QalDeviceImage {
+  std::vector<QalWord> Words;
+  std::int32_t NullPadded = 0;  ///< How many of them no record of the package gave.
+};
 
 /// One parsed firmware package. Every load replaces the whole contents and always returns; callers
 /// test `ErrorsFound` before they use an image. Device indices run from 1 to `Devices`, word indices
@@ -56,6 +63,11 @@ class QALclass {
   /// After a load without errors every word up to `DeviceWords` has both bytes.
   std::optional<std::uint8_t> DeviceHiByte(std::int32_t device, std::int32_t word) const;
   std::optional<std::uint8_t> DeviceLoByte(std::int32_t device, std::int32_t word) const;
+  /// All words up to `DeviceWords` at once, padded ones too. Only after a load without errors.
+  QalDeviceImage DeviceImage(std::int32_t device) const;
+  /// A device with the same image: the first one, so that devices of the same answer need be looked at
+  /// only once. A device whose image nobody shares gets its own number.
+  std::int32_t DeviceTwin(std::int32_t device) const { return mPackage.Device(device).Twin; }
   /// True for a word that no record of the package gave, so that it was filled on load.
   bool DeviceNullPadded(std::int32_t device, std::int32_t word) const;
 

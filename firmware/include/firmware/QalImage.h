@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -53,12 +54,16 @@ struct QalRun {
 struct QalImage {
   std::string RecordID;             ///< Upper case.
   std::vector<std::uint32_t> Runs;  ///< Numbers of its runs of words, 0 where there is none.
+  /// The first of the devices that have had the same words so far, and which the next device declared
+  /// joins; 0 when it cannot, since a record came in between.
+  std::int32_t Twin = 0;
 };
 
 /// The images of one package. Only runs of words that a record touches take memory.
 class QalImages {
  public:
   std::size_t size() const { return mImages.size(); }
+  QalImage& operator[](std::size_t image) { return mImages[image]; }
   const QalImage& operator[](std::size_t image) const { return mImages[image]; }
   /// A new, empty image. Throws when memory cannot be had, as `Touch` does.
   QalImage& Add() { return mImages.Add(); }
@@ -74,6 +79,9 @@ class QalImages {
   const QalRun* Find(std::size_t image, std::size_t word) const;
   /// The highest word of `image` up to `top` that device number `device` has; 0 when it has none above.
   std::size_t LastWord(std::size_t image, std::size_t top, std::int32_t device) const;
+  /// Copies those of the first `to.size()` words of `image` that device number `device` has, and tells
+  /// how many they are. The others are left as they were.
+  std::size_t Copy(std::size_t image, std::int32_t device, std::span<QalWord> to) const;
   /// As many words as `image` can have at most.
   std::size_t Span(std::size_t image) const { return mImages[image].Runs.size() * QalRun::kWords; }
 

@@ -31,6 +31,7 @@ struct QalDevice {
   double Version = 0.0;    ///< major + minor/100, from the tail of the record id.
   std::int32_t Words = 0;  ///< Highest word index, not a count. Known at the end of the load.
   std::uint32_t Data = 0;  ///< Which of the package's images; it tells the record id.
+  std::int32_t Twin = 0;   ///< Number of the first device that has the same words; often its own.
 };
 
 /// The hardware revisions that a package fits.

@@ -30,4 +30,8 @@ std::string QalHexLine(std::uint16_t address, std::span<const std::uint8_t> byte
 /// A whole block with its two key lines. `records` are lines that end in CR LF.
 std::string QalBlock(std::string_view recordId, std::string_view records);
 
+/// A whole Intel HEX file of its own, which is no package: `bytes` from address 0 in records of 16, a
+/// record of type 04 wherever 64 KB are passed, and the end-of-file record. Lines end in CR LF.
+std::string IntelHexText(std::span<const std::uint8_t> bytes);
+
 }  // namespace tarnwick
