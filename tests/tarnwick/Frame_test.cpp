@@ -21,12 +21,6 @@ Bytes HexOf(const std::string& line) {
   return bytes;
 }
 
-Scan ScanAll(const Bytes& bytes, Frame& frame) {
-  std::size_t length = 0;
-  const Scan scan = ScanFrame(bytes, frame, length);
-  return scan == Scan::Whole && length != bytes.size() ? Scan::None : scan;
-}
-
 TEST(Checksum, GivesThePublishedCheckValues) {
   const std::string digits = "123456789";
   const Bytes bytes(digits.begin(), digits.end());
@@ -58,34 +52,13 @@ TEST(Frame, AgreesWithTheExamplesOfThePage) {
     if (bytes.empty()) continue;
     ASSERT_LT(count, expected.size()) << line;
     Frame frame;
-    EXPECT_EQ(ScanAll(bytes, frame), Scan::Whole) << line;
+    std::size_t length = 0;
+    EXPECT_EQ(ScanFrame(bytes, frame, length), Scan::Whole) << line;
     EXPECT_EQ(frame, expected[count]) << line;
     EXPECT_EQ(Encode(expected[count]), bytes) << line;
     ++count;
   }
   EXPECT_EQ(count, expected.size());
-}
-
-TEST(RequestReader, FindsTheRequestBehindNoiseAndOtherFrames) {
-  const Frame first{Kind::Request, Command::State, 1, 16, {}};
-  const Frame second{Kind::Request, Command::Read, 2, 17, {0, 4, 1}};
-  RequestReader reader;
-  reader.Push(Bytes{0x00, 0xFF, 0x13});
-  reader.Push(Encode({Kind::Done, Command::State, 9, 16, {1, 2, 3}}));
-  reader.Push(Encode(first));
-  EXPECT_EQ(reader.Next(), first);
-  for (const std::uint8_t byte : Encode(second)) {
-    EXPECT_EQ(reader.Next(), std::nullopt);
-    reader.Push(Bytes{byte});
-  }
-  EXPECT_EQ(reader.Next(), second);
-  EXPECT_FALSE(reader.Waiting());
-  // A head of noise swallows the request until it is given up.
-  reader.Push(Bytes{0x97});
-  reader.Push(Encode(first));
-  EXPECT_EQ(reader.Next(), std::nullopt);
-  reader.GiveUp();
-  EXPECT_EQ(reader.Next(), first);
 }
 
 }  // namespace

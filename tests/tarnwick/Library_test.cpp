@@ -66,14 +66,14 @@ TEST(Library, TellsWhyNoTelescopeIsThere) {
         << result;
     EXPECT_EQ(bench.library.SerialMode(), 0);
   }
-  Bench bench;
+  Bench bench({LinkKind::VirtualPort, true});
   EXPECT_EQ(bench.library.InitSerial("COM6"), -1);
   bench.line.hungUp = true;
   EXPECT_EQ(bench.library.InitSerial("COM5"), -7);
   bench.line.hungUp = false;
   for (auto& [address, device] : bench.mount.Devices()) device.State(mount::RunState::Silent);
   EXPECT_EQ(bench.library.InitSerial("COM5"), 0);
-  EXPECT_EQ(bench.State(16), 0);
+  EXPECT_EQ(bench.State(16) + bench.library.TestForVirtualPort() + bench.library.TestForUpgradeSupport(), 0);
 }
 
 TEST(Library, GivesTheFailureResultOnBadArgumentsAndWithoutAPort) {
@@ -126,12 +126,13 @@ TEST(Library, TakesTheFastestSpeedThatTheLineBears) {
 
 TEST(Library, FindsItsWayBackAfterAPowerCycleWithinTheCall) {
   for (const milliseconds latency : {milliseconds(0), milliseconds(200)}) {
-    Bench bench({LinkKind::HandControl, true});
+    Bench bench({LinkKind::HandControl, false});
     bench.line.line.setup = {true, latency};
     ASSERT_EQ(bench.library.InitSerial("COM5"), 0);
+    EXPECT_EQ(bench.library.SerialMode(), 2);
+    EXPECT_EQ(bench.library.TestForVirtualPort() * 10 + bench.library.TestForUpgradeSupport(), 11);
     EXPECT_EQ(bench.library.EnterBoot(16), 0);
     bench.library.LockHandControl();
-    EXPECT_EQ(bench.library.EnterBoot(16), 1);
     for (int i = 0; i < 2; ++i) {
       bench.mount.PowerCycle();
       EXPECT_LE(bench.Took([&] { EXPECT_EQ(bench.library.EnterBoot(16), 1); }), kAskLimit);
@@ -143,19 +144,6 @@ TEST(Library, FindsItsWayBackAfterAPowerCycleWithinTheCall) {
     bench.line.line.toMount = nullptr;
     EXPECT_EQ(bench.State(16), 1);
   }
-}
-
-TEST(Library, TellsWhatTheLinkRunsThrough) {
-  const auto tell = [](LinkKind kind, bool upgradeSupported) {
-    Bench bench({kind, upgradeSupported});
-    EXPECT_EQ(bench.library.InitSerial("COM5"), 0);
-    const Library& library = bench.library;
-    return library.SerialMode() * 100 + library.TestForVirtualPort() * 10 + library.TestForUpgradeSupport();
-  };
-  EXPECT_EQ(tell(LinkKind::Direct, true), 110);
-  EXPECT_EQ(tell(LinkKind::HandControl, true), 210);
-  EXPECT_EQ(tell(LinkKind::HandControl, false), 211);
-  EXPECT_EQ(tell(LinkKind::VirtualPort, true), 200);
 }
 
 TEST(Library, ReadsAheadWhatNothingCanHaveChanged) {

@@ -30,8 +30,6 @@ class VirtualLine : public wire::IClock, public wire::IPortOpener {
 
   wire::Duration Now() override { return mNow; }
   void Pass(wire::Duration time) { mNow += time; }
-  /// Speed that the library's end is set to.
-  int Speed() const { return mSpeed; }
 
   std::unique_ptr<wire::ISerialPort> Open(const std::string& name) override {
     if (name != "COM5") return nullptr;
