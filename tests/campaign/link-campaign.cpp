@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdlib>
 #include <iostream>
+#include <set>
 
 #include "Rig.h"
 #include "firmware/QALclass.h"
@@ -221,8 +222,8 @@ std::vector<Campaign> Campaigns() {
 
 struct Options {
   std::uint32_t seed = 1;
-  std::uint32_t every = 1;  ///< One run out of so many.
-  std::string only;
+  std::uint32_t runs = UINT32_MAX;  ///< At most so many of each campaign, drawn by the seed.
+  std::set<std::string> only;       ///< These campaigns; all when empty.
   std::optional<std::uint32_t> run;
   bool terminal = false;
 };
@@ -250,22 +251,23 @@ std::string PlayOne(const Campaign& campaign, const Sample& sample, const Option
 
 /// Plays one campaign and tells its totals. False when it failed.
 bool PlayAll(const Campaign& campaign, const Sample& sample, const Options& options) {
-  std::uint32_t runs = 0;
+  const bool all = options.runs >= campaign.runs;
+  const std::uint32_t runs = options.run ? 1 : std::min(options.runs, campaign.runs);
   std::uint32_t completed = 0;
   std::uint32_t bad = 0;
   wire::Duration longest{};
-  for (std::uint32_t n = options.run.value_or(options.seed % options.every); n < campaign.runs;
-       n += options.every) {
+  Dice draw;
+  draw.Seed(options.seed);
+  for (std::uint32_t i = 0; i < runs; ++i) {
+    const std::uint32_t n = options.run.value_or(all ? i : draw.Below(campaign.runs));
     bool complete = false;
     const std::string wrong = PlayOne(campaign, sample, options, n, complete, longest);
-    ++runs;
     completed += complete ? 1 : 0;
     bad += wrong.empty() ? 0 : 1;
     if (!wrong.empty() || (!complete && campaign.complete == 1.0))
       std::cout << campaign.name << " run " << n << ": " << (wrong.empty() ? "not completed" : wrong)
                 << "; repeat: link-campaign" << (options.terminal ? " --terminal" : "") << " --seed "
                 << options.seed << " --only " << campaign.name << " --run " << n << "\n";
-    if (options.run) break;
   }
   const bool enough = completed >= campaign.complete * runs;
   std::printf("%-14s %6u runs %6u at once %6u recovered %4u bad  longest call %5.2f s  %s\n",
@@ -283,17 +285,17 @@ int Main(const std::vector<std::string>& arguments) {
     const auto number = static_cast<std::uint32_t>(std::strtoul(value.c_str(), nullptr, 10));
     if (name == "--terminal") options.terminal = true;
     if (name == "--seed") options.seed = number;
-    if (name == "--every") options.every = std::max(1U, number);
-    if (name == "--only") options.only = value;
+    if (name == "--runs") options.runs = number;
+    if (name == "--only") options.only.insert(value);
     if (name == "--run") options.run = number;
   }
   const Sample sample = LoadSample();
   if (sample.words.size() < 256) return std::cerr << "no sample image\n", 2;
-  std::cout << "link-campaign: seed " << options.seed << ", one run in " << options.every << ", "
+  std::cout << "link-campaign: seed " << options.seed << ", "
             << (options.terminal ? "pseudo terminal" : "virtual time") << "\n";
   bool good = true;
   for (const Campaign& campaign : Campaigns())
-    if (options.only.empty() || options.only == campaign.name)
+    if (options.only.empty() || options.only.contains(campaign.name))
       good = PlayAll(campaign, sample, options) && good;
   return good ? 0 : 1;
 }
