@@ -15,6 +15,12 @@ if(TARNWICK_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+option(TARNWICK_FUZZ "Build the fuzz targets, for which all is built by clang with its fuzzer" OFF)
+if(TARNWICK_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
 # The portable folder: what a user owns and starts from.
 set(TARNWICK_PORTABLE ${CMAKE_BINARY_DIR}/portable)
 
