@@ -2,8 +2,6 @@
 // own commands: in this process on virtual time, or over a real pseudo terminal.
 #pragma once
 
-#include <thread>
-
 #include "mount/Console.h"
 #include "support/MountProcess.h"
 #include "support/VirtualLine.h"
@@ -13,65 +11,50 @@
 namespace tarnwick::campaign {
 
 struct Rig {
+  Rig(wire::IPortOpener& opener, wire::IClock& time) : clock(time), library(opener, time) {}
   virtual ~Rig() = default;
-  /// The answer to a command of the mount, all its lines.
+  /// All lines that the mount answers to a command.
   virtual std::string Ask(const std::string& command) = 0;
-  virtual wire::Library& Library() = 0;
-  virtual wire::Duration Now() = 0;
-  virtual void Rest(wire::Duration time) = 0;
-  /// From now on, a pulled cable hangs the line up, until `Ask("plug")`.
-  virtual void HangUpWhenPulled() {}
+
+  wire::IClock& clock;
+  wire::Library library;
 };
 
-class VirtualRig : public Rig {
- public:
-  explicit VirtualRig(int revision) {
+/// A pulled cable is silence or, with `hangsUp`, the loss of the port until the cable is plugged in.
+struct VirtualRig : private mount::Mount, private test::VirtualLine, public Rig {
+  VirtualRig(int revision, bool hangsUp)
+      : VirtualLine(static_cast<Mount&>(*this)),
+        Rig(*this, *this),
+        faults(*this, line, [=, this](const auto& told) {
+          hungUp = hungUp || (hangsUp && told.starts_with("cable pulled"));
+        }) {
     mount::DeviceSetup setup;
     setup.revision = revision;
-    mMount.Put(16, setup);
+    Put(16, setup);
   }
   std::string Ask(const std::string& command) override {
-    mLine.hungUp = mLine.hungUp && command != "plug";
-    return mConsole.Execute(command);
-  }
-  wire::Library& Library() override { return mLibrary; }
-  wire::Duration Now() override { return mLine.Now(); }
-  void Rest(wire::Duration time) override { mLine.Pass(time); }
-  void HangUpWhenPulled() override { mHangsUp = true; }
-
- private:
-  void Hear(const std::string& told) {
-    if (mHangsUp && told.starts_with("cable pulled")) mLine.hungUp = true;
+    hungUp = hungUp && command != "plug";
+    return console.Execute(command);
   }
 
-  bool mHangsUp = false;
-  mount::Mount mMount;
-  test::VirtualLine mLine{mMount};
-  mount::Faults mFaults{mMount, mLine.line, [this](const std::string& told) { Hear(told); }};
-  mount::Console mConsole{mMount, mLine.line, mFaults};
-  wire::Library mLibrary{mLine, mLine};
+  mount::Faults faults;
+  mount::Console console{*this, line, faults};
 };
 
-class TerminalRig : public Rig {
- public:
-  explicit TerminalRig(const char* program, int revision)
-      : mProcess(program, mFolder, std::to_string(revision)) {}
+struct TerminalRig : private test::TempFolder,
+                     private wire::SerialPortOpener,
+                     private wire::SteadyClock,
+                     public Rig {
+  TerminalRig(const char* program, int revision)
+      : SerialPortOpener(Path()), Rig(*this, *this), process(program, *this, std::to_string(revision)) {}
   std::string Ask(const std::string& command) override {
-    std::string answer = mProcess.Ask(command) + "\n";
+    std::string answer = process.Ask(command) + "\n";
     if (command.starts_with("dump") || command.starts_with("state"))
-      while (!answer.ends_with("end\n")) answer += mProcess.Line() + "\n";
+      while (!answer.ends_with("end\n")) answer += process.Line() + "\n";
     return answer;
   }
-  wire::Library& Library() override { return mLibrary; }
-  wire::Duration Now() override { return mClock.Now(); }
-  void Rest(wire::Duration time) override { std::this_thread::sleep_for(time); }
 
- private:
-  test::TempFolder mFolder;
-  test::MountProcess mProcess;
-  wire::SerialPortOpener mOpener{mFolder.Path()};
-  wire::SteadyClock mClock;
-  wire::Library mLibrary{mOpener, mClock};
+  test::MountProcess process;
 };
 
 }  // namespace tarnwick::campaign

@@ -1,9 +1,7 @@
 // Programs a sample image again and again while things go wrong, and lets the mount's memory judge.
-// docs/reliability.md tells what is played and what came out.
+// docs/reliability.md tells what is played, what came out and how one run is repeated.
 #include <array>
-#include <cstdlib>
 #include <iostream>
-#include <set>
 
 #include "Rig.h"
 #include "firmware/QALclass.h"
@@ -11,298 +9,234 @@
 namespace tarnwick::campaign {
 namespace {
 
-using mount::Dice;
 using std::to_string;
-using Hook = std::function<void(std::size_t block)>;
+using wire::Library;
+using Number = std::uint32_t;
 
 constexpr wire::Duration kLongestCall = std::chrono::seconds(5);
 constexpr std::array<std::size_t, 3> kSizes = {1, 2, 4};
+constexpr std::int32_t kDevice = 16;
+
+std::map<std::string, std::string> gOptions = {{"--seed", "1"}, {"--runs", "1000000"}};
+
+Number OptionNumber(const std::string& name) {
+  return static_cast<Number>(std::stoul(gOptions[name]));
+}
+
+/// Whether a pulled cable takes the port away; else it is silence, and nobody opens the port again.
+bool HangsUp(Number run) {
+  return run / 2 % 2 == 0;
+}
 
 struct Sample {
+  Sample() {
+    QALclass package;
+    package.LoadQALfile(TARNWICK_SAMPLE);
+    VirtualRig scratch(2, false);
+    for (std::int32_t w = 0; w <= package.DeviceWords(1); ++w) {
+      words.push_back(*package.DeviceHiByte(1, w) * 256 + *package.DeviceLoByte(1, w));
+      scratch.Ask("poke 16 " + to_string(w) + " " + to_string(words.back()));
+    }
+    dump = scratch.Ask("dump 16 " + to_string(words.size()));
+  }
   std::vector<std::int32_t> words;
   std::string dump;  ///< As the mount tells its memory when it holds the words.
 };
 
-Sample LoadSample() {
-  QALclass package;
-  package.LoadQALfile(TARNWICK_SAMPLE);
-  Sample sample;
-  for (std::int32_t w = 0; !package.ErrorsFound() && w <= package.DeviceWords(1); ++w) {
-    sample.words.push_back(*package.DeviceHiByte(1, w) * 256 + *package.DeviceLoByte(1, w));
-    char text[8];
-    std::snprintf(text, sizeof text, "%04X%c", static_cast<unsigned>(sample.words.back()) & 0xFFFFU,
-                  w == package.DeviceWords(1) || w % 16 == 15 ? '\n' : ' ');
-    sample.dump += text;
-  }
-  sample.dump += "end\n";
-  return sample;
-}
-
-/// One run: a mount, a library and what happened to them.
-class Run {
- public:
-  Run(Rig& rig, const Sample& sample, std::uint32_t runNumber, std::uint32_t seed)
-      : number(runNumber), mRig(rig), mSample(sample) {
+struct Run {
+  Run(Rig& itsRig, const Sample& itsSample, Number itsNumber, Number seed)
+      : rig(itsRig), sample(itsSample), number(itsNumber) {
     dice.Seed(seed);
     Play("fault seed " + to_string(dice.Below(1U << 30)));
-    hangUp = dice.Below(2) == 1;
     if (dice.Below(2) == 1) Play("hand-control real");
   }
-
-  const std::uint32_t number;
-  Dice dice;
-  std::size_t size = kSizes[number % kSizes.size()];  ///< Words in a block.
-  bool hangUp;
-  wire::Duration longest{};  ///< The longest call of the library.
-  std::string wrong;         ///< What must never be, told.
-
   void Play(const std::string& command) {
-    if (mRig.Ask(command) != "ok\n") wrong = "cannot play " + command;
+    if (rig.Ask(command) != "ok\n") wrong = "cannot play " + command;
   }
-  std::size_t Blocks() const { return mSample.words.size() / size; }
-  Rig& TheRig() { return mRig; }
-
-  bool Open() {
-    if (Call([&] { return mRig.Library().InitSerial("COM5"); }) != 0) return false;
-    mRig.Library().LockHandControl();
-    return true;
-  }
-  /// The whole run as the program makes it, without its boxes; false when a call failed. A success that
-  /// the memory does not bear out is wrong.
-  bool Program(const Hook& before = {}) {
-    const bool done =
-        Prepare() && WriteAll(before) && Call([&] { return mRig.Library().EndProgramming(16); }) != 0;
-    const bool complete = mRig.Ask("state").find("complete=yes") != std::string::npos;
-    if (done && !complete) wrong = "success, but the image is not complete";
-    if (done && mRig.Ask("dump 16 " + to_string(mSample.words.size())) != mSample.dump)
-      wrong = "a wrong word behind a success";
-    return done;
-  }
-
- private:
-  template <class Action>
-  std::int32_t Call(Action&& action) {
-    const wire::Duration begin = mRig.Now();
-    const std::int32_t result = action();
-    longest = std::max(longest, mRig.Now() - begin);
+  template <class... Parameters, class... Arguments>
+  std::int32_t Call(std::int32_t (Library::*function)(Parameters...), Arguments... arguments) {
+    const wire::Duration begin = rig.clock.Now();
+    const std::int32_t result = (rig.library.*function)(arguments...);
+    longest = std::max(longest, rig.clock.Now() - begin);
     return result;
   }
-  std::int32_t State() {
-    std::int32_t out[2];
-    return Call([&] { return mRig.Library().GetState(16, out, out + 1); });
-  }
-  bool Prepare() {
-    wire::Library& library = mRig.Library();
-    std::int32_t revision = 0;
-    Call([&] { return library.LockHandControl(), 0; });
+  std::size_t Blocks() const { return sample.words.size() / size; }
+  std::int32_t State() { return Call(&Library::GetState, kDevice, &version, &version); }
+  bool Open() { return Call(&Library::InitSerial, "COM5") == 0; }
+
+  /// The whole way as the program goes it, without its boxes; `before` is asked before each block. False
+  /// when a call failed. A success that the memory does not bear out is wrong.
+  bool Program(const std::function<void(std::size_t)>& before = {}) {
+    rig.library.LockHandControl();
     const std::int32_t state = State();
-    if (state == 0) return false;
-    if (state == 1 && Call([&] { return library.GetRevision(16, &revision); }) == 0) return false;
-    if (revision >= 4 && Call([&] { return library.EnterBoot(16); }) == 0) return false;
-    if (Call([&] { return library.GetBootRevision(16, &revision); }) == 0) return false;
-    if (State() == 2 && Call([&] { return library.StartProgramming(16); }) == 0) return false;
-    return State() == 3;
-  }
-  bool WriteAll(const Hook& before) {
+    std::int32_t revision = 0;
+    if (state == 0 || (state == 1 && Call(&Library::GetRevision, kDevice, &revision) == 0)) return false;
+    if (revision >= 4 && Call(&Library::EnterBoot, kDevice) == 0) return false;
+    if (Call(&Library::GetBootRevision, kDevice, &revision) == 0) return false;
+    if (State() == 2 && Call(&Library::StartProgramming, kDevice) == 0) return false;
+    if (State() != 3) return false;
     for (std::size_t block = 0; block < Blocks(); ++block) {
-      const std::size_t w = block * size;
-      std::vector<std::int32_t> packet = {static_cast<std::int32_t>(w / 256),
-                                          static_cast<std::int32_t>(w % 256)};
-      for (std::size_t i = w; i < w + size; ++i)
-        packet.insert(packet.end(), {mSample.words[i] & 0xFF, mSample.words[i] >> 8});
+      const auto w = static_cast<std::int32_t>(block * size);
+      std::vector<std::int32_t> packet = {w / 256, w % 256};
+      for (std::size_t i = block * size; i < (block + 1) * size; ++i)
+        packet.insert(packet.end(), {sample.words[i] & 0xFF, sample.words[i] >> 8});
       if (before) before(block);
       const auto count = static_cast<std::int32_t>(packet.size());
-      if (Call([&] { return mRig.Library().SendData(16, count, packet.data()); }) == 0) return false;
+      if (Call(&Library::SendData, kDevice, count, packet.data()) == 0) return false;
     }
+    if (Call(&Library::EndProgramming, kDevice) == 0) return false;
+    if (rig.Ask("dump 16 " + to_string(sample.words.size())) != sample.dump) wrong = "a wrong word";
+    if (rig.Ask("state").find("complete=yes") == std::string::npos) wrong = "an incomplete image";
     return true;
   }
 
-  Rig& mRig;
-  const Sample& mSample;
+  Rig& rig;
+  const Sample& sample;
+  const Number number;
+  mount::Dice dice;
+  std::size_t size = kSizes[number % kSizes.size()];  ///< Words in a block.
+  wire::Duration longest{};                           ///< The longest call of the library.
+  std::int32_t version = 0;
+  std::string wrong;  ///< What must never be, told.
 };
 
-/// Power cut in or around block after block: at its first byte, within the request, at the request's last
-/// byte, with a torn word, before the answer, within it. The recovery is cut once as well.
+/// In or around block after block: power cut at the first byte, within the request, at its last byte, with
+/// a torn word, before the answer, within it. The recovery is cut once as well.
 bool PlayCut(Run& run) {
-  constexpr std::uint32_t kPoints = 6;
-  std::size_t block = run.number / kPoints;
-  std::size_t kind = 0;
-  const std::size_t all = run.Blocks() * run.size;
-  while (block >= all / kSizes[kind]) block -= all / kSizes[kind++];
-  run.size = kSizes[kind];
-  const auto request = static_cast<std::uint32_t>(7 + 2 * run.size);
-  const std::uint32_t at[kPoints] = {1,           2 + run.dice.Below(request - 2), request, request,
-                                     request + 1, request + 2 + run.dice.Below(4)};
-  const std::uint32_t point = run.number % kPoints;
-  if (!run.Open()) return false;
-  const bool done = run.Program([&](std::size_t reached) {
-    if (reached == block) run.Play("fault cut " + to_string(at[point]) + (point == 3 ? " torn" : ""));
+  std::size_t block = run.number / 6;
+  for (std::size_t kind = 0; run.size = kSizes[kind], block >= run.Blocks(); ++kind) block -= run.Blocks();
+  const auto request = static_cast<Number>(7 + 2 * run.size);
+  const std::array<Number, 6> bytes = {1,           2 + run.dice.Below(request - 2), request, request,
+                                       request + 1, request + 2 + run.dice.Below(4)};
+  const Number point = run.number % 6;
+  const bool done = run.Open() && run.Program([&](std::size_t reached) {
+    if (reached == block) run.Play("fault cut " + to_string(bytes[point]) + (point == 3 ? " torn" : ""));
   });
   run.Play("power");
-  run.Play("fault cut " +
-           to_string(1 + run.dice.Below(static_cast<std::uint32_t>(all / run.size) * (request + 5))));
+  run.Play("fault cut " + to_string(1 + run.dice.Below(static_cast<Number>(run.Blocks()) * (request + 5))));
   run.Program();
   run.Play("power");
   return done;
 }
 
-/// Cable pulled at every byte of an exchange with each block size, then at random bytes.
+/// Cable pulled at every byte of an exchange of 14, 16 and 20 bytes, then at random bytes of the whole.
 bool PlayCable(Run& run) {
-  constexpr std::array<std::uint32_t, 3> kBytes = {14, 16, 20};
-  std::uint32_t byte = run.number;
-  std::size_t kind = 0;
-  while (kind < kSizes.size() && byte >= kBytes[kind]) byte -= kBytes[kind++];
-  const bool random = kind == kSizes.size();
-  if (!random) run.size = kSizes[kind];
-  const auto all = static_cast<std::uint32_t>(run.Blocks() * (12 + 2 * run.size)) + 100;
-  const std::size_t block = random ? 0 : run.Blocks() / 2;
-  const std::string pull = "fault pull " + to_string(1 + (random ? run.dice.Below(all) : byte));
-  if (run.hangUp) run.TheRig().HangUpWhenPulled();
-  if (!run.Open()) return false;
+  const Number n = run.number;
+  const bool random = n >= 50;
+  if (!random) run.size = kSizes[n < 14 ? 0 : n < 30 ? 1 : 2];
+  const auto all = static_cast<Number>(run.Blocks() * (12 + 2 * run.size)) + 100;
+  const Number byte = random ? run.dice.Below(all) : n < 14 ? n : n < 30 ? n - 14 : n - 30;
+  const std::string pull = "fault pull " + to_string(1 + byte);
+  bool done = run.Open();
   if (random) run.Play(pull);
-  const bool done = run.Program([&](std::size_t reached) {
-    if (!random && reached == block) run.Play(pull);
+  done = done && run.Program([&](std::size_t block) {
+    if (!random && block == run.Blocks() / 2) run.Play(pull);
   });
+  run.Play("fault none");
   run.Play("plug");
-  return done;
+  return (!HangsUp(run.number) || run.Open()) && done;
 }
 
-/// Something that is played from before the opening on.
-std::function<bool(Run&)> From(std::function<std::string(Run&)> command) {
+using Play = std::function<bool(Run&)>;
+
+/// What `command` gives is played from before the opening on.
+Play From(std::function<std::string(Run&)> command) {
   return [command](Run& run) {
     run.Play(command(run));
-    return run.Open() && run.Program();
+    const bool done = run.Open() && run.Program();
+    if (!done) run.Play("power");
+    return done;
   };
-}
-
-std::function<bool(Run&)> From(const std::string& command) {
-  return From([command](Run&) { return command; });
-}
-
-std::string StuckBit(Run& run) {
-  return "fault stuck 16 " + to_string(run.dice.Below(300)) + " " + to_string(run.dice.Below(14)) + " " +
-         to_string(run.dice.Below(2));
-}
-
-std::string Refusal(Run& run) {
-  constexpr std::array kCommands = {"identify", "lock", "speed", "state", "boot-revision", "enter",
-                                    "start",    "end",  "check", "write", "revision"};
-  return std::string("fault refuse ") + kCommands[run.dice.Below(kCommands.size())] + " " +
-         to_string(1 + run.dice.Below(8)) + " " + to_string(1 + run.dice.Below(5));
-}
-
-std::string Rate(Run& run) {
-  constexpr std::array kRates = {" 0.001", " 0.01", " 0.1", " 0.5", " 1"};
-  return kRates[run.dice.Below(kRates.size())];
 }
 
 struct Campaign {
   std::string name;
-  std::uint32_t runs;
+  Number runs;
   double complete;  ///< Share of the runs that must succeed at once; the others must recover.
-  std::function<bool(Run&)> play;
+  Play play;
 };
 
 std::vector<Campaign> Campaigns() {
+  constexpr std::array kRates = {" 0.001", " 0.01", " 0.1", " 0.5", " 1"};
+  constexpr std::array kCommands = {"identify",      "lock",     "speed", "state",
+                                    "boot-revision", "revision", "enter", "start",
+                                    "write",         "check",    "end"};
+  const auto below = [](Run& run, Number count) { return " " + to_string(run.dice.Below(count)); };
   std::vector<Campaign> all = {{"cut", 525 * 6, 0, PlayCut}, {"cable", 50 + 10'000, 0, PlayCable}};
-  for (const auto& [rate, complete] : {std::pair{"0.0001", 1.0}, {"0.001", 0.999}, {"0.01", 0.0}})
-    for (const std::string kind : {"flip", "drop", "insert", "double"})
-      all.push_back({kind + "-" + rate, 2000, complete, From("fault " + kind + " " + rate)});
-  for (const std::string line : {"latency=1", "latency=16", "latency=50", "latency=100", "piece=1"})
-    all.push_back({line, 1000, 1, From("line " + line)});
-  for (const std::string lie : {"unstored", "old"})
-    all.push_back({lie, 1000, 0, From([lie](Run& run) { return "fault " + lie + Rate(run); })});
-  all.push_back({"late", 1000, 0, From([](Run& run) {
-                   return "fault late" + Rate(run) + " " + to_string(50 + run.dice.Below(1950));
-                 })});
-  all.push_back({"stuck", 1000, 0, From(StuckBit)});
-  all.push_back({"refuse", 1000, 0, From(Refusal)});
+  for (const auto& [rate, complete] : {std::pair{" 0.0001", 1.0}, {" 0.001", 0.999}, {" 0.01", 0.0}})
+    for (const char* kind : {"flip", "drop", "insert", "double"}) {
+      const std::string name = std::string(kind) + rate;
+      all.push_back({name, 2000, complete, From([name](Run&) { return "fault " + name; })});
+    }
+  for (const std::string name : {"latency=1", "latency=16", "latency=50", "latency=100", "piece=1"})
+    all.push_back({name, 1000, 1, From([name](Run&) { return "line " + name; })});
+  const auto lie = [&](const std::string& name, auto&& arguments) {
+    all.push_back({name, 1000, 0, From([=](Run& run) { return "fault " + name + arguments(run); })});
+  };
+  const auto rate = [=](Run& run) { return kRates[run.dice.Below(kRates.size())]; };
+  lie("unstored", rate);
+  lie("old", rate);
+  lie("late", [=](Run& run) { return rate(run) + below(run, 2000); });
+  lie("stuck", [=](Run& run) { return " 16" + below(run, 300) + below(run, 14) + below(run, 2); });
+  lie("refuse", [=](Run& run) {
+    const std::string command = kCommands[run.dice.Below(kCommands.size())];
+    return " " + command + below(run, 9) + " " + to_string(1 + run.dice.Below(5));
+  });
   return all;
 }
 
-struct Options {
-  std::uint32_t seed = 1;
-  std::uint32_t runs = UINT32_MAX;  ///< At most so many of each campaign, drawn by the seed.
-  std::set<std::string> only;       ///< These campaigns; all when empty.
-  std::optional<std::uint32_t> run;
-  bool terminal = false;
-};
-
-/// What is wrong with one run; empty when nothing is.
-std::string PlayOne(const Campaign& campaign, const Sample& sample, const Options& options,
-                    std::uint32_t number, bool& complete, wire::Duration& longest) {
-  const std::uint32_t seed = options.seed * 1'000'003U + number;
-  const int revision = number % 2 == 0 ? 2 : 5;
-  std::unique_ptr<Rig> rig;
-  if (options.terminal)
-    rig = std::make_unique<TerminalRig>(TARNWICK_MOUNT, revision);
-  else
-    rig = std::make_unique<VirtualRig>(revision);
-  Run run(*rig, sample, number, seed);
-  complete = campaign.play(run);
-  run.Play("fault none");
-  if (!complete) rig->Rest(std::chrono::seconds(campaign.name == "late" ? 2 : 0));
-  const bool opened = rig->Library().SerialMode() != 0 && !(run.hangUp && campaign.name == "cable");
-  if (!complete && !((opened || run.Open()) && run.Program())) run.wrong = "no recovery";
-  if (run.longest > kLongestCall) run.wrong = "a call took more than 5 seconds";
-  longest = std::max(longest, run.longest);
-  return run.wrong;
-}
-
 /// Plays one campaign and tells its totals. False when it failed.
-bool PlayAll(const Campaign& campaign, const Sample& sample, const Options& options) {
-  const bool all = options.runs >= campaign.runs;
-  const std::uint32_t runs = options.run ? 1 : std::min(options.runs, campaign.runs);
-  std::uint32_t completed = 0;
-  std::uint32_t bad = 0;
+bool PlayAll(const Campaign& campaign, const Sample& sample, bool terminal) {
+  const auto seed = OptionNumber("--seed");
+  const Number runs = gOptions.contains("--run") ? 1 : std::min(OptionNumber("--runs"), campaign.runs);
+  Number completed = 0;
+  Number bad = 0;
   wire::Duration longest{};
-  Dice draw;
-  draw.Seed(options.seed);
-  for (std::uint32_t i = 0; i < runs; ++i) {
-    const std::uint32_t n = options.run.value_or(all ? i : draw.Below(campaign.runs));
-    bool complete = false;
-    const std::string wrong = PlayOne(campaign, sample, options, n, complete, longest);
+  mount::Dice draw;
+  draw.Seed(seed);
+  for (Number i = 0; i < runs; ++i) {
+    Number n = runs == campaign.runs ? i : draw.Below(campaign.runs);
+    if (gOptions.contains("--run")) n = OptionNumber("--run");
+    const int revision = n % 2 == 0 ? 2 : 5;
+    std::unique_ptr<Rig> rig;
+    if (terminal) rig = std::make_unique<TerminalRig>(TARNWICK_MOUNT, revision);
+    if (!terminal) rig = std::make_unique<VirtualRig>(revision, HangsUp(n));
+    Run run(*rig, sample, n, seed * 1'000'003U + n);
+    const bool complete = campaign.play(run);
+    run.Play("fault none");
+    const bool recovered = complete || ((rig->library.SerialMode() != 0 || run.Open()) && run.Program());
+    if (!recovered) run.wrong = "no recovery";
+    if (!complete && campaign.complete == 1) run.wrong = "not completed";
+    if (run.longest > kLongestCall) run.wrong = "a call of more than 5 seconds";
+    if (!run.wrong.empty())
+      std::cout << run.wrong << "; repeat: link-campaign" << (terminal ? " --terminal" : "") << " --seed "
+                << seed << " --only '" << campaign.name << "' --run " << n << std::endl;
     completed += complete ? 1 : 0;
-    bad += wrong.empty() ? 0 : 1;
-    if (!wrong.empty() || (!complete && campaign.complete == 1.0))
-      std::cout << campaign.name << " run " << n << ": " << (wrong.empty() ? "not completed" : wrong)
-                << "; repeat: link-campaign" << (options.terminal ? " --terminal" : "") << " --seed "
-                << options.seed << " --only " << campaign.name << " --run " << n << "\n";
+    bad += run.wrong.empty() ? 0 : 1;
+    longest = std::max(longest, run.longest);
   }
-  const bool enough = completed >= campaign.complete * runs;
-  std::printf("%-14s %6u runs %6u at once %6u recovered %4u bad  longest call %5.2f s  %s\n",
-              campaign.name.c_str(), runs, completed, runs - completed - std::min(bad, runs - completed), bad,
-              static_cast<double>(longest.count()) / 1e6, bad == 0 && enough ? "ok" : "FAILED");
+  const bool good = bad == 0 && completed >= campaign.complete * runs;
+  std::printf("%-14s %5u runs: %5u done at once, %5u recovered, %u bad; longest call %.2f s%s\n",
+              campaign.name.c_str(), runs, completed, runs - completed, bad,
+              static_cast<double>(longest.count()) / 1e6, good ? "" : "  FAILED");
   std::fflush(stdout);
-  return bad == 0 && enough;
-}
-
-int Main(const std::vector<std::string>& arguments) {
-  Options options;
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    const std::string& name = arguments[i];
-    const std::string value = i + 1 < arguments.size() ? arguments[i + 1] : "";
-    const auto number = static_cast<std::uint32_t>(std::strtoul(value.c_str(), nullptr, 10));
-    if (name == "--terminal") options.terminal = true;
-    if (name == "--seed") options.seed = number;
-    if (name == "--runs") options.runs = number;
-    if (name == "--only") options.only.insert(value);
-    if (name == "--run") options.run = number;
-  }
-  const Sample sample = LoadSample();
-  if (sample.words.size() < 256) return std::cerr << "no sample image\n", 2;
-  std::cout << "link-campaign: seed " << options.seed << ", "
-            << (options.terminal ? "pseudo terminal" : "virtual time") << "\n";
-  bool good = true;
-  for (const Campaign& campaign : Campaigns())
-    if (options.only.empty() || options.only.contains(campaign.name))
-      good = PlayAll(campaign, sample, options) && good;
-  return good ? 0 : 1;
+  return good;
 }
 
 }  // namespace
 }  // namespace tarnwick::campaign
 
 int main(int argc, char** argv) {
-  return tarnwick::campaign::Main({argv + 1, argv + argc});
+  using namespace tarnwick::campaign;
+  for (int i = 1; i + 1 < argc; i += 2) gOptions[argv[i]] = argv[i + 1];
+  const bool terminal = argc % 2 == 0 && argv[argc - 1] == std::string("--terminal");
+  const Sample sample;
+  const std::string only = "," + gOptions["--only"] + ",";
+  std::cout << "link-campaign: seed " << gOptions["--seed"] << ", " << sample.words.size() << " words, "
+            << (terminal ? "pseudo terminal" : "virtual time") << std::endl;
+  bool good = sample.words.size() >= 256;
+  for (const Campaign& campaign : Campaigns())
+    if (only == ",," || only.find("," + campaign.name + ",") != std::string::npos)
+      good = PlayAll(campaign, sample, terminal) && good;
+  return good ? 0 : 1;
 }
