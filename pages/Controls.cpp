@@ -94,14 +94,16 @@ void ListBox::Empty() {
 }
 
 void ListBox::mousePressEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return;  // No other button chooses.
   mByMouse = true;
   QListWidget::mousePressEvent(event);
 }
 
 void ListBox::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return;
   QListWidget::mouseReleaseEvent(event);
   mByMouse = false;
-  if (event->button() == Qt::LeftButton) Clicked();
+  Clicked();
 }
 
 void ListBox::Clicked() {
