@@ -22,6 +22,9 @@
 namespace tarnwick {
 namespace {
 
+/// Item value: the file's name as the file system has it, which may be no text.
+constexpr int kFileName = Qt::UserRole;
+
 /// The header of the package just loaded, or its error.
 std::string DescribePackage() {
   if (gQAL->ErrorsFound()) return PackageErrorText();
@@ -73,20 +76,21 @@ QWidget* Step3::FirstControl() {
 }
 
 std::filesystem::path Step3::SelectedPackage() const {
-  return gFirmwareDir / QFile::encodeName(lstFirmware->item(lstFirmware->Selected())->text()).toStdString();
+  return gFirmwareDir /
+         lstFirmware->item(lstFirmware->Selected())->data(kFileName).toByteArray().toStdString();
 }
 
 void Step3::ListFirmware(const std::string& selectName) {
   lstFirmware->Empty();
   txtFirmware->Text({});
   int wanted = -1;
-  QStringList shown;
   for (const std::string& name : PackagesIn(gFirmwareDir)) {
-    if (text::EqualNoCase(name, selectName)) wanted = static_cast<int>(shown.size());
-    shown.append(QFile::decodeName(QByteArray::fromStdString(name)));
+    if (text::EqualNoCase(name, selectName)) wanted = lstFirmware->count();
+    const auto bytes = QByteArray::fromStdString(name);
+    auto* const item = new QListWidgetItem(QFile::decodeName(bytes), lstFirmware);
+    item->setData(kFileName, bytes);
   }
-  if (shown.isEmpty()) return;
-  lstFirmware->addItems(shown);
+  if (lstFirmware->count() == 0) return;
   lstFirmware->Select(0);
   if (wanted >= 0) lstFirmware->Select(wanted);
 }
@@ -150,8 +154,11 @@ void Step3::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel)
     cancel = true;
   } else {
     wizard.Frozen(true);
+    const int judged = lstFirmware->Selected();
     cancel = !AcceptPackage();
     wizard.Frozen(false);
+    // That lets waiting clicks through: what was chosen by one of them has not been judged.
+    cancel = cancel || lstFirmware->Selected() != judged;
   }
 }
 
