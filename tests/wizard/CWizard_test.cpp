@@ -1,186 +1,307 @@
-// Start, freeze, keys, focus and the way out.
-#include "WizardFixture.h"
+// The wizard and its controller on a frame that notes every call, and the arithmetic of the layout.
+#include <gmock/gmock.h>
+
+#include "platform/help.h"
+#include "platform/program.h"
+#include "platform/text.h"
+#include "settings/modDebug.h"
+#include "support/ClockDouble.h"
+#include "support/FrameDouble.h"
+#include "support/ResetGlobals.h"
+#include "support/TempFolder.h"
+#include "support/UserDouble.h"
+#include "wizard/FrameLayout.h"
+#include "wizard/modWizard.h"
 
 namespace tarnwick::test {
-namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
-TEST_F(WizardTest, StartBringsTheFrameUpWithItsFirstPageInPlace) {
-  EXPECT_EQ(Numbers(), (std::array{-1, -1, -1}));
-  EXPECT_EQ(wizard->StepCount(), -1);
-  wizard->Start();  // Without a page nothing happens.
-  wizard->Step(-1);
-  EXPECT_EQ(Numbers(), (std::array{-1, 0, 1}));
-  AddFour();
-  wizard->Start();
-  EXPECT_THAT(frame.Take(),
-              ElementsAre("FrameCaption Tarnwick  v2.2.4", "LoadSettings", "LoadFrame", "BeforeStep 1",
-                          "LoadPage One", "AttachPage One", "One BeforePageShow 0", "SetPageVisible One on",
-                          "LayoutFrame One centre", "Enabled cmdStepBack on", "Enabled cmdStepFwd on",
-                          "Default cmdStepFwd on", "Default cmdTerminate off", "PageAreaTabPosition 5",
-                          "FocusPageArea", "Enabled cmdStepBack off", "AfterStep", "ShowFrame"));
-  EXPECT_EQ(Numbers(), (std::array{0, 1, -1}));
-  EXPECT_TRUE(wizard->FinishedLoading());
-  wizard->Start();
-  EXPECT_THAT(frame.Take(), IsEmpty());
-}
-
-TEST_F(WizardTest, StartAtAGivenPage) {
-  AddFour();
-  frame.Take();
-  wizard->Start("Five");
-  EXPECT_THAT(frame.Take(), ElementsAre("LoadFrame"));
-  EXPECT_FALSE(wizard->FinishedLoading());
-  wizard->Start("3");
-  EXPECT_EQ(Numbers(), (std::array{0, 3, -1}));
-  EXPECT_EQ(frame.calls.back(), "ShowFrame");
-}
-
-TEST_F(WizardTest, AOnePageWizardIsFirstAndLastAtOnce) {
-  Add("Only", "Only");
-  wizard->Start();
-  EXPECT_EQ(Live(), "H--T");
-  EXPECT_EQ(Terminate(), "Finish");
-  EXPECT_TRUE(frame.Default(FrameButton::cmdTerminate));
-}
-
-TEST_F(WizardTest, FrozenLocksTheUserOutByStep) {
-  Open();
-  const std::pair<const char*, const char*> states[] = {
-      {"----", "H-NT"}, {"----", "HBNT"}, {"----", "HBNT"}, {"---T", "HB-T"}};
-  for (int step = 1; step <= 4; ++step) {
-    SCOPED_TRACE(step);
-    wizard->StepTo(static_cast<double>(step));
-    wizard->Frozen(true);
-    wizard->Frozen(true);  // Does not nest.
-    EXPECT_TRUE(wizard->Frozen());
-    EXPECT_EQ(Live(), states[step - 1].first);
+/// The program, started in a folder that is not its own. The test shows the help and, after `Open`, is
+/// the wizard's controller; it notes either in the frame's log.
+struct WizardTest : testing::Test, help::IHelpViewer, IWizardController {
+  WizardTest() {
+    ResetGlobals();
+    WriteFile(startFolder / "debugexe.txt", "the run before");
+    WriteFile(folder / "Tarnwick.ini", "[TARNWICK]\r\nCOMport = COM3\r\n");
+    std::filesystem::current_path(startFolder.Path());
+    program::Set({folder.Path(), "Tarnwick", 2, 2, 4});
+    program::SetEnd([this] { frame.Note("End"); });
+    help::Install(*this);
+    user.log = [this](const std::string& line) { frame.Note(line); };
+    RunMain();
+  }
+  ~WizardTest() override {
+    program::SetEnd({});
+    help::Uninstall();
+  }
+  void RunMain() {
+    gController = nullptr;
+    controller = Main(frame, {Factory("One"), Factory("Two"), Factory("Three"), Factory("Four")});
+    wizard = &controller->WizardHandle();
+  }
+  PageFactory Factory(const std::string& name) {
+    return [this, name] {
+      EXPECT_TRUE(gController == nullptr && gComPort == "COM3");
+      return std::make_unique<PageDouble>(frame, name);
+    };
+  }
+  /// The program anew, on page `step`, with the test for a controller. The log is empty.
+  void Open(double step = 1) {
+    RunMain();
+    wizard->ClientHandle(this);
+    wizard->StepTo(step);
     frame.Take();
-    wizard->Frozen(false);
-    EXPECT_EQ(Live(), states[step - 1].second);
-    const Lines calls = frame.Take();
-    EXPECT_THAT(Lines(calls.begin() + 4, calls.end()),
-                ElementsAre("PageAreaEnabled on", "SetWaitPointer off", "PumpEvents"));
+  }
+  void Add(const std::string& name, const Designation& key) {
+    wizard->AddPage(std::make_unique<PageDouble>(frame, name), key);
+  }
+  /// The step left last, the step on view, the target.
+  std::array<int, 3> Numbers() { return {wizard->LastStep(), wizard->CurrentStep(), wizard->NextStep()}; }
+
+  void Show(const std::filesystem::path&, std::string_view topic) override { frame.Note(std::string(topic)); }
+  void BeforeUILoad() override {}
+  void BeforeStep(std::int32_t direction, bool& cancel) override {
+    frame.Ask("BeforeStep " + std::to_string(direction), cancel);
+  }
+  void AfterStep() override { frame.Note("AfterStep"); }
+  void OnRequestHelp() override { frame.Note("OnRequestHelp"); }
+  void OnCancel(bool& cancel) override { frame.Ask("OnCancel", cancel); }
+  CWizard& WizardHandle() override { return *wizard; }
+
+  TempFolder folder, startFolder;
+  ClockDouble clock;
+  UserDouble user;
+  FrameDouble frame;
+  std::unique_ptr<CWizardController> controller;
+  CWizard* wizard = nullptr;
+};
+
+TEST(FrameLayout, FitsRoundEachPageAndIsNeverNarrowerThanTheButtons) {
+  // Page size; page area, right end and top of the line, left edges of the buttons and right edge of the
+  // last, top and bottom of the row, inside of the frame.
+  const std::pair<FrameSize, std::vector<std::int32_t>> cases[] = {
+      {{299, 182}, {130, 2, 301, 184, 434, 236, 4, 181, 263, 353, 433, 244, 267, 439, 275}},
+      {{40, 400}, {130, 2, 42, 402, 273, 410, 4, 20, 102, 192, 272, 418, 441, 278, 449}},
+  };
+  for (const auto& [page, expected] : cases) {
+    const FrameLayout at = LayOut({120, 226}, {80, 23}, page);
+    EXPECT_EQ((std::vector{at.picPage.left, at.picPage.top, at.picPage.width, at.picPage.height,
+                           at.bevelRight, at.bevelTop, at.cmdHelp.left, at.cmdStepBack.left,
+                           at.cmdStepFwd.left, at.cmdTerminate.left, at.cmdTerminate.Right(),
+                           at.cmdTerminate.top, at.cmdTerminate.Bottom(), at.client.width, at.client.height}),
+              expected);
   }
 }
 
-TEST_F(WizardTest, LetGoTheFrameIsTakenDownInOrderAndTheProgramEnds) {
-  Open();
-  wizard->Step(1);
-  frame.Take();
-  controller.refusesClose = true;
-  wizard->cmdTerminate_Click();
-  EXPECT_THAT(frame.Take(), ElementsAre("RequestClose", "OnCancel"));
-  controller.refusesClose = false;
-  frame.onCall = [&](const std::string& line) {
-    // A second way out, tried while the first is under way, asks nothing and changes nothing.
-    if (line != "OnCancel" && line != "PumpEvents") return;
-    bool cancel = false;
-    wizard->Form_QueryUnload(cancel);
-    EXPECT_TRUE(cancel);
-    if (line == "PumpEvents") wizard->Form_Unload();
-  };
-  frame.failing = {"SaveSettings", "DetachPage One", "ShowShutdown"};
-  wizard->cmdTerminate_Click();
-  Lines calls = frame.Take();
-  EXPECT_EQ(std::erase(calls, "PumpEvents"), 20U);
-  EXPECT_THAT(calls, ElementsAre("RequestClose", "OnCancel", "SaveSettings", "SetPageVisible Two off",
-                                 "DetachPage One", "UnloadPage One", "DetachPage Two", "UnloadPage Two",
-                                 "ShowShutdown", "End"));
-  EXPECT_THAT(clock.sleeps,
-              testing::AllOf(testing::SizeIs(20), testing::Each(std::chrono::milliseconds(50))));
-  EXPECT_EQ(wizard->ClientHandle(), nullptr);
-  EXPECT_EQ(wizard->PageHandle("Three"), nullptr);
+TEST_F(WizardTest, TheWholeStartIsOneOrder) {
+  EXPECT_THAT(frame.calls, ElementsAre("Tarnwick  v2.2.4", "LoadFrame", "Load One", "Attach One",
+                                       "One BeforePageShow 0", "Show One", "Layout One", "Back on", "Next on",
+                                       "Next default", "Terminate not default", "Page area at 5",
+                                       "Focus page area", "Back off", "ShowFrame"));
+  EXPECT_TRUE(gController == controller.get() && wizard->ClientHandle() == gController);
+  EXPECT_EQ(ReadFile(startFolder / "debugexe.txt"), "");  // Opened before the settings changed folders.
 }
 
-TEST_F(WizardTest, ClosingDuringAStepEndsTheProgramWithoutFinish) {
+TEST_F(WizardTest, AStepIsOneOrderAndAFailureIsDroppedWhereItHappens) {
+  const auto whole = text::Split(
+      "BeforeStep 1,Three BeforePageHide 4,Hide Three,Load Four,Attach Four,Four BeforePageShow 3,Show Four,"
+      "Layout Four,Back on,Next on,Next default,Terminate default,Page area at 5,Focus page area,"
+      "Next off,Terminate says Finish,Terminate default,AfterStep",
+      ',');
+  const auto switchBegin = whole.begin() + 1, switchEnd = whole.begin() + 7;
+  frame.onCall = [&](const std::string& line) {
+    EXPECT_FALSE(line == "Layout Four" && wizard->FinishedLoading());
+  };
+  for (auto failed = whole.begin(); failed != whole.end(); ++failed) {
+    Open(3);
+    frame.failing = {std::string(*failed)};
+    wizard->Step(1);
+    // In the switch of pages a failure skips the rest of the switch and no more.
+    const bool skips = failed >= switchBegin && failed < switchEnd;
+    Lines expected(whole.begin(), failed + 1);
+    expected.insert(expected.end(), skips ? switchEnd : failed + 1, whole.end());
+    EXPECT_EQ(frame.Take(), expected);
+    EXPECT_EQ(Numbers(), (std::array{3, 4, -1})) << *failed;
+    wizard->Step(-1);
+    EXPECT_EQ(wizard->CurrentStep(), 3) << *failed << " left the step under way";
+  }
+}
+
+TEST_F(WizardTest, ARefusalLeavesEverythingAndKeepsTheTarget) {
+  Open(2);
+  frame.refusing = {"Two BeforePageHide 3", "BeforeStep -1"};
+  frame.failing = {"BeforeStep -1"};  // A failure leaves the refusal as it was set.
+  wizard->Step(1);
+  wizard->Step(0);
+  wizard->Step(-1);
+  EXPECT_EQ(Numbers(), (std::array{1, 2, 1}));
+  EXPECT_THAT(frame.calls, ElementsAre("BeforeStep 1", "Two BeforePageHide 3", "BeforeStep 0",
+                                       "Two BeforePageHide 3", "BeforeStep -1"));
+}
+
+TEST_F(WizardTest, DuringAStepOnlyARedirectAndTheWayOutAct) {
   Open();
+  frame.onCall = [&](const std::string& line) {
+    if (line == "BeforeStep 1") wizard->NextStep(3.0);
+    if (line != "One BeforePageHide 3") return;
+    std::int16_t escape = 27;
+    wizard->Step(1);
+    wizard->CurrentStep("Two");
+    wizard->ClientHandle(nullptr);
+    wizard->finish();
+    wizard->TransferFocus();
+    wizard->TranslateKey(escape, 0);
+    EXPECT_EQ(Numbers(), (std::array{1, 1, 3}));
+    wizard->NextStep("Four");                       // Too late to change the page shown.
+    for (int i = 0; i < 100; ++i) Add("More", {});  // The table may grow under the step.
+  };
+  wizard->Step(1);
+  EXPECT_EQ(Numbers(), (std::array{1, 3, -1}));
+  EXPECT_EQ(frame.Take().size(), 15U);
+  wizard->CurrentStep("1");  // A page is loaded once.
+  EXPECT_THAT(frame.Take(), testing::Not(Contains("Load One")));
   frame.onCall = [&](const std::string& line) {
     if (line == "One BeforePageHide 2") frame.RequestClose();
-    if (line == "End") {  // step, page, close, question, label, 20 rounds, end
-      EXPECT_EQ(frame.calls.size(), 26U);
-    }
   };
   wizard->Step(1);
-  EXPECT_THAT(frame.calls, testing::Not(testing::Contains("SaveSettings")));
-  EXPECT_THAT(frame.calls, testing::Contains("End").Times(1));
+  EXPECT_THAT(frame.calls, testing::AllOf(Contains("End"), testing::Not(Contains("Unload One"))));
 }
 
-TEST_F(WizardTest, ReleasingTheControllerFinishesAndHarmsNothingAfterwards) {
-  Open();
+TEST_F(WizardTest, TheTableOfPages) {
+  CWizard one(frame, {}), table(frame, {});
+  wizard = &one;
+  Add("x", {});
+  wizard->Start();
+  EXPECT_THAT(frame.Take(), testing::IsSupersetOf({"Next off", "Back off", "ShowFrame"}));
+  wizard = &table;
+  EXPECT_EQ(wizard->StepCount(), -1);
+  wizard->Step(-1);
+  EXPECT_EQ(Numbers(), (std::array{-1, 0, 1}));
+  wizard->Start();
+  Add("a", "Key");
+  Add("b", "Key");  // Dropped.
+  Add("c", "KEY");
+  wizard->Start("Five");
+  EXPECT_THAT(frame.Take(), ElementsAre("LoadFrame"));
+  wizard->Start("KEY");
+  EXPECT_THAT(frame.Take(), Contains("Show c"));
+  Add("d", "2");
+  Add("e", "2");  // A key that reads as a number is no duplicate, and is never found.
+  Add("f", 6.0);  // A number is never found either.
+  const std::pair<Designation, const char*> cases[] = {
+      {"Key", "a"}, {"KEY", "c"}, {"key", ""}, {" Key", ""}, {" 2 ", "c"}, {2.5, "c"}, {3.5, "e"},
+      {0.5, ""},    {5.0, "f"},   {6.0, ""},   {"6", ""},    {1e9, ""},    {"", ""},   {{}, ""}};
+  for (const auto& [value, name] : cases) EXPECT_EQ(frame.names[wizard->PageHandle(value)], name);
   wizard->ClientHandle(nullptr);
-  EXPECT_THAT(frame.Take(),
-              ElementsAre("SaveSettings", "SetPageVisible One off", "DetachPage One", "UnloadPage One"));
-  EXPECT_EQ(wizard->PageHandle("One"), nullptr);
-  EXPECT_NE(wizard->PageHandle("Two"), nullptr);  // Never loaded, so never taken down.
-  wizard->cmdHelp_Click();
-  wizard->picPage_GotFocus();
+  EXPECT_THAT(frame.calls, ElementsAre("Hide c", "Detach c", "Unload c"));
+  EXPECT_TRUE(wizard->PageHandle("KEY") == nullptr && wizard->PageHandle("Key") != nullptr);
   wizard->Step(1);
-  wizard->finish();
+}
+
+TEST_F(WizardTest, ButtonsFollowTheStepAndTheFreezeAndWhatLeadsNowhereIsSilent) {
+  Add("Five", "Five");
+  // Step, caption of the terminate button before and after.
+  using Case = std::tuple<int, const char*, const char*>;
+  for (const auto& [step, before, after] :
+       {Case{1, "Cancel", "Exit"}, Case{2, "cancel", "cancel"}, Case{4, "Exit", "Exit"},
+        Case{5, "Cancel", "Finish"}, Case{3, "Finish", "Exit"}}) {
+    frame.Caption(FrameButton::cmdTerminate, before);
+    wizard->StepTo(static_cast<double>(step));
+    EXPECT_EQ(frame.Caption(FrameButton::cmdTerminate), after) << "on " << step;
+    frame.Take();
+    wizard->Frozen(true);
+    EXPECT_TRUE(wizard->Frozen());
+    EXPECT_THAT(frame.Take(),
+                ElementsAre("Help off", "Back off", "Next off", step == 4 ? "Terminate on" : "Terminate off",
+                            "Page area off", "Wait pointer", "Pump"));
+    wizard->Frozen(false);
+    EXPECT_THAT(frame.Take(),
+                ElementsAre("Help on", step == 1 ? "Back off" : "Back on", step == 5 ? "Next off" : "Next on",
+                            "Terminate on", "Page area on", "Pointer", "Pump"));
+    wizard->Start();
+    wizard->NextStep("Two");
+    for (const char* none : {"", "Six", "6"}) wizard->StepTo(none);
+    for (const int by : {0, 2, -2, step == 1 ? -1 : step == 5 ? 1 : 0}) wizard->Step(by);
+    wizard->cmdHelp_Click();
+    EXPECT_EQ(frame.Take(), step == 5 ? Lines{} : Lines{"Step" + std::to_string(step) + ".htm"});
+  }
 }
 
 TEST_F(WizardTest, KeysActOnWhatIsEnabled) {
-  struct KeyCase {
-    const char* name;
-    int step;
-    bool frozen;
-    std::int16_t key, shift;
-    const char* call;  ///< The first call made, or none.
-    bool handled;
-    int beeps;
-  };
-  const KeyCase cases[] = {
-      {"Escape", 1, false, 27, 0, "RequestClose", true, 0},
-      {"Escape, shifted", 1, false, 27, 1, "", false, 0},
-      {"Escape in a run", 4, true, 27, 0, "RequestClose", true, 0},
-      {"Escape, button dead", 3, true, 27, 0, "", true, 0},
-      {"Alt+Left", 2, false, 37, 4, "BeforeStep -1", false, 0},
-      {"Alt+Left, first page", 1, false, 37, 4, "", false, 0},
-      {"Alt+Right, frozen", 2, true, 39, 4, "", false, 0},
-      {"Left", 2, false, 37, 0, "", false, 0},
-      {"Alt+Right", 2, false, 39, 4, "BeforeStep 1", false, 0},
-      {"Alt+Right, last page", 4, false, 39, 4, "", false, 0},
-      {"Alt+Shift+Right", 2, false, 39, 5, "", false, 0},
-      {"Enter", 2, false, 13, 0, "BeforeStep 1", true, 0},
-      {"Enter, last page", 4, false, 13, 0, "RequestClose", true, 0},
-      {"Enter, frozen", 2, true, 13, 0, "", false, 1},
-      {"Alt+Enter", 2, false, 13, 4, "", false, 0},
-      {"a letter", 2, false, 65, 0, "", false, 0},
-  };
+  // Step, frozen, key, shift, a call that is made (none: no call), handled.
+  using Case = std::tuple<int, bool, std::int16_t, std::int16_t, std::string, bool>;
   Open();
-  controller.refusesClose = true;
-  for (const KeyCase& c : cases) {
-    SCOPED_TRACE(c.name);
-    wizard->StepTo(static_cast<double>(c.step));
-    wizard->Frozen(c.frozen);
+  frame.refusing = {"OnCancel"};
+  for (const auto& [step, frozen, code, shift, call, handled] :
+       {Case{2, false, 37, 4, "Layout One", false}, Case{2, false, 39, 4, "Layout Three", false},
+        Case{2, true, 37, 4, "", false}, Case{2, true, 39, 4, "", false}, Case{2, false, 37, 0, "", false},
+        Case{2, false, 13, 0, "Layout Three after Next", true}, Case{4, false, 13, 0, "OnCancel", true},
+        Case{2, true, 13, 0, "", false}, Case{2, false, 13, 4, "", false}, Case{3, true, 27, 0, "", true},
+        Case{1, false, 27, 0, "OnCancel", true}, Case{1, false, 27, 1, "", false}}) {
+    wizard->StepTo(static_cast<double>(step));
+    wizard->Frozen(frozen);
     frame.Take();
-    user.beeps = 0;
-    std::int16_t key = c.key;
-    wizard->TranslateKey(key, c.shift);
-    EXPECT_EQ(frame.calls.empty() ? "" : frame.calls.front(), c.call);
-    EXPECT_EQ(key, c.handled ? 0 : c.key);
-    EXPECT_EQ(user.beeps, c.beeps);
-    wizard->Frozen(false);
+    std::int16_t key = code;
+    wizard->TranslateKey(key, shift);
+    EXPECT_EQ(key, handled ? 0 : code);
+    EXPECT_THAT(frame.calls, testing::Conditional(call.empty(), testing::IsEmpty(), Contains(call))) << code;
   }
+  EXPECT_EQ(user.beeps, 1);
 }
 
 TEST_F(WizardTest, FocusGoesToTheLastButtonAndToThePage) {
   Open();
   wizard->TransferFocus();
-  EXPECT_THAT(frame.Take(),
-              ElementsAre("TabPosition cmdStepFwd 0", "TabPosition cmdTerminate 1", "TabPosition cmdHelp 2",
-                          "TabPosition cmdStepBack 3", "PageAreaTabPosition 4", "FocusButton cmdStepFwd"));
-  frame.failing = {"OnRequestHelp", "FocusPage One"};
+  EXPECT_THAT(frame.Take(), ElementsAre("Next at 0", "Terminate at 1", "Help at 2", "Back at 3",
+                                        "Page area at 4", "Focus Next"));
+  frame.failing = {"OnRequestHelp", "Focus One"};
   wizard->cmdHelp_Click();
   wizard->TransferFocus();
   wizard->picPage_GotFocus();
-  const Lines calls = frame.Take();
-  EXPECT_EQ(calls.front(), "OnRequestHelp");
-  EXPECT_EQ(calls[6], "FocusButton cmdHelp");
-  EXPECT_EQ(calls.back(), "FocusPage One");
+  EXPECT_THAT(frame.calls, testing::IsSupersetOf({"OnRequestHelp", "Focus Help", "Focus One"}));
 }
 
-}  // namespace
+TEST_F(WizardTest, WhatIsRunningDecidesWhetherTheFrameCloses) {
+  frame.Take();
+  gVerifying = gProgramming = true;
+  frame.RequestClose();
+  EXPECT_TRUE(gCancelVerify && !gCancelProgram);
+  gVerifying = false;
+  for (const bool confirmed : {false, true}) {
+    user.answers = {confirmed ? ui::Answer::Yes : ui::Answer::No, ui::Answer::No};
+    frame.RequestClose();
+    EXPECT_EQ(gCancelProgram, confirmed);
+  }
+  gProgramming = false;
+  frame.RequestClose();
+  EXPECT_NE(gDebugFile, nullptr);
+  EXPECT_THAT(frame.calls, ElementsAre("Close", "Terminate off", "Close", "Terminate off", "box",
+                                       "Terminate on", "Close", "Terminate off", "box", "Close", "box"));
+  const Box stop{
+      "Cancelling Programming at this stage would leave the device in Program mode\r\nmaking the "
+      "firmware unusable until reprogrammed!\r\n\r\nAre you sure you want to Cancel Programming?",
+      ui::Buttons::YesNo, ui::Icon::Critical};
+  const Box exit{"Are you sure you want to Exit the program?", ui::Buttons::YesNo, ui::Icon::Question};
+  EXPECT_THAT(user.boxes, ElementsAre(stop, stop, exit));
+}
+
+TEST_F(WizardTest, TheWayOutIsOneOrder) {
+  wizard->Step(1);
+  frame.Take();
+  frame.failing = {"Detach One", "Shutdown"};
+  frame.onCall = [&](const std::string& line) {
+    // A second way out, tried while the first is under way, asks nothing and changes nothing.
+    if (line == "box" || line == "Pump") frame.RequestClose();
+    EXPECT_TRUE(line != "Hide Two" || (gDebugFile == nullptr && gQAL == nullptr));
+  };
+  wizard->cmdTerminate_Click();
+  EXPECT_EQ(std::erase(frame.calls, "Pump"), 20U);
+  EXPECT_EQ(std::erase(frame.calls, "Close"), 22U);
+  EXPECT_THAT(frame.calls, ElementsAre("box", "Hide Two", "Detach One", "Unload One", "Detach Two",
+                                       "Unload Two", "Shutdown", "End"));
+  EXPECT_EQ(clock.sleeps, std::vector(20, std::chrono::milliseconds(50)));
+}
+
 }  // namespace tarnwick::test
