@@ -61,17 +61,16 @@ void CWizard::Retire(StepRecord& row) {
 }
 
 void CWizard::Form_QueryUnload(bool& cancel) {
-  cancel = mClosing != Closing::No;
+  cancel = mClosing;
   if (cancel) return;
-  mClosing = Closing::Asking;
+  mClosing = true;
   Contain([&] { Client().OnCancel(cancel); });
-  mClosing = cancel ? Closing::No : Closing::LetGo;
+  mClosing = !cancel;
   if (!cancel) finish();
 }
 
 void CWizard::Form_Unload() {
   using namespace std::chrono_literals;
-  if (std::exchange(mClosing, Closing::Unloading) == Closing::Unloading) return;
   for (StepRecord& row : mSteps) Retire(row);
   mSteps.clear();
   Contain([&] { mFrame.ShowShutdown(); });

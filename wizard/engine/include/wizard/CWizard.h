@@ -89,7 +89,7 @@ class CWizard {
   /// The frame is asked to close; `cancel` comes back true when it stays open. A request that arrives
   /// while another one is being answered, or after one was let through, is refused without a question.
   void Form_QueryUnload(bool& cancel);
-  /// The frame was let go: shows the shutdown label for about a second and ends the program. Once.
+  /// The frame was let go: shows the shutdown label for about a second and ends the program.
   void Form_Unload();
 
   /// The frame, for the pages and the controller: they set captions and states of its buttons.
@@ -102,9 +102,6 @@ class CWizard {
     WindowHandle OldParent = nullptr;
     bool Loaded = false;
   };
-
-  /// How far the way out has been gone.
-  enum class Closing { No, Asking, LetGo, Unloading };
 
   void Form_Initialize();
   /// The step has been made: numbers, frame, buttons, and the controller told.
@@ -144,7 +141,7 @@ class CWizard {
   std::int16_t mLastStep = -1;
   std::int16_t mNextStep = -1;
   std::int16_t mStepCount = -1;
-  Closing mClosing = Closing::No;
+  bool mClosing = false;  ///< A request to close is being answered, or was let through.
   std::vector<std::unique_ptr<IWizardPage>> mRetired;
 };
 
