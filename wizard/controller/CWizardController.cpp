@@ -33,8 +33,8 @@ void CWizardController::OnCancel(bool& cancel) {
     cancel = true;
     mWizard->Frame().Enabled(FrameButton::cmdTerminate, false);
   } else if (gProgramming) {
-    AskToCancelProgramming();
     cancel = true;
+    AskToCancelProgramming();
   } else {
     cancel = ui::MessageBox("Are you sure you want to Exit the program?", ui::Buttons::YesNo,
                             ui::Icon::Question) != ui::Answer::Yes;
