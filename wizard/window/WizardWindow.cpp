@@ -55,6 +55,7 @@ void WizardWindow::MakeButton(FrameButton button, const char* name, const std::s
 }
 
 void WizardWindow::LoadFrame() {
+  if (picPage != nullptr) return;
   setObjectName(QStringLiteral("CWizard"));
   setWindowFlag(Qt::WindowMaximizeButtonHint, false);
   MakeButton(FrameButton::cmdHelp, "cmdHelp", "Help");
@@ -145,7 +146,7 @@ void WizardWindow::CentreOnScreen() {
 void WizardWindow::CenterCursorOn(std::optional<FrameButton> button) {
   if (!button) return;
   const QPushButton& widget = *At(*button).widget;
-  QCursor::setPos(widget.mapToGlobal(widget.rect().center()));
+  QCursor::setPos(widget.mapToGlobal(QPoint(widget.width() / 2, widget.height() / 2)));
 }
 
 bool WizardWindow::Enabled(FrameButton button) const {
@@ -167,6 +168,9 @@ bool WizardWindow::Default(FrameButton button) const {
   return At(button).widget->isDefault();
 }
 void WizardWindow::Default(FrameButton button, bool isDefault) {
+  if (isDefault) {
+    for (const Button& other : mButtons) other.widget->setDefault(false);  // there is one at most
+  }
   At(button).widget->setDefault(isDefault);
 }
 
@@ -254,9 +258,9 @@ void WizardWindow::paintEvent(QPaintEvent*) {
   const int left = Scaled(mLayout.bevelLeft);
   const int right = Scaled(mLayout.bevelRight);
   painter.setPen(palette().color(QPalette::Mid));
-  painter.drawLine(left, top, right, top);
+  painter.drawLine(left, top, right - 1, top);
   painter.setPen(palette().color(QPalette::Light));
-  painter.drawLine(left, top + 1, right, top + 1);
+  painter.drawLine(left, top + 1, right - 1, top + 1);
 }
 
 }  // namespace tarnwick

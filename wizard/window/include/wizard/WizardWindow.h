@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QSet>
 #include <QWidget>
@@ -85,7 +86,7 @@ class WizardWindow final : public QWidget, public IWizardFrame {
   SplashPicture* picSplash = nullptr;
   QLabel* lblShutdown = nullptr;
   FrameLayout mLayout;
-  QWidget* mFocusBeforeFreeze = nullptr;
+  QPointer<QWidget> mFocusBeforeFreeze;
   std::map<int, Qt::KeyboardModifiers>
       mPressed;  ///< Keys that went down in this window, with what was held then.
 };
