@@ -1,0 +1,160 @@
+// A second reader of firmware packages, written from docs/package-format.md for plainness alone: what
+// the loader reads fast is held against what this one reads slowly.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "firmware/QALclass.h"
+#include "platform/text.h"
+
+namespace tarnwick::test {
+
+struct PlainWord {
+  std::optional<std::uint8_t> lo, hi;
+  bool padded = false;
+  bool operator==(const PlainWord&) const = default;
+};
+
+struct PlainDevice {
+  std::string name;
+  std::int32_t address = 0;
+  std::string recordId;
+  double version = 0;
+  std::vector<PlainWord> words = std::vector<PlainWord>(1);  ///< Up to the highest one written.
+  bool operator==(const PlainDevice&) const = default;
+};
+
+/// All that a load tells of a package.
+struct PlainPackage {
+  std::int32_t error = 0, errorLine = 0, modelNumber = 0;
+  double fileVersion = 0;
+  std::map<std::string, std::string> texts = {};  ///< By the key.
+  std::vector<std::int32_t> revisions = {};
+  std::vector<PlainDevice> devices = {};
+  bool operator==(const PlainPackage&) const = default;
+};
+
+/// What a load left in `package`.
+inline PlainPackage PictureOf(const QALclass& package) {
+  PlainPackage picture{package.LastError(), package.LastErrorLine(), package.ModelNumber(),
+                       package.FileVersion()};
+  picture.texts = {{"FILENAME", package.Filename()},
+                   {"FILEDATE", package.FileDate()},
+                   {"COMMENTS", package.Comments()},
+                   {"MODELNAME", package.ModelName()},
+                   {"HWREV", package.HwRev()}};
+  for (std::int32_t i = 1; i <= package.HwRevCount(); ++i) picture.revisions.push_back(package.HwRevValue(i));
+  for (std::int32_t i = 1; i <= package.Devices(); ++i) {
+    picture.devices.push_back({package.DeviceName(i),
+                               package.DeviceAddress(i),
+                               package.DeviceRecordID(i),
+                               package.DeviceVersion(i),
+                               {}});
+    for (std::int32_t word = 0; word <= package.DeviceWords(i); ++word) {
+      picture.devices.back().words.push_back(
+          {package.DeviceLoByte(i, word), package.DeviceHiByte(i, word), package.DeviceNullPadded(i, word)});
+    }
+  }
+  return picture;
+}
+
+class PlainReader {
+ public:
+  static PlainPackage Read(const std::string& text) {
+    PlainReader reader;
+    std::size_t at = 0;
+    for (std::size_t end; reader.Good() && (end = text.find("\r\n", at)) != text.npos; at = end + 2) {
+      ++reader.mLine;
+      reader.Line(text.substr(at, end - at));
+    }
+    for (const PlainDevice& device : reader.mIs.devices) {
+      if (reader.Good() && device.words.size() == 1) reader.Error(7);
+    }
+    for (std::size_t i = 0; reader.Good() && i < reader.mIs.devices.size(); ++i) {
+      std::vector<PlainWord>& words = reader.mIs.devices[i].words;
+      words.resize((words.size() + 3) / 4 * 4);
+      for (PlainWord& word : words) word = word.lo ? word : PlainWord{0xFF, 0x3F, true};
+    }
+    const std::string hwRev = reader.mIs.texts["HWREV"];
+    const auto fields = hwRev.empty() ? std::vector<std::string_view>() : text::Split(hwRev, ',');
+    for (const auto field : fields) reader.mIs.revisions.push_back(Whole(field));
+    return reader.mIs;
+  }
+
+ private:
+  bool Good() const { return mIs.error == 0; }
+  void Error(std::int32_t number) { mIs.error = number, mIs.errorLine = mLine; }
+
+  void Line(std::string line) {
+    const std::size_t equals = line.find('=');
+    if (equals == line.npos) return line.starts_with(':') ? HexLine(line) : void();
+    for (char& c : line) c = c == '\r' || c == '\n' || c == '\t' ? ' ' : c;
+    Key(text::Upper(Cut(line.substr(0, equals))), Cut(line.substr(equals + 1)));
+  }
+
+  void Key(const std::string& key, const std::string& value) {
+    if (mIs.texts.contains(key)) mIs.texts[key] = value;
+    if (key == "MODELNUMBER") mIs.modelNumber = Whole(value);
+    if (key == "FILEVER" && !value.empty()) {
+      mIs.fileVersion = Number(value.substr(1, 1)) / 10 + Number(value.substr(0, 1));
+    }
+    if (key == "DEVICE_ADDRESS_VERSION") {
+      auto fields = text::Split(value, ',');
+      fields.resize(3);
+      const std::string id(fields[2]), tail = Last(id, 4);
+      mIs.devices.push_back({Cut(fields[0]), Whole(fields[1]), text::Upper(Cut(id)),
+                             Number(tail.substr(0, 2)) + Number(Last(tail, 2)) / 100});
+    }
+    if (key == "START_HEX" || key == "V3_START_HEX") mRecordId = text::Upper(value);
+    if (key == "END_HEX" || key == "V3_END_HEX") {
+      if (text::Upper(value) != mRecordId) return Error(8);
+      mRecordId.clear();
+    }
+  }
+
+  void HexLine(const std::string& line) {
+    if (line.size() < 11) return Error(2);
+    const std::size_t count = Hex(line, 1);
+    if (2 * count != line.size() - 11) return Error(3);
+    std::size_t sum = 0;
+    for (std::size_t at = 1; at < line.size() - 2; at += 2) sum += Hex(line, at);
+    if (Hex(line, line.size() - 2) != (256 - sum % 256) % 256) return Error(4);
+    const std::size_t first = (Hex(line, 3) * 256 + Hex(line, 5)) / 2, type = Hex(line, 7);
+    if (!Good() || type == 1) return;
+    if (type != 0) return Error(5);
+    for (PlainDevice& device : mIs.devices) {
+      for (std::size_t k = 0; k < count / 2 && device.recordId == mRecordId; ++k) {
+        if (first + k >= device.words.size()) device.words.resize(first + k + 1);
+        device.words[first + k] = {Hex(line, 9 + 4 * k), Hex(line, 11 + 4 * k)};
+      }
+    }
+  }
+
+  /// The byte whose two digits stand at `at`.
+  std::uint8_t Hex(const std::string& line, std::size_t at) {
+    std::size_t value = 0;
+    for (const char digit : {line[at], line[at + 1]}) {
+      const std::size_t place = std::string_view("0123456789ABCDEFabcdef").find(digit);
+      if (place == std::string_view::npos) Error(6);
+      value = value * 16 + (place > 21 ? 0 : place > 15 ? place - 6 : place);
+    }
+    return static_cast<std::uint8_t>(value);
+  }
+
+  static double Number(std::string_view text) { return text::NumericPrefix(text); }
+  static std::int32_t Whole(std::string_view text) { return text::ToInt32(Number(text)); }
+  static std::string Cut(std::string_view text) { return std::string(text::Trim(text)); }
+  static std::string Last(const std::string& text, std::size_t count) {
+    return text.substr(text.size() - std::min(count, text.size()));
+  }
+
+  PlainPackage mIs{
+      .texts = {{"FILENAME", ""}, {"FILEDATE", ""}, {"COMMENTS", ""}, {"MODELNAME", ""}, {"HWREV", ""}}};
+  std::string mRecordId;
+  std::int32_t mLine = 0;
+};
+
+}  // namespace tarnwick::test
