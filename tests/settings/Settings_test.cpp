@@ -45,7 +45,7 @@ TEST_F(Settings, HaveDefaultsAtAFirstStart) {
   EXPECT_TRUE(gQAL && gURL == BuiltInUrl() && fs::equivalent(fs::current_path(), folder.Path()));
   EXPECT_EQ(Saved(), firstFile);
   EXPECT_EQ(link.TakeCalls(), "") << "no port, no filter: the link library is not touched";
-  EXPECT_TRUE(!gQAL && fs::is_empty(log) && !FileExists(start / "precious")) << "not made through a link";
+  EXPECT_TRUE(!gQAL && fs::is_empty(log) && !FileExists(start / "precious"));
   Load("[TARNWICK]\r\nURL=" + BuiltInUrl() + "\r\n");
   EXPECT_EQ(Saved(), firstFile) << "the built-in locator is not written";
   Load("[TARNWICK]\r\nURL=\r\nTYPEOVERRIDE=True\r\nTypeOverride=1\r\n");
@@ -55,10 +55,9 @@ TEST_F(Settings, HaveDefaultsAtAFirstStart) {
 TEST_F(Settings, AreWrittenInOrderLoggedAndTheLinkIsClosed) {
   clock.now = {7, 6, 5, 4, 2, 107, 0, 0, 0, 0, nullptr};
   Load(
-      "COMPORT=COM1\r\n[other]\r\nURL=x\r\n[Tarnwick]\r\nCOMPORT=COM2\r\nDEBUGFILTER4=True\r\n"
-      "DEBUGFILTER6=true "
-      "\r\nDEBUGFILTER10=TRUE\r\nMODELOVERRIDE=true\r\nBLOCKOVERRIDE=true\r\nTYPEOVERRIDE=True\r\n"
-      "unknown=1\r\ncomport=com7\r\nURL=me:secret@Host\\p\\q\\f.txt\r\n[Tarnwick] note\r\nCOMPORT=COM3\r\n");
+      "COMPORT=COM1\r\n[other]\r\nURL=x\r\n[Tarnwick]\r\nCOMPORT=COM2\r\nDEBUGFILTER4=True\r\nunknown=1\r\n"
+      "debugfilter6 = true\r\nDEBUGFILTER10=TRUE\r\nMODELOVERRIDE=true\r\nBLOCKOVERRIDE=true\r\n"
+      "TYPEOVERRIDE=True\r\nURL=me:secret@Host\\p\\q\\f.txt\r\ncomport=com7\r\n[Tarnwick] x\r\nURL=y\r\n");
   EXPECT_EQ(link.TakeCalls(), "debugFilter 4;debugFilter 6;");
   DebugLog("a \xE4 % \r\n b");
   std::string lines;
