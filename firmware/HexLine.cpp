@@ -7,9 +7,26 @@ namespace {
 
 constexpr std::size_t kShortest = 11;
 
-/// Two digits as one byte; above 0xFF when one of them is no digit.
+/// Two digits as one byte, by both characters at once, the first one in the low half of the index;
+/// above 0xFF when one of them is no digit. Only what digits index is ever in the processor's cache.
+struct PairTable {
+  HexDigitValue values[0x10000];
+};
+constexpr PairTable kPairs = [] {
+  PairTable table{};
+  for (unsigned second = 0; second < 0x100; ++second) {
+    const unsigned low = kHexDigits[second];
+    for (unsigned first = 0; first < 0x100; ++first) {
+      table.values[second << 8 | first] = static_cast<HexDigitValue>(kHexDigits[first] * 0x10u | low);
+    }
+  }
+  return table;
+}();
+
 inline unsigned Pair(const char* digits) {
-  return (static_cast<unsigned>(HexDigit(digits[0])) << 4) | HexDigit(digits[1]);
+  const auto first = static_cast<unsigned char>(digits[0]);
+  const auto second = static_cast<unsigned char>(digits[1]);
+  return kPairs.values[first | second << 8];
 }
 
 }  // namespace

@@ -3,10 +3,17 @@
 #include <algorithm>
 
 namespace tarnwick {
+namespace {
+
+/// A record begins at byte 0xFFFF at the latest and holds 127 words at most.
+constexpr std::size_t kMostRuns = (0xFFFF / 2 + 127) / QalRun::kWords + 1;
+
+}  // namespace
 
 QalRun& QalImages::AddRun(std::size_t image, std::size_t index) {
   std::vector<std::uint32_t>& runs = mImages[image].Runs;
-  if (index >= runs.size()) runs.resize(index + 1);
+  // Grown by halves, but not beyond the last run that a record can reach.
+  if (index >= runs.size()) runs.resize(std::max(index + 1, std::min(index * 3 / 2, kMostRuns)));
   QalRun& run = mRuns.Add();
   runs[index] = static_cast<std::uint32_t>(mRuns.size());
   return run;
