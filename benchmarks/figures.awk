@@ -21,6 +21,7 @@ function row(what, ratio, bound, atLeast) {
 
 function has(name) { return (name, "real_time") in value }
 function wall(name) { return value[name, "real_time"] }
+function cpu(name) { return value[name, "cpu_time"] }
 function share(name, other) { return other > 0 ? name / other : 0 }
 
 function windows(    bare) {
@@ -47,6 +48,23 @@ function line(    speeds, i, speed, words) {
   row("requests on an unpaced line / of a bare loop", value["Unpaced", "share"], 0.6, 1)
 }
 
+function packages(    small, large) {
+  row("64 MB: srec_cat / qalinfo", share(wall("srec_cat/64MB"), wall("qalinfo/64MB")), 20, 1)
+  row("64 MB: objcopy / qalinfo", share(wall("objcopy/64MB"), wall("qalinfo/64MB")), 7, 1)
+  row("1 MB: srec_cat / qalinfo", share(wall("srec_cat/1MB"), wall("qalinfo/1MB")), 8, 1)
+  row("a 64 KB image: srec_cat / qalinfo", share(wall("srec_cat/image"), wall("qalinfo/image")), 1, 1)
+  row("a 64 KB image: objcopy / qalinfo", share(wall("objcopy/image"), wall("qalinfo/image")), 1, 1)
+  row("a 64 KB image: python3-intelhex / qalinfo", share(wall("intelhex/image"), wall("qalinfo/image")), 1, 1)
+  small = 65536
+  large = 268435456
+  row("peak memory of qalinfo / a file of 256 MB", share(value["memory", "peak"], large), 3)
+  row("64 KB: scan for line ends / load", share(cpu("scan/" small), cpu("load/" small)), 0.125, 1)
+  row("64 MB: scan for line ends / load", share(cpu("scan/67108864"), cpu("load/67108864")), 0.125, 1)
+  row("256 MB: scan for line ends / load", share(cpu("scan/" large), cpu("load/" large)), 0.125, 1)
+  row("a byte's load at 256 MB / at 64 KB", share(cpu("load/" large) / large, cpu("load/" small) / small), 1.25)
+  row("64 MB with 1,000 devices that want none / with 1", share(cpu("others:1000/67108864"), cpu("others:1/67108864")), 1.1)
+}
+
 END {
   if (failed) {
     printf("%s", failed)
@@ -54,4 +72,5 @@ END {
   }
   if (has("block")) windows()
   if (has("Unpaced")) line()
+  if (has("qalinfo/image")) packages()
 }
