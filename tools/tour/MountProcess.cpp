@@ -9,7 +9,7 @@ constexpr int kPatience = 5000;  // milliseconds
 
 }  // namespace
 
-MountProcess::~MountProcess() {
+void MountProcess::Stop() {
   mProcess.terminate();
   mProcess.waitForFinished(kPatience);
 }

@@ -11,9 +11,11 @@ namespace tarnwick::tour {
 
 class MountProcess {
  public:
-  ~MountProcess();
+  ~MountProcess() { Stop(); }
   /// Starts the mount and waits until it is ready. False when it does not come up.
   bool Start(const QString& program, const QStringList& arguments);
+  /// Ends the mount and takes its terminal away.
+  void Stop();
   /// Switches the simulated power off and on.
   void CyclePower() { Ask(QStringLiteral("power")); }
   /// Puts a device into a state: running, boot, program or silent.
