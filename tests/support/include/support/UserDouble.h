@@ -36,6 +36,7 @@ class UserDouble final : public ui::IUserInterface {
   }
   std::string InputBox(std::string_view prompt, std::string_view title, std::string_view proposed) override {
     inputs.push_back(std::string(title) + "|" + std::string(prompt) + "|" + std::string(proposed));
+    if (onInput) onInput();
     if (inputAnswers.empty()) return {};
     const std::string answer = inputAnswers.front();
     inputAnswers.pop_front();
@@ -58,6 +59,7 @@ class UserDouble final : public ui::IUserInterface {
   int pumps = 0;
   int beeps = 0;
   std::function<void()> onPump;
+  std::function<void()> onInput;
   std::function<void(const std::string&)> log;  ///< Told "box" and "pump", for tests of one recorded order.
 };
 

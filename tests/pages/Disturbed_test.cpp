@@ -1,0 +1,127 @@
+// The user does what can be done at every moment at which the program looks.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "PagesTest.h"
+#include "firmware/QALclass.h"
+#include "programmer/modProgrammer.h"
+
+namespace tarnwick::test {
+namespace {
+
+class Disturbed : public PagesTest {
+ public:
+  Disturbed() { Put("B.qal", PackageText(5, "5", kBoth)); }
+  /// The way through the program, told to `moment` before each round of events.
+  void Visit(const std::function<void()>& moment) {
+    Azm().state = Alt().state = Azm().bootVersion = Alt().bootVersion = 1;
+    if (gController == nullptr) Start();
+    while (Step() > 1) Click("cmdStepBack");
+    Calls();
+    onPump = [this, &moment] {
+      if (Wizard().Frozen() || stepping) moment();
+    };
+    for (const int step : {2, 3, 4}) {
+      stepping = true;
+      if (step == 3) Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM5"));
+      Click("cmdStepFwd");
+      stepping = false;
+      ASSERT_EQ(Step(), step);
+      if (step != 2) Click("cmdRefresh");
+      if (step == 3) ClickRow("lstFirmware", 1);
+    }
+    ClickRow("lstDevices", 0);
+    for (const char* const button : {"cmdVerify", "cmdProgram"}) Click(button);
+    onPump = {};
+  }
+  /// Everything that a user can try without meaning to stop anything.
+  void Fiddle() {
+    for (const char* const button : {"cmdStepFwd", "cmdStepFwd", "cmdStepBack", "cmdHelp"}) Click(button);
+    if (OnView("lstFirmware") && Wizard().Frozen()) ClickRow("lstFirmware", 0);
+    if (OnView("cmdProgram")) Click("cmdProgram");
+    Key(Qt::Key_Right, Qt::AltModifier);
+    Key(Qt::Key_Space);
+    if (gVerifying) return;
+    user.answers.assign(3, ui::Answer::No);
+    Key(Qt::Key_Escape);
+    Key(Qt::Key_Return);
+    window.close();
+    user.answers.clear();
+  }
+
+  bool stepping = false;
+};
+
+TEST_F(Disturbed, AtEveryMomentTheWorkIsDoneAllTheSame) {
+  Visit([] {});
+  const std::vector<std::string> undisturbed = Calls();
+  EXPECT_EQ(Said().size(), 2U);  // Identical, complete.
+  int moments = 0;
+  bool within = false;
+  Visit([&] {
+    if (std::exchange(within, true)) return;
+    ++moments;
+    Fiddle();
+    within = false;
+  });
+  EXPECT_GT(moments, 50);
+  EXPECT_EQ(Calls(), undisturbed);
+  EXPECT_EQ(gQAL->RealFilename(), folder / "MotorControllers/B.qal");
+  EXPECT_FALSE(ended);
+  ExpectAtRest();
+}
+
+TEST_F(Disturbed, StoppedAtAnyMomentARunLeavesThePageUsable) {
+  Start();
+  WalkTo(4);
+  ClickRow("lstDevices", 0);
+  for (const char* const button : {"cmdVerify", "cmdProgram"}) {
+    bool reached = true;
+    for (int moment = 1; reached; ++moment) {
+      Azm().state = Alt().state = 1;
+      Click("cmdRefresh");
+      reached = false;
+      onPump = [&, now = 0]() mutable {
+        if ((!gProgramming && !gVerifying) || ++now != moment) return;
+        reached = true;
+        window.close();
+      };
+      Click(button);
+      onPump = {};
+      ExpectAtRest();
+      EXPECT_EQ(gProgramming || gVerifying || ended, false);
+    }
+  }
+}
+
+TEST_F(Disturbed, LeavingAtAnyMomentEndsTheProgramAtOnce) {
+  // Each time in a process of its own, which is started anew: the toolkit has threads by now.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  constexpr int kLeft = 0, kVisited = 2, kFailed = 3;
+  // Settings are saved on the way out, but for a page that is still at work on its step.
+  program::SetEnd([this] {
+    const bool saved = std::filesystem::exists(folder / "Tarnwick.ini");
+    ::_exit(saved == !stepping && !HasFailure() ? kLeft : kFailed);
+  });
+  const auto leaveAt = [&](int moment) {
+    Visit([&, now = 0]() mutable {
+      if (gProgramming || gVerifying || ++now < moment) return;
+      window.close();
+      Key(Qt::Key_Escape);  // While it says that it is shutting down.
+      Key(Qt::Key_Return);
+    });
+    ::_exit(HasFailure() ? kFailed : kVisited);
+  };
+  int outcome = kLeft;
+  const auto sound = [&](int status) {
+    outcome = WIFEXITED(status) ? WEXITSTATUS(status) : kFailed;
+    return outcome != kFailed;
+  };
+  int moment = 0;
+  while (outcome == kLeft && ++moment < 50) EXPECT_EXIT(leaveAt(moment), sound, "") << moment;
+  EXPECT_EQ(outcome, kVisited);
+  EXPECT_GT(moment, 15);
+}
+
+}  // namespace
+}  // namespace tarnwick::test

@@ -1,0 +1,165 @@
+// Every message of the pages, brought up through the window. After each the page can be used.
+#include "PagesTest.h"
+#include "programmer/modProgrammer.h"
+
+namespace tarnwick::test {
+namespace {
+
+using Boxes = std::vector<std::string>;
+
+class Messages : public PagesTest {
+ public:
+  /// A press of Next is refused with `boxes`, and so is the next one.
+  void Refused(const Boxes& boxes, int step) {
+    for (int press = 1; press <= 2; ++press) {
+      Click("cmdStepFwd");
+      EXPECT_EQ(Said(), boxes);
+      EXPECT_EQ(Step(), step) << testing::PrintToString(boxes);
+      ExpectAtRest();
+    }
+  }
+  /// As `Refused` on the port page; `closed` tells whether the port is closed again.
+  void NotConnected(const Boxes& boxes, bool closed) {
+    Refused(boxes, 2);
+    EXPECT_EQ(Calls().back() == "initSerial ", closed) << testing::PrintToString(boxes);
+    EXPECT_EQ(gComPort, "COM5");
+  }
+  /// The button, with that row of the list chosen (-1: none yet), brings up `boxes`.
+  void Run(const char* button, int row, const Boxes& boxes) {
+    if (row >= 0) ClickRow("lstDevices", row);
+    Click(button);
+    EXPECT_EQ(Said(), boxes);
+    ExpectAtRest();
+  }
+  /// The terminate button is pressed once in the next run, and a question answered.
+  void StopNextRun(ui::Answer answer) {
+    onPump = [this, answer, pressed = false]() mutable {
+      if (!(gProgramming || gVerifying) || std::exchange(pressed, true)) return;
+      user.answers = {answer};
+      Click("cmdTerminate");
+      EXPECT_EQ(Live("cmdTerminate"), answer == ui::Answer::No);
+      user.answers.clear();
+    };
+  }
+};
+
+TEST_F(Messages, OfTheConnection) {
+  Start();
+  WalkTo(2);
+  Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM5"));
+  const std::map<std::int32_t, Boxes> results{{-1, {"Ok !|Error Opening COM5"}},
+                                              {-2, {"Ok !|No Telescope found on COM5"}},
+                                              {-8, {"Ok !|No Telescope found on COM5"}},
+                                              {-9, {}},
+                                              {1, {}}};
+  for (const auto& [result, boxes] : results) {
+    link.openResult = result;
+    NotConnected(boxes, false);
+  }
+  link.openResult = link.skelmirraResult = 0;
+  link.serialMode = 2;
+  NotConnected({"Ok !|Tarnwick should not be connected to the Skelmirra virtual port.\r\nMake a direction "
+                "connection to a real hand control instead."},
+               true);
+  link.skelmirraResult = link.upgradeSupportResult = 1;
+  NotConnected({"Ok !|Hand control firmware does not support upgrade interface.\r\nUse your mount's PC Port "
+                "or update the hand control to the latest version."},
+               true);
+  link.upgradeSupportResult = Azm().state = Alt().state = 0;
+  NotConnected({"Ok !|Error - No Devices found on COM5"}, true);
+  const Boxes tooOld{
+      "Ok X|Error - Version of Motor Controller does not support Upgrading!\r\n\r\nContact Halcyrion for a "
+      "replacement Motor Controller Board"};
+  Alt() = {.state = 1, .major = 2, .minor = 99, .model = 1};
+  NotConnected(tooOld, false);
+  Azm() = {.state = 1, .minor = 1, .model = 1};
+  Alt().state = 0;
+  NotConnected(tooOld, false);
+  // Not too old: version not known, exactly 3, another model. One device that answers is enough.
+  for (const auto& [major, model] : {std::pair{0, 1}, {3, 1}, {2, 2}}) {
+    Azm() = {.state = 1, .major = major, .model = model};
+    Click("cmdStepFwd");
+    EXPECT_EQ(Step(), 3) << major << " " << model;
+    Click("cmdStepBack");
+  }
+  EXPECT_EQ(Said(), Boxes());
+}
+
+TEST_F(Messages, OfTheFirmwarePage) {
+  Start();
+  WalkTo(3, "None");
+  Refused({"Ok !|No COM port was specified!"}, 3);
+  Click("cmdStepBack");
+  WalkTo(3);
+  const std::map<std::string, std::string> packages{
+      {PackageText(6, "5", kBoth), "QAL file Model doesn't match Model on Motor Controller!"},
+      {PackageText(5, "6", kBoth), "QAL file HwRev doesn't match Model on Motor Controller!"},
+      {PackageText(5, "5", {{"Foc", 18, CountedWords(3)}}), "No matching devices found in firmware file"},
+      {kBroken, kBrokenError}};
+  for (const auto& [package, text] : packages) {
+    Put("A.qal", package);
+    Refused({"Ok !|" + text}, 3);
+  }
+  ClickRow("lstFirmware", 0, Qt::ControlModifier);
+  Refused({"Ok !|Please choose a firmware file"}, 3);
+  Click("cmdStepBack");
+  std::filesystem::remove(folder / "MotorControllers/A.qal");
+  WalkTo(3);
+  Refused({"Ok !|There are no firmware files available.\r\nPlease use Web Updates to download new firmware."},
+          3);
+  Click("cmdStepBack");
+  Put("A.qal", PackageText(5, "5", kBoth));
+  Azm().state = Alt().state = 2;
+  WalkTo(3);
+  user.answers = {ui::Answer::No, ui::Answer::No};
+  Refused(
+      {"YesNo !|Warning: Motor Controller model can not be determined.\r\n\r\nEnsure that the appropriate "
+       "firmware is selected for the device being upgraded.\r\n\r\nChoosing an incorrect model can cause "
+       "the mount to become unusable --\r\n\r\ncontact Halcyrion technical support if you are "
+       "unsure.\r\n\r\nDo you wish to continue?"},
+      3);
+  WalkTo(4);  // Yes this time.
+}
+
+TEST_F(Messages, OfTheProgrammingPage) {
+  Start();
+  WalkTo(4);
+  for (const char* const button : {"cmdProgram", "cmdVerify"}) {
+    const int pumps = user.pumps;
+    Run(button, -1, {"Ok !|Please choose a Device"});
+    EXPECT_EQ(user.pumps, pumps);  // Never frozen.
+  }
+  Run("cmdVerify", 0, {"Ok i|Contents are Identical"});
+  StopNextRun(ui::Answer::Ok);
+  Run("cmdVerify", 0, {"Ok !|Verify cancelled by user"});
+  Alt().memory[3] = 1;
+  Run("cmdVerify", 0, {"Ok !|Found Difference at Address: 3\r\n\r\nValue of 1 should be 8451"});
+  Alt().memory.erase(3);
+  const std::string failed = "RetryCancel !|Error Verifying Data at Address: 3";
+  user.answers = {ui::Answer::Retry, ui::Answer::Cancel};
+  Run("cmdVerify", 2, {failed, failed, "Ok !|Verify Cancelled by User"});
+  Alt().memory.clear();
+  Run("cmdVerify", 0, {"Ok !|ALT(DEC) Motor: Verify not supported for this version"});
+  Azm().minor = 14;
+  Click("cmdRefresh");
+  Run("cmdVerify", 0, {"Ok !|AZM(RA) Motor: Cannot Verify if Version Different!"});
+  const std::string question =
+      "YesNo X|Cancelling Programming at this stage would leave the device in Program mode\r\nmaking the "
+      "firmware unusable until reprogrammed!\r\n\r\nAre you sure you want to Cancel Programming?";
+  StopNextRun(ui::Answer::No);
+  Run("cmdProgram", 1,
+      {question,
+       "Ok i|Programming Complete\r\n\r\nCycle the power on the telescope at this point, then press "
+       "Ok.\r\nThe "
+       "controller(s) programmed should then be in Running State and\r\nthe proper Version displayed."});
+  Run("cmdVerify", 1, {"Ok !|AZM(RA) Motor: Verify unsupported when firmware in State: Boot Mode"});
+  StopNextRun(ui::Answer::Yes);
+  Run("cmdProgram", 1, {question});
+  onPump = [this] {  // A cancel that comes after the last block was sent.
+    if (link.calls.back() == "endProgramming 17") gCancelProgram = true;
+  };
+  Run("cmdProgram", 2, {});
+}
+
+}  // namespace
+}  // namespace tarnwick::test
