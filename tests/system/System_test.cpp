@@ -1,0 +1,255 @@
+// The real program over the real link library and the mount's process, in bad luck.
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "link/LinkLibrary.h"
+#include "programmer/modProgrammer.h"
+#include "settings/Settings.h"
+#include "support/PackageText.h"
+#include "support/ProgramTest.h"
+#include "support/ReadOnlyFolder.h"
+#include "tour/MountProcess.h"
+
+namespace tarnwick::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+namespace fs = std::filesystem;
+
+constexpr std::int32_t kAzimuth = 16;
+constexpr std::int32_t kAltitude = 17;
+
+/// What a simulated controller of revision 2 with version 4.02 comes with.
+ImageWords FactoryImage(std::int32_t words) {
+  ImageWords image;
+  for (std::int32_t word = 0; word < words; ++word) image[word] = 0x1000 + word * 7;
+  image[8] = 0x1A5A;
+  image[9] = 0x25A5;
+  image[10] = 4;
+  image[11] = 2;
+  return image;
+}
+
+class System : public ProgramTest {
+ public:
+  System() {
+    fs::copy(TARNWICK_LIBRARY, Library());
+    const PackageDevice azm{"Azm", kAzimuth, FactoryImage(52), "0402"};
+    WriteFile(folder / "MotorControllers/A.qal",
+              PackageText(5, "", {azm, {"Alt", kAltitude, azm.words, "0402"}}));
+  }
+  ~System() override { UninstallLink(); }
+  /// Loads the link library as it lies in the folder now.
+  void Load() {
+    UninstallLink();
+    library = LoadLinkLibrary(Library());
+    InstallLink(*library);
+  }
+  void StartWithMount() {
+    ASSERT_TRUE(mount.Start(QStringLiteral(TARNWICK_MOUNT),
+                            {QStringLiteral("--link"), QString::fromStdString(folder / "ports/COM5")}));
+    Load();
+    Start();
+  }
+  /// Answers Yes to the question whether to exit.
+  void Leave() {
+    user.answers = {ui::Answer::Yes};
+    window.close();
+    EXPECT_TRUE(ended);
+  }
+  fs::path Library() const { return folder / "Tarnwick.so"; }
+
+  std::unique_ptr<ILinkLibrary> library;
+  tour::MountProcess mount;
+};
+
+TEST_F(System, WithoutAUsableLinkLibraryTheProgramStartsAndOpeningAPortSaysSo) {
+  fs::create_symlink("/dev/null", folder / "ports/COM5");
+  const std::string whole = ReadFile(Library());
+  std::string lacking = whole;
+  lacking.replace(lacking.find("_lockHc"), 7, "_lackHc");
+  Load();
+  Start();
+  WalkTo(2);
+  Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM5"));
+  for (const std::string& content :
+       {std::string(), std::string("no library"), whole.substr(0, 5000), lacking}) {
+    UninstallLink();
+    library.reset();
+    fs::remove(Library());
+    if (!content.empty()) WriteFile(Library(), content);
+    Load();
+    Click("cmdStepFwd");
+    EXPECT_THAT(Said(), ElementsAre("Ok !|Error Opening COM5")) << content.size();
+    EXPECT_EQ(Step(), 2);
+    ExpectAtRest();
+  }
+  Find<QComboBox>("cboComPort").setCurrentIndex(0);
+  WalkTo(3, "None");
+  EXPECT_THAT(Text("txtStatus"), HasSubstr("DLL Version: 0.0.0"));
+}
+
+TEST_F(System, AReadOnlyFolderIsNoHindrance) {
+  WriteFile(folder / "Tarnwick.ini", "[TARNWICK]\r\nCOMport = COM3\r\n");
+  fs::remove_all(folder / "MotorControllers");
+  const ReadOnlyFolder lock(folder.Path());
+  Load();
+  Start();
+  WalkTo(3, "None");
+  EXPECT_THAT(Items("lstFirmware"), ElementsAre());
+  Leave();
+  EXPECT_EQ(ReadFile(folder / "Tarnwick.ini"), "[TARNWICK]\r\nCOMport = COM3\r\n");
+}
+
+TEST_F(System, SettingsThatCannotBeReadAreKeptAside) {
+  WriteFile(folder / "Tarnwick.ini", "[TARNWICK]\r\nTypeOverride = True\r\n");
+  fs::resize_file(folder / "Tarnwick.ini", 100 << 20);
+  Load();
+  Start();
+  EXPECT_FALSE(gTypeOverride);
+  Leave();
+  EXPECT_EQ(fs::file_size(folder / "Tarnwick.ini.old"), 100u << 20);
+  EXPECT_THAT(ReadFile(folder / "Tarnwick.ini"), StartsWith("[TARNWICK]\r\n"));
+}
+
+TEST_F(System, ManyAndLargeAndVanishedPackages) {
+  const std::string fits = ReadFile(folder / "MotorControllers/A.qal");
+  for (int i = 10000; i < 20000; ++i)
+    WriteFile(folder / "MotorControllers" / ("p" + std::to_string(i) + ".qal"), "");
+  std::string large = fits;
+  while (large.size() < (64u << 20)) large += std::string(998, ';') + "\r\n";
+  WriteFile(folder / "MotorControllers/B.qal", large);
+  StartWithMount();
+  WalkTo(3);
+  EXPECT_EQ(Items("lstFirmware").size(), 10002U);
+  ClickRow("lstFirmware", 10001);
+  Click("cmdStepFwd");
+  EXPECT_THAT(Said(), ElementsAre("Ok !|No matching devices found in firmware file"));
+  fs::remove(folder / "MotorControllers/A.qal");
+  ClickRow("lstFirmware", 0);
+  EXPECT_EQ(Text("txtFirmware"), "Error 1 : QAL File Not Found at Line 0");
+  Click("cmdStepFwd");
+  EXPECT_THAT(Said(), ElementsAre("Ok !|Error 1 : QAL File Not Found at Line 0"));
+  ExpectAtRest();
+  ClickRow("lstFirmware", 1);
+  Click("cmdStepFwd");
+  EXPECT_EQ(Step(), 4) << testing::PrintToString(Said());
+  Leave();
+}
+
+struct Silence {
+  const char* button;
+  const char* progress;  ///< Falls silent when this shows ...
+  int round;  ///< ... for the nth round of events; 0 before the click, -1 at the question for blocks.
+  std::vector<std::string> said;
+};
+
+TEST_F(System, ADeviceThatFallsSilentAnywhereInARunGivesThatStepsMessage) {
+  WriteFile(folder / "Tarnwick.ini", "[TARNWICK]\r\nBlockOverride = True\r\n");
+  StartWithMount();
+  WalkTo(4);
+  ClickRow("lstDevices", 1);
+  const char* const kFirst = "Programming: Azm : 0%";
+  const std::vector<Silence> rows{
+      {"cmdVerify", "", 0, {"Ok !|AZM(RA) Motor: Verify not supported for this version"}},
+      {"cmdVerify",
+       "Verifying: Azm : 0%",
+       1,
+       {"RetryCancel !|Error Verifying Data at Address: 0", "Ok !|Verify Cancelled by User"}},
+      {"cmdProgram", "", 0, {"YesNo !|[AZM(RA) Motor] Warning", "Ok !|No response from MC"}},
+      {"cmdProgram", kFirst, 1, {"Ok !|Unable to enter boot."}},
+      {"cmdProgram", kFirst, -1, {"Ok !|Unable to start programming."}},
+      {"cmdProgram",
+       kFirst,
+       3,
+       {"YesNo X|An Error occurred Programming Data at Address: 0", "Ok !|Programming Cancelled by User"}},
+      {"cmdProgram", "Programming: Azm : 98%", 2, {"Ok !|Unable to end programming."}}};
+  for (const Silence& row : rows) {
+    SCOPED_TRACE(row.said.back());
+    const auto silence = [&] { mount.State(kAzimuth, "silent"); };
+    if (row.round == 0) silence();
+    if (row.round < 0) user.onInput = silence;
+    int rounds = 0;
+    onPump = [&] {
+      if (row.round > 0 && Progress() == row.progress && ++rounds == row.round) silence();
+    };
+    user.log = [&](const std::string& line) {
+      if (line == "box") mount.State(kAzimuth, "running");  // So that the rest costs no time.
+    };
+    user.inputAnswers = {"2"};
+    user.answers = {row.round == 0 ? ui::Answer::Yes : ui::Answer::No};
+    Click(row.button);
+    onPump = user.onInput = {};
+    user.log = {};
+    const std::vector<std::string> said = Said();
+    ASSERT_EQ(said.size(), row.said.size()) << testing::PrintToString(said);
+    for (std::size_t i = 0; i < said.size(); ++i) EXPECT_THAT(said[i], StartsWith(row.said[i]));
+    ExpectAtRest();
+  }
+}
+
+TEST_F(System, AMountThatIsGoneIsToldOnThePortPage) {
+  StartWithMount();
+  WalkTo(2);
+  mount.State(kAzimuth, "silent");
+  mount.State(kAltitude, "silent");
+  Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM5"));
+  Click("cmdStepFwd");
+  EXPECT_THAT(Said(), ElementsAre("Ok !|Error - No Devices found on COM5"));
+  mount.Stop();
+  Click("cmdStepFwd");
+  EXPECT_THAT(Said(), ElementsAre("Ok !|Error Opening COM5"));
+  ExpectAtRest();
+}
+
+TEST_F(System, AKillWhileSettingsAreSavedLeavesTheOldOrTheNewOnes) {
+  const auto save = [](int number) {
+    gURL = std::string(20000, static_cast<char>('a' + number));
+    SaveSettings();
+  };
+  Load();
+  std::vector<std::string> wanted;
+  for (const int number : {1, 2}) {
+    save(number);
+    wanted.push_back(ReadFile(folder / "Tarnwick.ini"));
+  }
+  for (int kill = 0; kill < 40; ++kill) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      for (;;) save(1), save(2);
+    }
+    ::usleep(static_cast<useconds_t>(1000 + 137 * kill));
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+    EXPECT_THAT(wanted, testing::Contains(ReadFile(folder / "Tarnwick.ini")));
+  }
+}
+
+TEST(Program, RunsWhereItFindsNoLibraryAndCanWriteNothing) {
+  const TempFolder folder, start;
+  fs::copy(TARNWICK_PROGRAM, folder / "Tarnwick");
+  WriteFile(folder / "Tarnwick.ini", "[TARNWICK]\r\nDebugFilter10 = True\r\n");
+  fs::permissions(folder.Path(), fs::perms{0555});
+  fs::permissions(start.Path(), fs::perms::all);
+  QProcess process;
+  process.setWorkingDirectory(QString::fromStdString(start.Path()));
+  process.setChildProcessModifier([] {  // Root, whom no mode stops, becomes nobody.
+    if (::geteuid() == 0 && ::setuid(65534) != 0) ::_exit(1);
+  });
+  process.start(QString::fromStdString(folder / "Tarnwick"), QStringList());
+  const auto started = [&] {
+    return ReadFile(start / "debugexe.txt").find("DomainDir") != std::string::npos;
+  };
+  EXPECT_TRUE(QTest::qWaitFor(started, 20000));
+  EXPECT_FALSE(process.waitForFinished(300));
+  process.kill();
+  process.waitForFinished();
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 2);
+  fs::permissions(folder.Path(), fs::perms::owner_all);
+}
+
+}  // namespace
+}  // namespace tarnwick::test
