@@ -10,7 +10,7 @@ namespace {
 
 /// A value is found from the mark before it, so that going through a list of any length costs no more
 /// than its text.
-constexpr std::int32_t kFieldsPerMark = 16;
+constexpr std::int32_t kFieldsPerMark = 64;
 
 }  // namespace
 

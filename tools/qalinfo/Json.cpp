@@ -42,10 +42,23 @@ class JsonLine {
     Plain({digits.data(), result.ptr});
   }
   /// A text in Windows-1252.
-  void Value(const std::string& value) { Utf8(text::ToUtf8(value)); }
-  void Utf8(std::string_view text);
+  void Value(const std::string& value) {
+    Separate();
+    std::fputc('"', mOut);
+    for (std::size_t at = 0; at < value.size(); at += kTextPart) {
+      Escape(text::ToUtf8(std::string_view(value).substr(at, kTextPart)));
+    }
+    std::fputc('"', mOut);
+  }
+  void Utf8(std::string_view text) {
+    Separate();
+    std::fputc('"', mOut);
+    Escape(text);
+    std::fputc('"', mOut);
+  }
 
  private:
+  void Escape(std::string_view text);
   void Separate() {
     if (!mFirst) std::fputc(',', mOut);
     mFirst = false;
@@ -59,9 +72,7 @@ class JsonLine {
   bool mFirst = true;
 };
 
-void JsonLine::Utf8(std::string_view text) {
-  Separate();
-  std::fputc('"', mOut);
+void JsonLine::Escape(std::string_view text) {
   for (const char c : text) {
     if (c == '"' || c == '\\') {
       std::fprintf(mOut, "\\%c", c);
@@ -71,7 +82,6 @@ void JsonLine::Utf8(std::string_view text) {
       std::fputc(c, mOut);
     }
   }
-  std::fputc('"', mOut);
 }
 
 void WriteDevice(JsonLine& json, const QALclass& package, std::int32_t device, ImageIndex& images) {

@@ -11,39 +11,44 @@ namespace tarnwick::qalinfo {
 namespace {
 
 /// As UTF-8, with a "?" for each control character: a package must not steer a terminal.
-std::string Shown(std::string_view value) {
-  std::string harmless(value);
-  const auto isControl = [](char byte) {
-    const char16_t character = text::ToUnicode(byte);
-    return character < 0x20 || (character >= 0x7F && character < 0xA0);
-  };
-  std::replace_if(harmless.begin(), harmless.end(), isControl, '?');
-  return text::ToUtf8(harmless);
+void Put(std::FILE* out, const std::string& value) {
+  for (std::size_t at = 0; at < value.size(); at += kTextPart) {
+    std::string part = value.substr(at, kTextPart);
+    const auto isControl = [](char byte) {
+      const char16_t character = text::ToUnicode(byte);
+      return character < 0x20 || (character >= 0x7F && character < 0xA0);
+    };
+    std::replace_if(part.begin(), part.end(), isControl, '?');
+    std::fputs(text::ToUtf8(part).c_str(), out);
+  }
 }
 
 void Line(std::FILE* out, const char* what, const std::string& value) {
-  std::fprintf(out, "  %-19s %s\n", what, value.c_str());
+  std::fprintf(out, "  %-19s ", what);
+  Put(out, value);
+  std::fputc('\n', out);
 }
 
 void WriteHeader(std::FILE* out, const QALclass& package) {
   char version[32];
   std::snprintf(version, sizeof version, "%.1f", package.FileVersion());
   Line(out, "Format version", version);
-  Line(out, "File name", Shown(package.Filename()));
-  Line(out, "File date", Shown(package.FileDate()));
-  Line(out, "Comments", Shown(package.Comments()));
-  Line(out, "Model", std::to_string(package.ModelNumber()) + " " + Shown(package.ModelName()));
-  Line(out, "Hardware revisions", package.HwRevCount() == 0 ? "none listed" : Shown(package.HwRev()));
+  Line(out, "File name", package.Filename());
+  Line(out, "File date", package.FileDate());
+  Line(out, "Comments", package.Comments());
+  Line(out, "Model", std::to_string(package.ModelNumber()) + " " + package.ModelName());
+  Line(out, "Hardware revisions", package.HwRevCount() == 0 ? "none listed" : package.HwRev());
   Line(out, "Devices", std::to_string(package.Devices()));
 }
 
 void WriteDevices(std::FILE* out, const QALclass& package) {
   ImageIndex images(package);
   for (std::int32_t device = 1; device <= package.Devices(); ++device) {
-    std::fprintf(out, "    %d: %s, address %d, record id %s, version %s", device,
-                 Shown(package.DeviceName(device)).c_str(), package.DeviceAddress(device),
-                 Shown(package.DeviceRecordID(device)).c_str(),
-                 text::Fixed2(package.DeviceVersion(device)).c_str());
+    std::fprintf(out, "    %d: ", device);
+    Put(out, package.DeviceName(device));
+    std::fprintf(out, ", address %d, record id ", package.DeviceAddress(device));
+    Put(out, package.DeviceRecordID(device));
+    std::fprintf(out, ", version %s", text::Fixed2(package.DeviceVersion(device)).c_str());
     if (!package.ErrorsFound()) {
       std::fprintf(out, ", %d words, %d of them padded", package.DeviceWords(device) + 1,
                    images.Padded(device));

@@ -49,7 +49,7 @@ class QalRevisions {
 
  private:
   std::string mText;
-  std::vector<std::size_t> mMarks;  ///< Where each sixteenth field begins.
+  std::vector<std::size_t> mMarks;  ///< Where each 64th field begins.
   std::int32_t mCount = 0;
 };
 
