@@ -17,15 +17,11 @@ constexpr wire::Duration kLongestCall = std::chrono::seconds(5);
 constexpr std::array<std::size_t, 3> kSizes = {1, 2, 4};
 constexpr std::int32_t kDevice = 16;
 
+bool gTerminal = false;
 std::map<std::string, std::string> gOptions = {{"--seed", "1"}, {"--runs", "1000000"}};
 
 Number OptionNumber(const std::string& name) {
   return static_cast<Number>(std::stoul(gOptions[name]));
-}
-
-/// Whether a pulled cable takes the port away; else it is silence, and nobody opens the port again.
-bool HangsUp(Number run) {
-  return run / 2 % 2 == 0;
 }
 
 struct Sample {
@@ -43,31 +39,35 @@ struct Sample {
   std::string dump;  ///< As the mount tells its memory when it holds the words.
 };
 
+const Sample gSample;
+
 struct Run {
-  Run(Rig& itsRig, const Sample& itsSample, Number itsNumber, Number seed)
-      : rig(itsRig), sample(itsSample), number(itsNumber) {
-    dice.Seed(seed);
+  Run(Number n, Number seed) : number(n) {
+    const int revision = (n + n / 6) % 2 == 0 ? 2 : 5;
+    if (gTerminal) rig = std::make_unique<TerminalRig>(TARNWICK_MOUNT, revision);
+    if (!gTerminal) rig = std::make_unique<VirtualRig>(revision, hangsUp);
+    dice.Seed(seed * 1'000'003U + n);
     Play("fault seed " + to_string(dice.Below(1U << 30)));
     if (dice.Below(2) == 1) Play("hand-control real");
   }
   void Play(const std::string& command) {
-    if (rig.Ask(command) != "ok\n") wrong = "cannot play " + command;
+    if (rig->Ask(command) != "ok\n") wrong = "cannot play " + command;
   }
   template <class... Parameters, class... Arguments>
   std::int32_t Call(std::int32_t (Library::*function)(Parameters...), Arguments... arguments) {
-    const wire::Duration begin = rig.clock.Now();
-    const std::int32_t result = (rig.library.*function)(arguments...);
-    longest = std::max(longest, rig.clock.Now() - begin);
+    const wire::Duration begin = rig->clock.Now();
+    const std::int32_t result = (rig->library.*function)(arguments...);
+    longest = std::max(longest, rig->clock.Now() - begin);
     return result;
   }
-  std::size_t Blocks() const { return sample.words.size() / size; }
+  std::size_t Blocks() const { return gSample.words.size() / size; }
   std::int32_t State() { return Call(&Library::GetState, kDevice, &version, &version); }
   bool Open() { return Call(&Library::InitSerial, "COM5") == 0; }
 
   /// The whole way as the program goes it, without its boxes; `before` is asked before each block. False
   /// when a call failed. A success that the memory does not bear out is wrong.
   bool Program(const std::function<void(std::size_t)>& before = {}) {
-    rig.library.LockHandControl();
+    rig->library.LockHandControl();
     const std::int32_t state = State();
     std::int32_t revision = 0;
     if (state == 0 || (state == 1 && Call(&Library::GetRevision, kDevice, &revision) == 0)) return false;
@@ -79,20 +79,20 @@ struct Run {
       const auto w = static_cast<std::int32_t>(block * size);
       std::vector<std::int32_t> packet = {w / 256, w % 256};
       for (std::size_t i = block * size; i < (block + 1) * size; ++i)
-        packet.insert(packet.end(), {sample.words[i] & 0xFF, sample.words[i] >> 8});
+        packet.insert(packet.end(), {gSample.words[i] & 0xFF, gSample.words[i] >> 8});
       if (before) before(block);
       const auto count = static_cast<std::int32_t>(packet.size());
       if (Call(&Library::SendData, kDevice, count, packet.data()) == 0) return false;
     }
     if (Call(&Library::EndProgramming, kDevice) == 0) return false;
-    if (rig.Ask("dump 16 " + to_string(sample.words.size())) != sample.dump) wrong = "a wrong word";
-    if (rig.Ask("state").find("complete=yes") == std::string::npos) wrong = "an incomplete image";
+    if (rig->Ask("dump 16 " + to_string(gSample.words.size())) != gSample.dump) wrong = "a wrong word";
+    if (rig->Ask("state").find("complete=yes") == std::string::npos) wrong = "an incomplete image";
     return true;
   }
 
-  Rig& rig;
-  const Sample& sample;
   const Number number;
+  const bool hangsUp = number / 2 % 2 == 0;  ///< A pulled cable takes the port away; else it is silence.
+  std::unique_ptr<Rig> rig;
   mount::Dice dice;
   std::size_t size = kSizes[number % kSizes.size()];  ///< Words in a block.
   wire::Duration longest{};                           ///< The longest call of the library.
@@ -134,7 +134,7 @@ bool PlayCable(Run& run) {
   });
   run.Play("fault none");
   run.Play("plug");
-  return (!HangsUp(run.number) || run.Open()) && done;
+  return (!run.hangsUp || run.Open()) && done;
 }
 
 using Play = std::function<bool(Run&)>;
@@ -186,41 +186,35 @@ std::vector<Campaign> Campaigns() {
 }
 
 /// Plays one campaign and tells its totals. False when it failed.
-bool PlayAll(const Campaign& campaign, const Sample& sample, bool terminal) {
-  const auto seed = OptionNumber("--seed");
-  const Number runs = gOptions.contains("--run") ? 1 : std::min(OptionNumber("--runs"), campaign.runs);
+bool PlayAll(const Campaign& campaign) {
+  const bool one = gOptions.contains("--run");
+  const Number runs = one ? 1 : std::min(OptionNumber("--runs"), campaign.runs);
   Number completed = 0;
   Number bad = 0;
   wire::Duration longest{};
   mount::Dice draw;
-  draw.Seed(seed);
+  draw.Seed(OptionNumber("--seed"));
   for (Number i = 0; i < runs; ++i) {
-    Number n = runs == campaign.runs ? i : draw.Below(campaign.runs);
-    if (gOptions.contains("--run")) n = OptionNumber("--run");
-    const int revision = n % 2 == 0 ? 2 : 5;
-    std::unique_ptr<Rig> rig;
-    if (terminal) rig = std::make_unique<TerminalRig>(TARNWICK_MOUNT, revision);
-    if (!terminal) rig = std::make_unique<VirtualRig>(revision, HangsUp(n));
-    Run run(*rig, sample, n, seed * 1'000'003U + n);
+    const Number drawn = runs == campaign.runs ? i : draw.Below(campaign.runs);
+    Run run(one ? OptionNumber("--run") : drawn, OptionNumber("--seed"));
     const bool complete = campaign.play(run);
     run.Play("fault none");
-    const bool recovered = complete || ((rig->library.SerialMode() != 0 || run.Open()) && run.Program());
-    if (!recovered) run.wrong = "no recovery";
+    const bool open = complete || run.rig->library.SerialMode() != 0 || run.Open();
+    if (!complete && !(open && run.Program())) run.wrong = "no recovery";
     if (!complete && campaign.complete == 1) run.wrong = "not completed";
     if (run.longest > kLongestCall) run.wrong = "a call of more than 5 seconds";
-    if (!run.wrong.empty())
-      std::cout << run.wrong << "; repeat: link-campaign" << (terminal ? " --terminal" : "") << " --seed "
-                << seed << " --only '" << campaign.name << "' --run " << n << std::endl;
-    completed += complete ? 1 : 0;
+    completed += complete && run.wrong.empty() ? 1 : 0;
     bad += run.wrong.empty() ? 0 : 1;
     longest = std::max(longest, run.longest);
+    if (!run.wrong.empty())
+      std::cout << run.wrong << "; repeat: link-campaign --seed " << gOptions["--seed"] << " --only '"
+                << campaign.name << "' --run " << run.number << (gTerminal ? " --terminal" : "") << std::endl;
   }
   const bool good = bad == 0 && completed >= campaign.complete * runs;
   std::printf("%-14s %5u runs: %5u done at once, %5u recovered, %u bad; longest call %.2f s%s\n",
-              campaign.name.c_str(), runs, completed, runs - completed, bad,
+              campaign.name.c_str(), runs, completed, runs - completed - bad, bad,
               static_cast<double>(longest.count()) / 1e6, good ? "" : "  FAILED");
-  std::fflush(stdout);
-  return good;
+  return std::fflush(stdout) == 0 && good;
 }
 
 }  // namespace
@@ -229,14 +223,13 @@ bool PlayAll(const Campaign& campaign, const Sample& sample, bool terminal) {
 int main(int argc, char** argv) {
   using namespace tarnwick::campaign;
   for (int i = 1; i + 1 < argc; i += 2) gOptions[argv[i]] = argv[i + 1];
-  const bool terminal = argc % 2 == 0 && argv[argc - 1] == std::string("--terminal");
-  const Sample sample;
+  gTerminal = argc % 2 == 0 && argv[argc - 1] == std::string("--terminal");
   const std::string only = "," + gOptions["--only"] + ",";
-  std::cout << "link-campaign: seed " << gOptions["--seed"] << ", " << sample.words.size() << " words, "
-            << (terminal ? "pseudo terminal" : "virtual time") << std::endl;
-  bool good = sample.words.size() >= 256;
+  std::cout << "link-campaign: seed " << gOptions["--seed"] << ", " << gSample.words.size() << " words, "
+            << (gTerminal ? "pseudo terminal" : "virtual time") << std::endl;
+  bool good = gSample.words.size() >= 256;
   for (const Campaign& campaign : Campaigns())
     if (only == ",," || only.find("," + campaign.name + ",") != std::string::npos)
-      good = PlayAll(campaign, sample, terminal) && good;
+      good = PlayAll(campaign) && good;
   return good ? 0 : 1;
 }
