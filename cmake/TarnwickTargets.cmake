@@ -46,7 +46,7 @@ function(tarnwick_test name)
   target_link_libraries(${name} PRIVATE ${ARG_LINKS} GTest::gmock)
   add_test(NAME ${name} COMMAND ${name})
   if(NOT ARG_TIMEOUT)
-    set(ARG_TIMEOUT 120)
+    set(ARG_TIMEOUT 600)
   endif()
   set_tests_properties(${name} PROPERTIES
     ENVIRONMENT "QT_QPA_PLATFORM=offscreen;TZ=UTC" TIMEOUT ${ARG_TIMEOUT})
