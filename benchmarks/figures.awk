@@ -62,7 +62,7 @@ function packages(    small, large) {
   row("64 MB: scan for line ends / load", share(cpu("scan/67108864"), cpu("load/67108864")), 0.125, 1)
   row("256 MB: scan for line ends / load", share(cpu("scan/" large), cpu("load/" large)), 0.125, 1)
   row("a byte's load at 256 MB / at 64 KB", share(cpu("load/" large) / large, cpu("load/" small) / small), 1.25)
-  row("64 MB with 1,000 devices that want none / with 1", share(cpu("others:1000/67108864"), cpu("others:1/67108864")), 1.1)
+  row("16 MB with 1,000 devices that want none / with 1", share(cpu("others:1000/16777216"), cpu("others:1/16777216")), 1.1)
 }
 
 END {

@@ -162,9 +162,9 @@ void RegisterLoads() {
   }
   for (const int others : {1, 1000}) {
     benchmark::RegisterBenchmark(("others:" + std::to_string(others)).c_str(), Load, others)
-        ->Arg(64 * kMega)
+        ->Arg(16 * kMega)
         ->Iterations(1)
-        ->Repetitions(15);
+        ->Repetitions(101);
   }
 }
 
