@@ -5,7 +5,7 @@
 #include <QHBoxLayout>
 
 #include "Controls.h"
-#include "PackageFolder.h"
+#include "firmware/PackageFolder.h"
 #include "firmware/QALclass.h"
 #include "link/Connection.h"
 #include "link/Devices.h"

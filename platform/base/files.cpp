@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <new>
 #include <stdexcept>
@@ -100,23 +101,65 @@ std::optional<std::string> ReadWhole(const fs::path& path, std::uintmax_t limit)
   return std::nullopt;
 }
 
-std::error_code Replace(const fs::path& path, std::string_view content) {
+Staged::Staged(const fs::path& path) {
   std::error_code noLink;
   const fs::path real = fs::canonical(path, noLink);
-  const fs::path target = noLink ? path : real;
-  if (!noLink && !fs::is_regular_file(target, noLink)) {
+  mTarget = noLink ? path : real;
+  mBeside = mTarget;
+  mBeside += ".new";
+}
+
+Staged::~Staged() {
+  if (mWritten) ::unlink(mBeside.c_str());
+}
+
+std::error_code Staged::Write(std::string_view content) {
+  std::error_code missing;
+  const fs::file_type type = fs::status(mTarget, missing).type();
+  if (type != fs::file_type::not_found && type != fs::file_type::regular) {
     return std::make_error_code(std::errc::operation_not_permitted);
   }
-  fs::path beside = target;
-  beside += ".new";
-  std::error_code error = WriteBeside(beside, target, content);
-  if (!error && ::rename(beside.c_str(), target.c_str()) != 0) error = LastError();
-  if (error) {
-    ::unlink(beside.c_str());
-  } else {
-    FlushFolder(target.parent_path());
-  }
-  return error;
+  mWritten = true;
+  return WriteBeside(mBeside, mTarget, content);
+}
+
+std::error_code Staged::Commit() {
+  if (::rename(mBeside.c_str(), mTarget.c_str()) != 0) return LastError();
+  mWritten = false;
+  FlushFolder(mTarget.parent_path());
+  return {};
+}
+
+std::error_code Replace(const fs::path& path, std::string_view content) {
+  Staged file(path);
+  const std::error_code error = file.Write(content);
+  return error ? error : file.Commit();
+}
+
+std::error_code Remove(const fs::path& path) {
+  if (::unlink(path.c_str()) != 0) return LastError();
+  FlushFolder(path.parent_path());
+  return {};
+}
+
+std::optional<std::tm> LastModified(const fs::path& path) {
+  struct stat info {};
+  std::tm local{};
+  if (::stat(path.c_str(), &info) != 0 || ::localtime_r(&info.st_mtime, &local) == nullptr)
+    return std::nullopt;
+  return local;
+}
+
+bool SetLastModified(const fs::path& path, const std::tm& local) {
+  std::tm wanted = local;
+  wanted.tm_isdst = -1;
+  std::time_t time = std::mktime(&wanted);
+  if (time == -1) return false;
+  // Where clocks go forward at midnight, that time of the day does not exist: it is the hour behind it.
+  constexpr std::time_t kHour = 3600;
+  if (wanted.tm_mday != local.tm_mday) time += kHour;
+  const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, timespec{time, 0}};
+  return ::utimensat(AT_FDCWD, path.c_str(), times.data(), 0) == 0;
 }
 
 }  // namespace tarnwick::files

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -18,10 +19,40 @@ bool FileExists(const std::filesystem::path& path);
 /// cannot be had, or it is larger than `limit` bytes.
 std::optional<std::string> ReadWhole(const std::filesystem::path& path, std::uintmax_t limit = UINTMAX_MAX);
 
-/// Puts `content` under `path` atomically and durably. On an error the old file stays as it was and
-/// nothing is left beside it. A program killed meanwhile can leave its half under the name with ".new"
-/// behind it, which the next call makes anew. A link is followed to the file that it names. Only an
-/// ordinary file is replaced: a folder or a device under that name is an error.
+/// New contents of a file, written beside it; `Commit` puts them into its place. What is not committed
+/// goes with its object. A program killed meanwhile can leave its half under the name with ".new" behind
+/// it, which the next one for that file makes anew. A link is followed to the file that it names.
+class Staged {
+ public:
+  explicit Staged(const std::filesystem::path& path);
+  ~Staged();
+  Staged(const Staged&) = delete;
+  Staged& operator=(const Staged&) = delete;
+
+  /// Writes and flushes. Only an ordinary file is replaced: a folder or a device under the name is an error.
+  std::error_code Write(std::string_view content);
+  /// Where the contents lie until then.
+  const std::filesystem::path& Beside() const { return mBeside; }
+  /// Renames, so that the old or the new contents stand under the name at each moment.
+  std::error_code Commit();
+
+ private:
+  std::filesystem::path mTarget;
+  std::filesystem::path mBeside;
+  bool mWritten = false;
+};
+
+/// Puts `content` under `path` atomically and durably, as `Staged` does. On an error the old file stays as
+/// it was and nothing is left beside it.
 std::error_code Replace(const std::filesystem::path& path, std::string_view content);
+
+/// Deletes a file. None there is an error too.
+std::error_code Remove(const std::filesystem::path& path);
+
+/// When the file was last modified, in local time; none when that cannot be told.
+std::optional<std::tm> LastModified(const std::filesystem::path& path);
+
+/// Sets that time and no other. False when it fails; no file is made.
+bool SetLastModified(const std::filesystem::path& path, const std::tm& local);
 
 }  // namespace tarnwick::files

@@ -1,4 +1,4 @@
-#include "PackageFolder.h"
+#include "firmware/PackageFolder.h"
 
 #include <algorithm>
 #include <string_view>
@@ -34,9 +34,22 @@ std::vector<std::string> PackagesIn(const fs::path& folder) {
   return names;
 }
 
+std::string PackageStem(const std::string& package) {
+  return package.substr(0, package.size() - kExtensionLength);
+}
+
+fs::path FindPackage(const fs::path& folder, const std::string& name) {
+  fs::path found;
+  for (const std::string& package : PackagesIn(folder)) {
+    const std::string stem = PackageStem(package);
+    if (!text::EqualNoCase(stem, name)) continue;
+    if (stem == name || found.empty()) found = folder / package;
+  }
+  return found;
+}
+
 fs::path NoteOf(const fs::path& package) {
-  const std::string name = package.string();
-  return name.substr(0, name.size() - kExtensionLength) + ".txt";
+  return PackageStem(package.string()) + ".txt";
 }
 
 std::string ReadNote(const fs::path& note) {

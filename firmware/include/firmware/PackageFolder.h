@@ -11,6 +11,13 @@ namespace tarnwick {
 /// that cannot be read holds none.
 std::vector<std::string> PackagesIn(const std::filesystem::path& folder);
 
+/// The name of a package without its extension.
+std::string PackageStem(const std::string& package);
+
+/// The package of that name without extension, whatever the case of its letters; of several the one that
+/// is spelt so, else the first. An empty path when there is none.
+std::filesystem::path FindPackage(const std::filesystem::path& folder, const std::string& name);
+
 /// The note that belongs to a package, there or not.
 std::filesystem::path NoteOf(const std::filesystem::path& package);
 

@@ -1,0 +1,78 @@
+#include "webupdate/Catalogue.h"
+
+#include <algorithm>
+
+#include "CatalogueRow.h"
+#include "platform/text.h"
+
+namespace tarnwick {
+namespace {
+
+constexpr char kProgramTag = '$';
+constexpr char kMotorTag = '@';
+constexpr char kAccessoryTag = '%';
+/// Of a file's name: a full stop, and three letters.
+constexpr std::size_t kExtension = 4;
+
+/// The tag of a class of device; none of the tags for a class that is not known.
+char TagOf(std::int32_t deviceClass) {
+  if (deviceClass == 0) return kMotorTag;
+  return deviceClass == 1 ? kAccessoryTag : '\0';
+}
+
+}  // namespace
+
+void Catalogue::Load(std::string_view text, std::int32_t deviceClass) {
+  mFiles.clear();
+  mPrograms.clear();
+  mSkip = false;
+  if (text.size() > kLongestText) return;
+  const char ownTag = TagOf(deviceClass);
+  std::string_view line;
+  // What stands behind the last line end is a line too, an empty one as a rule.
+  for (bool more = true; more;) {
+    more = text::NextLine(text, line);
+    if (!more) line = text;
+    if (line.size() <= kLongestLine) TakeLine(text::Trim(line), ownTag);
+  }
+}
+
+void Catalogue::TakeLine(std::string_view line, char ownTag) {
+  const char tag = line.empty() ? '\0' : line.front();
+  if (tag == kProgramTag) {
+    TakeProgram(line);
+  } else if (tag == kMotorTag || tag == kAccessoryTag) {
+    mSkip = true;
+    if (tag == ownTag) TakePackage(line);
+  } else if (!mSkip && !mFiles.empty()) {
+    mFiles.back().Description.append(line).append(text::kLineEnd);
+  }
+}
+
+void Catalogue::TakeProgram(std::string_view line) {
+  const auto row = ReadCatalogueRow(line);
+  if (!row) return;
+  mSkip = false;
+  if (ProgramCount() == kMostEntries) return;
+  const std::string name(row->name);
+  mPrograms.push_back({name, "$" + name, row->size, std::string(row->second), false});
+}
+
+void Catalogue::TakePackage(std::string_view line) {
+  const auto row = ReadCatalogueRow(line);
+  if (!row || row->name.size() <= kExtension || FileCount() == kMostEntries) return;
+  const std::string_view ext = row->name.substr(row->name.size() - kExtension + 1);
+  // A package and its note may not be one and the same file.
+  if (text::EqualNoCase(ext, "txt")) return;
+  mSkip = false;
+  const std::string_view name = row->name.substr(0, row->name.size() - kExtension);
+  mFiles.push_back(
+      {std::string(name), std::string(ext), std::string(row->second), row->size, {}, false, true});
+}
+
+void Catalogue::SortFiles() {
+  std::stable_sort(mFiles.begin(), mFiles.end(),
+                   [](const FileEntry& a, const FileEntry& b) { return a.Name < b.Name; });
+}
+
+}  // namespace tarnwick
