@@ -10,6 +10,7 @@
 #include "pages/Step2.h"
 #include "pages/Step3.h"
 #include "pages/Step4.h"
+#include "platform/http/CurlTransport.h"
 #include "platform/qt/HelpWindow.h"
 #include "platform/qt/QtUser.h"
 #include "wizard/WizardWindow.h"
@@ -41,6 +42,7 @@ std::unique_ptr<IWizardPage> Make() {
 struct App::Parts {
   qt::QtUser user;
   qt::HelpWindow help;
+  http::CurlTransport transport;
   WizardWindow window;
   std::unique_ptr<CWizardController> controller;  // owns the pages, which hang in the window: goes first
 };

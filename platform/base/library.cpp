@@ -35,14 +35,21 @@ std::unique_ptr<SharedLibrary> SharedLibrary::Open(const fs::path& path) {
   return std::unique_ptr<SharedLibrary>(new SharedLibrary(handle));
 }
 
+std::unique_ptr<SharedLibrary> SharedLibrary::OpenSystem(const std::string& name) {
+  if (name.find('/') != std::string::npos) return nullptr;
+  void* const handle = ::dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+  if (handle == nullptr) return nullptr;
+  return std::unique_ptr<SharedLibrary>(new SharedLibrary(handle));
+}
+
 SharedLibrary::~SharedLibrary() {
   ::dlclose(mHandle);
 }
 
 void* SharedLibrary::Find(std::string_view decorated) const {
   const std::size_t at = decorated.find('@');
-  if (at == std::string_view::npos) return nullptr;
   const std::string name(decorated.substr(0, at));
+  if (at == std::string_view::npos) return ::dlsym(mHandle, name.c_str());
   const std::string version(decorated.substr(at + 1));
   return ::dlvsym(mHandle, name.c_str(), version.c_str());
 }

@@ -19,6 +19,7 @@ class Nobody final : public IUserInterface {
   }
   std::string InputBox(std::string_view, std::string_view, std::string_view) override { return {}; }
   void PumpEvents() override {}
+  void PumpPainting() override {}
   void Beep() override {}
 };
 
@@ -42,6 +43,9 @@ std::string InputBox(std::string_view prompt, std::string_view title, std::strin
 }
 void PumpEvents() {
   gUser->PumpEvents();
+}
+void PumpPainting() {
+  gUser->PumpPainting();
 }
 void Beep() {
   gUser->Beep();

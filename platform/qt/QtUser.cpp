@@ -104,6 +104,10 @@ void QtUser::PumpEvents() {
   QCoreApplication::processEvents();
 }
 
+void QtUser::PumpPainting() {
+  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
 void QtUser::Beep() {
   QApplication::beep();
 }

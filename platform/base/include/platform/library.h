@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace tarnwick {
@@ -14,11 +15,16 @@ class SharedLibrary {
   /// when it is shorter than it says itself: loading a torn file would kill the process.
   static std::unique_ptr<SharedLibrary> Open(const std::filesystem::path& path);
 
+  /// Loads the library of that name, such as "libcurl.so.4", from where the system keeps its own. It
+  /// stays loaded to the end of the process. None when the system does not have it.
+  static std::unique_ptr<SharedLibrary> OpenSystem(const std::string& name);
+
   ~SharedLibrary();
   SharedLibrary(const SharedLibrary&) = delete;
   SharedLibrary& operator=(const SharedLibrary&) = delete;
 
-  /// The export of that decorated name, "name@version"; null when the library has none.
+  /// The export of that decorated name, "name@version", or, without a version, of that name in its
+  /// default version; null when the library has none.
   void* Find(std::string_view decorated) const;
 
  private:

@@ -27,6 +27,10 @@ class IUserInterface {
   /// Handles the window system's pending events once; the way long work stays responsive.
   virtual void PumpEvents() = 0;
 
+  /// Paints what is due, and leaves what the user did meanwhile pending: for waits inside an operation
+  /// of the platform, in which nothing else may start.
+  virtual void PumpPainting() = 0;
+
   virtual void Beep() = 0;
 };
 
@@ -39,6 +43,7 @@ void Uninstall();
 Answer MessageBox(std::string_view text, Buttons buttons = Buttons::Ok, Icon icon = Icon::Exclamation);
 std::string InputBox(std::string_view prompt, std::string_view title, std::string_view proposed);
 void PumpEvents();
+void PumpPainting();
 void Beep();
 
 }  // namespace tarnwick::ui

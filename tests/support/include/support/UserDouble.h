@@ -47,6 +47,9 @@ class UserDouble final : public ui::IUserInterface {
     if (log) log("pump");
     if (onPump) onPump();
   }
+  void PumpPainting() override {
+    if (onPaint) onPaint();
+  }
   void Beep() override { ++beeps; }
 
   /// The text of the last box, or empty.
@@ -59,6 +62,7 @@ class UserDouble final : public ui::IUserInterface {
   int pumps = 0;
   int beeps = 0;
   std::function<void()> onPump;
+  std::function<void()> onPaint;
   std::function<void()> onInput;
   std::function<void(const std::string&)> log;  ///< Told "box" and "pump", for tests of one recorded order.
 };

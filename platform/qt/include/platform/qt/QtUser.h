@@ -17,6 +17,7 @@ class QtUser final : public ui::IUserInterface {
   ui::Answer MessageBox(std::string_view text, ui::Buttons buttons, ui::Icon icon) override;
   std::string InputBox(std::string_view prompt, std::string_view title, std::string_view proposed) override;
   void PumpEvents() override;
+  void PumpPainting() override;
   void Beep() override;
 };
 

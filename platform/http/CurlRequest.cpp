@@ -1,0 +1,222 @@
+#include "CurlRequest.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "platform/text.h"
+#include "platform/ui.h"
+
+namespace tarnwick::http {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// The longest time in which nothing is painted.
+constexpr int kSliceMilliseconds = 20;
+/// More than this comes at once only from one who unpacks a small thing into a giant one.
+constexpr std::size_t kMostAtOnce = std::size_t{4} << 20;
+/// What the network hands over at a time: larger ones cost fewer calls, and more waiting for the first.
+constexpr long kNetworkPiece = 128L << 10;
+constexpr long kMostRedirections = 5;
+
+bool IsHexDigit(char c) {
+  return std::string_view("0123456789ABCDEFabcdef").find(c) != std::string_view::npos;
+}
+
+/// The path as it may stand in a request: escapes that are there stay, and what has no place in a
+/// request gets one. Bytes beyond ASCII keep their value.
+std::string Escaped(std::string_view path) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string result;
+  for (std::size_t i = 0; i < path.size(); ++i) {
+    const char c = path[i];
+    const auto byte = static_cast<unsigned char>(c);
+    const bool escape = c == '%' && i + 2 < path.size() && IsHexDigit(path[i + 1]) && IsHexDigit(path[i + 2]);
+    const bool plain =
+        byte > 0x20 && byte < 0x7F && std::string_view("\"#%<>[\\]^`{|}").find(c) == std::string_view::npos;
+    if (plain || escape) {
+      result += c;
+    } else {
+      result.append({'%', kDigits[byte >> 4], kDigits[byte & 0xF]});
+    }
+  }
+  return result;
+}
+
+long Milliseconds(std::chrono::milliseconds duration) {
+  return static_cast<long>(duration.count());
+}
+
+}  // namespace
+
+CurlRequest::CurlRequest(const CurlApi& curl, const Limits& limits)
+    : mCurl(curl), mLimits(limits), mEasy(curl.easyInit()), mMulti(curl.multiInit()) {}
+
+CurlRequest::~CurlRequest() {
+  if (mEasy != nullptr && mMulti != nullptr) mCurl.remove(mMulti, mEasy);
+  if (mEasy != nullptr) mCurl.easyCleanup(mEasy);
+  if (mMulti != nullptr) mCurl.multiCleanup(mMulti);
+  mCurl.freeList(mHeaders);
+}
+
+bool CurlRequest::Open(const Peer& peer, const std::string& method, const std::string& path, bool reload) {
+  if (mEasy == nullptr || mMulti == nullptr) return false;
+  SetLimits();
+  SetAddress(peer, path);
+  SetMethod(method);
+  AddHeader("Accept:");
+  AddHeader("Accept-Encoding: identity");
+  if (reload) {
+    AddHeader("Pragma: no-cache");
+    AddHeader("Cache-Control: no-cache");
+  }
+  mCurl.set(mEasy, CURLOPT_HEADERFUNCTION, &CurlRequest::OnHeader);
+  mCurl.set(mEasy, CURLOPT_HEADERDATA, this);
+  mCurl.set(mEasy, CURLOPT_WRITEFUNCTION, &CurlRequest::OnBody);
+  mCurl.set(mEasy, CURLOPT_WRITEDATA, this);
+  return true;
+}
+
+void CurlRequest::SetLimits() {
+  mCurl.set(mEasy, CURLOPT_CONNECTTIMEOUT_MS, Milliseconds(mLimits.connect));
+  mCurl.set(mEasy, CURLOPT_TIMEOUT_MS, Milliseconds(mLimits.total));
+  mCurl.set(mEasy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(mLimits.answer));
+  mCurl.set(mEasy, CURLOPT_MAXREDIRS, kMostRedirections);
+  mCurl.set(mEasy, CURLOPT_BUFFERSIZE, kNetworkPiece);
+  mCurl.set(mEasy, CURLOPT_NOSIGNAL, 1L);
+  // Giving up must not wait for a name server that does not answer.
+  mCurl.set(mEasy, CURLOPT_QUICK_EXIT, 1L);
+}
+
+void CurlRequest::SetAddress(const Peer& peer, const std::string& path) {
+  // A server that is more than a name makes an address that libcurl refuses, not another server.
+  const bool isName = peer.server.find_first_of("/?#@\\") == std::string::npos;
+  const std::string server = isName ? peer.server : std::string();
+  const std::string url = "http://" + server + ":" + std::to_string(peer.port) + Escaped(path);
+  mCurl.set(mEasy, CURLOPT_URL, url.c_str());
+  mCurl.set(mEasy, CURLOPT_PATH_AS_IS, 1L);
+  mCurl.set(mEasy, CURLOPT_PROTOCOLS_STR, "http");
+  mCurl.set(mEasy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+  mCurl.set(mEasy, CURLOPT_FOLLOWLOCATION, 1L);
+  mCurl.set(mEasy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+  mCurl.set(mEasy, CURLOPT_USERAGENT, peer.agent.c_str());
+  if (peer.userName.empty() && peer.password.empty()) return;
+  mCurl.set(mEasy, CURLOPT_USERNAME, peer.userName.c_str());
+  mCurl.set(mEasy, CURLOPT_PASSWORD, peer.password.c_str());
+  // With more than one way to choose from, libcurl asks without credentials first.
+  mCurl.set(mEasy, CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_BASIC | CURLAUTH_DIGEST));
+}
+
+void CurlRequest::SetMethod(const std::string& method) {
+  if (method == "GET") return;
+  if (method == "HEAD") {
+    mCurl.set(mEasy, CURLOPT_NOBODY, 1L);
+  } else if (method == "POST") {
+    mCurl.set(mEasy, CURLOPT_POST, 1L);
+    mCurl.set(mEasy, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t{0});
+    mCurl.set(mEasy, CURLOPT_COPYPOSTFIELDS, "");
+  } else {
+    mCurl.set(mEasy, CURLOPT_CUSTOMREQUEST, method.c_str());
+  }
+}
+
+void CurlRequest::AddHeader(const std::string& line) {
+  curl_slist* const list = mCurl.append(mHeaders, line.c_str());
+  if (list != nullptr) mHeaders = list;
+}
+
+bool CurlRequest::Send(std::string_view headers, std::string_view body) {
+  while (!headers.empty()) {
+    const std::size_t end = headers.find(text::kLineEnd);
+    AddHeader(std::string(headers.substr(0, end)));
+    headers =
+        end == std::string_view::npos ? std::string_view() : headers.substr(end + text::kLineEnd.size());
+  }
+  if (body.empty()) {
+    AddHeader("Content-Type:");
+  } else {
+    mCurl.set(mEasy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+    mCurl.set(mEasy, CURLOPT_COPYPOSTFIELDS, body.data());
+  }
+  mCurl.set(mEasy, CURLOPT_HTTPHEADER, mHeaders);
+  if (mCurl.add(mMulti, mEasy) != CURLM_OK) return false;
+  WaitForBody();
+  return !mWaiting.empty() || mWhole;
+}
+
+std::int32_t CurlRequest::Status() const {
+  long status = 0;
+  mCurl.get(mEasy, CURLINFO_RESPONSE_CODE, &status);
+  return static_cast<std::int32_t>(status);
+}
+
+std::optional<std::uint64_t> CurlRequest::Length() const {
+  curl_off_t length = -1;
+  mCurl.get(mEasy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+  if (length < 0) return std::nullopt;
+  return static_cast<std::uint64_t>(length);
+}
+
+bool CurlRequest::Read(std::span<char> piece, std::size_t& count) {
+  if (mTaken == mWaiting.size() && !mEnded) WaitForBody();
+  count = std::min(piece.size(), mWaiting.size() - mTaken);
+  std::copy_n(mWaiting.data() + mTaken, count, piece.data());
+  mTaken += count;
+  return count > 0 || mWhole;
+}
+
+void CurlRequest::WaitForBody() {
+  mWaiting.clear();
+  mTaken = 0;
+  Clock::time_point heard = Clock::now();
+  for (Step(); mWaiting.empty() && !mEnded; Step()) {
+    if (std::exchange(mHeard, false)) heard = Clock::now();
+    if (Clock::now() - heard > mLimits.stall) {
+      mEnded = true;
+      return;
+    }
+    mCurl.poll(mMulti, nullptr, 0, kSliceMilliseconds, nullptr);
+    ui::PumpPainting();
+  }
+}
+
+void CurlRequest::Step() {
+  int running = 0;
+  if (mCurl.perform(mMulti, &running) != CURLM_OK) mEnded = true;
+  int left = 0;
+  while (const CURLMsg* const message = mCurl.infoRead(mMulti, &left)) {
+    if (message->msg != CURLMSG_DONE) continue;
+    mEnded = true;
+    mWhole = message->data.result == CURLE_OK;
+  }
+}
+
+std::size_t CurlRequest::OnHeader(char* data, std::size_t size, std::size_t items, void* self) {
+  return static_cast<CurlRequest*>(self)->TakeHeader({data, size * items}) ? size * items : 0;
+}
+
+std::size_t CurlRequest::OnBody(char* data, std::size_t size, std::size_t items, void* self) {
+  return static_cast<CurlRequest*>(self)->TakeBody({data, size * items}) ? size * items : 0;
+}
+
+bool CurlRequest::TakeHeader(std::string_view line) {
+  constexpr std::string_view kEncoding = "CONTENT-ENCODING:";
+  mHeard = true;
+  mHeaderBytes += line.size();
+  if (line.starts_with("HTTP/")) mEncoded = false;  // the answer after a redirection, or after credentials
+  if (text::Upper(line.substr(0, kEncoding.size())) == kEncoding) {
+    mEncoded = text::Upper(text::CleanLine(line.substr(kEncoding.size()))) != "IDENTITY";
+  }
+  return mHeaderBytes <= mLimits.headers;
+}
+
+bool CurlRequest::TakeBody(std::string_view data) {
+  mHeard = true;
+  mBodyBytes += data.size();
+  if (mEncoded || mBodyBytes > mLimits.answer || mWaiting.size() + data.size() > kMostAtOnce) return false;
+  mWaiting.append(data);
+  return true;
+}
+
+}  // namespace tarnwick::http
