@@ -48,6 +48,11 @@ function line(    speeds, i, speed, words) {
   row("requests on an unpaced line / of a bare loop", value["Unpaced", "share"], 0.6, 1)
 }
 
+function verify() {
+  row("verify of 4 K words at 19200 baud / its payload", value["Verify", "payload"], 1.4)
+  printf("%-58s %-10s %8.3f\n", "  the same with an exchange for each word", where, value["Verify", "payload_alone"])
+}
+
 function packages(    small, large) {
   row("64 MB: srec_cat / qalinfo", share(wall("srec_cat/64MB"), wall("qalinfo/64MB")), 20, 1)
   row("64 MB: objcopy / qalinfo", share(wall("objcopy/64MB"), wall("qalinfo/64MB")), 7, 1)
@@ -72,5 +77,6 @@ END {
   }
   if (has("block")) windows()
   if (has("Unpaced")) line()
+  if (has("Verify")) verify()
   if (has("qalinfo/image")) packages()
 }

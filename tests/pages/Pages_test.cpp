@@ -160,6 +160,9 @@ TEST_F(Pages, FourListsTheDevicesOfThePackageAndChoosesNone) {
   Calls();
   Click("cmdProgram");
   EXPECT_THAT(Calls(), Not(Contains("startProgramming 16")));
+  Wizard().StepTo(2.0);
+  Wizard().StepTo(4.0);  // Not from the page before: what was chosen stays.
+  EXPECT_EQ(Selected("lstDevices"), 0);
   Click("cmdStepBack");
   Click("cmdStepFwd");
   EXPECT_EQ(Selected("lstDevices"), -1);
@@ -209,12 +212,12 @@ TEST_F(Pages, FourRunsInOneOrder) {
   const Calls refresh{"getMcState 16", "getHwRev 16", "getModel 16",
                       "getMcState 17", "getHwRev 17", "getModel 17"};
   EXPECT_EQ(run("cmdVerify"),
-            joined({{"<Finish>", "<Finish frozen off>", "<Cancel frozen off verifying>", "getSerialMode"},
+            joined({{"<Finish>", "<Finish frozen>", "<Cancel frozen off verifying>", "getSerialMode"},
                     {"<Finish frozen off>"},
                     refresh,
                     {"box", "<Finish>"}}));
   EXPECT_EQ(run("cmdProgram"),
-            joined({{"<Finish frozen off>", "<Cancel frozen off programming>"},
+            joined({{"<Finish frozen>", "<Cancel frozen off programming>"},
                     {"getMcState 16", "getHwRev 16", "getMcState 17", "getHwRev 17", "getSerialMode"},
                     {"getVersionFromBoot 16", "enterBoot 16"},
                     write("16"),

@@ -1,7 +1,10 @@
-// The keys of the frame's window: pressed and released, wherever the focus is.
+// The input of the frame's window: keys pressed and released, wherever the focus is, and what a locked
+// page is kept from.
 #include <QAbstractButton>
 #include <QApplication>
 #include <QKeyEvent>
+#include <QPoint>
+#include <QWindow>
 
 #include "wizard/CWizard.h"
 #include "wizard/WizardWindow.h"
@@ -45,6 +48,11 @@ bool IsForFrame(std::int16_t code, std::int16_t shift) {
   return code != 0 && shift == 4;
 }
 
+bool IsPointerInput(QEvent::Type type) {
+  return type == QEvent::MouseButtonPress || type == QEvent::MouseButtonRelease ||
+         type == QEvent::MouseButtonDblClick || type == QEvent::Wheel;
+}
+
 }  // namespace
 
 bool WizardWindow::KeyPressed(int key, Qt::KeyboardModifiers modifiers) {
@@ -72,13 +80,23 @@ bool WizardWindow::KeyReleased(int key) {
 }
 
 bool WizardWindow::eventFilter(QObject* watched, QEvent* event) {
+  // Caught before the toolkit looks which control is there: a click would give that one the focus.
+  if (watched == windowHandle() && IsPointerInput(event->type())) {
+    const QPoint at = static_cast<QSinglePointEvent*>(event)->position().toPoint();
+    return !mPageAreaEnabled && picPage->geometry().contains(at);
+  }
   if (event->type() != QEvent::KeyPress && event->type() != QEvent::KeyRelease) return false;
-  auto* const widget = qobject_cast<QWidget*>(watched);
+  const auto* const widget = qobject_cast<QWidget*>(watched);
   if (widget == nullptr || widget->window() != this) return false;
   const auto* const key = static_cast<QKeyEvent*>(event);
-  if (key->isAutoRepeat()) return IsForFrame(KeyCodeOf(key->key()), ShiftOf(key->modifiers()));
-  return event->type() == QEvent::KeyPress ? KeyPressed(key->key(), key->modifiers())
-                                           : KeyReleased(key->key());
+  bool taken = false;
+  if (key->isAutoRepeat()) {
+    taken = IsForFrame(KeyCodeOf(key->key()), ShiftOf(key->modifiers()));
+  } else {
+    taken = event->type() == QEvent::KeyPress ? KeyPressed(key->key(), key->modifiers())
+                                              : KeyReleased(key->key());
+  }
+  return taken || (!mPageAreaEnabled && picPage->isAncestorOf(widget));
 }
 
 bool WizardWindow::event(QEvent* event) {

@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QScreen>
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 #include "Scale.h"
@@ -22,6 +23,8 @@ namespace {
 
 constexpr int kButtonWidthTwips = 1200;
 constexpr int kButtonHeightTwips = 345;
+/// A page that is locked for less than this does not turn grey: it would only flicker.
+constexpr std::chrono::milliseconds kGreyAfter{100};
 
 PageWindow& WindowOf(IWizardPage& page) {
   return dynamic_cast<PageWindow&>(page);
@@ -70,6 +73,9 @@ void WizardWindow::LoadFrame() {
           [this] { mWizard->cmdTerminate_Click(); });
   picPage = new QWidget(this);
   picPage->setObjectName(QStringLiteral("picPage"));
+  mGreying.setSingleShot(true);
+  mGreying.setInterval(kGreyAfter);
+  connect(&mGreying, &QTimer::timeout, [this] { picPage->setEnabled(false); });
   picSplash = new SplashPicture(this);
   picSplash->setObjectName(QStringLiteral("picSplash"));
   lblShutdown = new QLabel(QStringLiteral("Shutting Down ..."), this);
@@ -191,16 +197,20 @@ void WizardWindow::FocusButton(FrameButton button) {
 }
 
 void WizardWindow::PageAreaEnabled(bool enabled) {
-  if (enabled == picPage->isEnabled()) return;
+  if (enabled == mPageAreaEnabled) return;
+  mPageAreaEnabled = enabled;
   if (!enabled) {
     // The focus is parked on the frame, so that it does not fall on a button that is still live and
     // take the next Space there.
     QWidget* const focus = focusWidget();
     mFocusBeforeFreeze = focus != nullptr && picPage->isAncestorOf(focus) ? focus : nullptr;
     if (mFocusBeforeFreeze != nullptr) setFocus();
+    mGreying.start();
+    return;
   }
-  picPage->setEnabled(enabled);
-  if (enabled && mFocusBeforeFreeze != nullptr && focusWidget() == this) mFocusBeforeFreeze->setFocus();
+  mGreying.stop();
+  picPage->setEnabled(true);
+  if (mFocusBeforeFreeze != nullptr && focusWidget() == this) mFocusBeforeFreeze->setFocus();
 }
 
 void WizardWindow::PageAreaTabPosition(int) {

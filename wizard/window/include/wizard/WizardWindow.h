@@ -4,7 +4,7 @@
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
-#include <QSet>
+#include <QTimer>
 #include <QWidget>
 #include <array>
 #include <map>
@@ -46,6 +46,7 @@ class WizardWindow final : public QWidget, public IWizardFrame {
   void TabPosition(FrameButton button, int position) override;
   void FocusButton(FrameButton button) override;
 
+  /// Locks the user out of the page at once, and shows it in grey if that lasts.
   void PageAreaEnabled(bool enabled) override;
   void PageAreaTabPosition(int position) override;
   void FocusPageArea() override;
@@ -86,6 +87,8 @@ class WizardWindow final : public QWidget, public IWizardFrame {
   SplashPicture* picSplash = nullptr;
   QLabel* lblShutdown = nullptr;
   FrameLayout mLayout;
+  bool mPageAreaEnabled = true;
+  QTimer mGreying;
   QPointer<QWidget> mFocusBeforeFreeze;
   std::map<int, Qt::KeyboardModifiers>
       mPressed;  ///< Keys that went down in this window, with what was held then.
