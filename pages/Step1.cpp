@@ -4,12 +4,12 @@
 #include <QVBoxLayout>
 #include <system_error>
 
-#include "Controls.h"
 #include "link/Devices.h"
 #include "platform/files.h"
 #include "platform/program.h"
 #include "platform/qt/QtText.h"
 #include "settings/Settings.h"
+#include "wizard/Controls.h"
 
 namespace tarnwick {
 

@@ -4,7 +4,6 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "Controls.h"
 #include "link/Connection.h"
 #include "link/Devices.h"
 #include "platform/program.h"
@@ -13,6 +12,7 @@
 #include "platform/ui.h"
 #include "ports/ports.h"
 #include "wizard/CWizard.h"
+#include "wizard/Controls.h"
 
 namespace tarnwick {
 namespace {

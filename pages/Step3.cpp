@@ -4,7 +4,7 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 
-#include "Controls.h"
+#include "StatusBox.h"
 #include "firmware/PackageFolder.h"
 #include "firmware/QALclass.h"
 #include "link/Connection.h"
@@ -17,6 +17,7 @@
 #include "programmer/PackageFit.h"
 #include "settings/Settings.h"
 #include "wizard/CWizard.h"
+#include "wizard/Controls.h"
 #include "wizard/modWizard.h"
 
 namespace tarnwick {

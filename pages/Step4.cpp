@@ -3,8 +3,7 @@
 #include <QGridLayout>
 #include <QVBoxLayout>
 
-#include "Controls.h"
-#include "ProgressBar.h"
+#include "StatusBox.h"
 #include "firmware/QALclass.h"
 #include "link/Connection.h"
 #include "link/Devices.h"
@@ -15,6 +14,8 @@
 #include "programmer/Verify.h"
 #include "programmer/modProgrammer.h"
 #include "wizard/CWizard.h"
+#include "wizard/Controls.h"
+#include "wizard/ProgressBar.h"
 #include "wizard/modWizard.h"
 
 namespace tarnwick {

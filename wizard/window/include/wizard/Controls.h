@@ -1,4 +1,4 @@
-// The few controls that the pages share.
+// The few controls that the pages and the windows beside them share.
 #pragma once
 
 #include <QLabel>
@@ -27,15 +27,6 @@ class TextBox : public QPlainTextEdit {
   void Text(std::string_view text);
   /// Shows the text and repaints it at once.
   void TextNow(std::string_view text);
-};
-
-/// The text box of the status report.
-class StatusBox final : public TextBox {
- public:
-  explicit StatusBox(QWidget* parent);
-  void ShowReport();
-  /// Says that the status is being determined, reads every device anew and shows the report.
-  void Refresh();
 };
 
 /// A list of which at most one entry is selected, with one event for every choice.

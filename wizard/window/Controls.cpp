@@ -1,9 +1,8 @@
-#include "Controls.h"
+#include "wizard/Controls.h"
 
 #include <QMouseEvent>
 #include <QSignalBlocker>
 
-#include "link/Devices.h"
 #include "platform/qt/QtText.h"
 #include "wizard/PageWindow.h"
 
@@ -51,18 +50,6 @@ void TextBox::Text(std::string_view text) {
 void TextBox::TextNow(std::string_view text) {
   Text(text);
   viewport()->repaint();
-}
-
-StatusBox::StatusBox(QWidget* parent) : TextBox(parent, "txtStatus", QStringLiteral("Status report")) {}
-
-void StatusBox::ShowReport() {
-  Text(BuildStatusReport());
-}
-
-void StatusBox::Refresh() {
-  TextNow("Determining Status ...");
-  RefreshDevices();
-  ShowReport();
 }
 
 ListBox::ListBox(QWidget* parent, const char* name, const QString& accessibleName) : QListWidget(parent) {

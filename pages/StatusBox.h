@@ -1,0 +1,17 @@
+// The status report, as the pages show it.
+#pragma once
+
+#include "wizard/Controls.h"
+
+namespace tarnwick {
+
+/// The text box of the status report.
+class StatusBox final : public TextBox {
+ public:
+  explicit StatusBox(QWidget* parent);
+  void ShowReport();
+  /// Says that the status is being determined, reads every device anew and shows the report.
+  void Refresh();
+};
+
+}  // namespace tarnwick
