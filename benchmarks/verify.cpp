@@ -11,7 +11,9 @@
 #include "programmer/Verify.h"
 #include "support/MountProcess.h"
 #include "support/PackageText.h"
+#include "support/ResetGlobals.h"
 #include "support/TempFolder.h"
+#include "support/UserDouble.h"
 
 namespace tarnwick::bench {
 namespace {
@@ -69,6 +71,8 @@ void Verify(benchmark::State& state) {
   const std::unique_ptr<ILinkLibrary> library = LoadLinkLibrary(folder / "Tarnwick.so");
   InstallLink(*library);
   const test::ImageWords image = test::CountedWords(kWords - 1);
+  test::ResetGlobals();
+  const test::UserDouble user;
   SetupDevices(0);
   gQAL->LoadQALfile({}, test::PackageText(5, "5", {{"Azm", kMotor, image}}));
   MatchPackageDevices();
