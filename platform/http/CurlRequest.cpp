@@ -188,7 +188,7 @@ void CurlRequest::Step() {
   while (const CURLMsg* const message = mCurl.infoRead(mMulti, &left)) {
     if (message->msg != CURLMSG_DONE) continue;
     mEnded = true;
-    mWhole = message->data.result == CURLE_OK;
+    mWhole = message->data.result == CURLE_OK && mHeadersWhole && !mEncoded;
   }
 }
 
@@ -201,12 +201,17 @@ std::size_t CurlRequest::OnBody(char* data, std::size_t size, std::size_t items,
 }
 
 bool CurlRequest::TakeHeader(std::string_view line) {
-  constexpr std::string_view kEncoding = "CONTENT-ENCODING:";
   mHeard = true;
   mHeaderBytes += line.size();
-  if (line.starts_with("HTTP/")) mEncoded = false;  // the answer after a redirection, or after credentials
-  if (text::Upper(line.substr(0, kEncoding.size())) == kEncoding) {
-    mEncoded = text::Upper(text::CleanLine(line.substr(kEncoding.size()))) != "IDENTITY";
+  // There is more than one answer after a redirection, or where credentials are asked for.
+  if (line.starts_with("HTTP/")) mEncoded = mHeadersWhole = false;
+  if (text::CleanLine(line).empty()) mHeadersWhole = true;
+  const auto isOtherThan = [line](std::string_view name, std::string_view value) {
+    return text::EqualNoCase(line.substr(0, name.size()), name) &&
+           !text::EqualNoCase(text::CleanLine(line.substr(name.size())), value);
+  };
+  if (isOtherThan("Content-Encoding:", "identity") || isOtherThan("Transfer-Encoding:", "chunked")) {
+    mEncoded = true;
   }
   return mHeaderBytes <= mLimits.headers;
 }

@@ -58,8 +58,9 @@ class CurlRequest final : public IRequest {
   std::size_t mTaken = 0;
   std::uint64_t mHeaderBytes = 0;
   std::uint64_t mBodyBytes = 0;
-  bool mEncoded = false;  ///< The answer is compressed, though nobody asked for that.
-  bool mHeard = false;    ///< Something came since this was last looked at.
+  bool mHeadersWhole = false;  ///< Of the last answer that began.
+  bool mEncoded = false;       ///< The answer is compressed, though nobody asked for that.
+  bool mHeard = false;         ///< Something came since this was last looked at.
   bool mEnded = false;
   bool mWhole = false;  ///< It ended as it should.
 };

@@ -1,0 +1,70 @@
+// The web server nginx, on a port of the loopback.
+#pragma once
+
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+
+#include "support/Loopback.h"
+#include "support/TempFolder.h"
+
+namespace tarnwick::test {
+
+/// Serves the folder `site` within its own folder, by the rules `locations` of nginx's configuration.
+class NginxProcess {
+ public:
+  explicit NginxProcess(const std::string& program, const std::string& locations = {})
+      : site(mFolder / "site"), port(Listener().Port()) {
+    std::filesystem::create_directory(site);
+    std::filesystem::permissions(mFolder.Path(), std::filesystem::perms(0755));
+    std::string temporary;
+    for (const char* const kind : {"client_body", "proxy", "fastcgi", "uwsgi", "scgi"}) {
+      temporary.append(kind).append("_temp_path ").append(mFolder / "temporary").append(";");
+    }
+    WriteFile(mFolder / "nginx.conf",
+              std::string(::geteuid() == 0 ? "user root;" : "") +
+                  "daemon off; master_process off; pid pid; events {} http { " + temporary +
+                  "log_format asked '$uri $status [$http_authorization]'; access_log log asked;"
+                  "server { listen 127.0.0.1:" +
+                  std::to_string(port) + "; root site; " + locations + " } }");
+    mPid = ::fork();
+    if (mPid == 0) {
+      ::execl(program.c_str(), "nginx", "-p", mFolder.Path().c_str(), "-c", "nginx.conf", "-e", "errors",
+              nullptr);
+      ::_exit(127);
+    }
+    while (::waitpid(mPid, nullptr, WNOHANG) == 0 && !std::filesystem::exists(mFolder / "pid"))
+      ::usleep(1000);
+  }
+  ~NginxProcess() {
+    ::kill(mPid, SIGKILL);
+    ::waitpid(mPid, nullptr, 0);
+  }
+  NginxProcess(const NginxProcess&) = delete;
+  NginxProcess& operator=(const NginxProcess&) = delete;
+
+  /// The requests since the last call, a line each: path, status, and in brackets the credentials sent.
+  /// The server logs when all is sent, so this waits a while for that many `lines`.
+  std::string TakeLog(std::ptrdiff_t lines) {
+    std::string log;
+    for (int waits = 0; waits < 2000; ++waits) {
+      log = ReadFile(mFolder / "log").substr(mLogTaken);
+      if (std::count(log.begin(), log.end(), '\n') >= lines) break;
+      ::usleep(1000);
+    }
+    mLogTaken += log.size();
+    return log;
+  }
+
+ private:
+  TempFolder mFolder;
+  pid_t mPid = -1;
+  std::size_t mLogTaken = 0;
+
+ public:
+  const std::filesystem::path site;
+  const std::uint16_t port;
+};
+
+}  // namespace tarnwick::test
