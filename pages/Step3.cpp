@@ -16,6 +16,7 @@
 #include "programmer/Compatibility.h"
 #include "programmer/PackageFit.h"
 #include "settings/Settings.h"
+#include "webupdate/frmWebUpdate.h"
 #include "wizard/CWizard.h"
 #include "wizard/Controls.h"
 #include "wizard/modWizard.h"
@@ -44,10 +45,9 @@ void Step3::Form_Load() {
   lstFirmware = new ListBox(this, "lstFirmware", QStringLiteral("Firmware packages"));
   lstFirmware->onClick = [this] { lstFirmware_Click(); };
   Label1->setBuddy(lstFirmware);
-  cmdWebUpdate = MakeButton(this, "cmdWebUpdate", "Download via the Web", [] {});
+  cmdWebUpdate = MakeButton(this, "cmdWebUpdate", "Download via the Web", [this] { cmdWebUpdate_Click(); });
   txtFirmware = new TextBox(this, "txtFirmware", QStringLiteral("About the selected package"));
   txtStatus = new StatusBox(this);
-  cmdWebUpdate->setEnabled(false);
   cmdRefresh = MakeButton(this, "cmdRefresh", "Refresh Status", [this] { cmdRefresh_Click(); });
   LayOutControls();
 }
@@ -139,6 +139,18 @@ void Step3::cmdRefresh_Click() {
   }
   cmdRefresh->setEnabled(true);
   wizard.Frozen(false);
+}
+
+void Step3::cmdWebUpdate_Click() {
+  CWizard& wizard = gController->WizardHandle();
+  wizard.Frozen(true);  // The window talks to the site before it is shown and blocks this one.
+  cmdWebUpdate->setEnabled(false);
+  frmWebUpdate window(this->window());
+  window.ShowModal();
+  ListFirmware(window.FirmwareText() + ".qal");
+  cmdWebUpdate->setEnabled(true);
+  wizard.Frozen(false);
+  lstFirmware->setFocus();
 }
 
 void Step3::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel) {

@@ -19,6 +19,11 @@ QString Show(std::string_view text) {
   return shown;
 }
 
+QString ShowName(std::string_view name) {
+  if (!text::IsUtf8(name)) return Show(name);
+  return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+}
+
 std::string Read(const QString& shown) {
   std::string text(static_cast<std::size_t>(shown.size()), '\0');
   std::transform(shown.begin(), shown.end(), text.begin(), [](QChar c) { return FromUnicode(c.unicode()); });

@@ -28,6 +28,8 @@ class Step3 final : public PageWindow {
   void ListFirmware(const std::string& selectName);
   void lstFirmware_Click();
   void cmdRefresh_Click();
+  /// The web update window; what was current there is selected here afterwards.
+  void cmdWebUpdate_Click();
   /// The selected package's path. Something must be selected.
   std::filesystem::path SelectedPackage() const;
   /// Loads the selected package and holds it against the devices. False after a message.

@@ -1,0 +1,77 @@
+#include "webupdate/Packages.h"
+
+#include <optional>
+
+#include "firmware/PackageFolder.h"
+#include "platform/files.h"
+#include "platform/ui.h"
+#include "webupdate/HTTPClass.h"
+#include "webupdate/Site.h"
+#include "webupdate/Touch.h"
+
+namespace tarnwick {
+namespace {
+
+namespace fs = std::filesystem;
+
+void TellFailure(const std::string& what, const std::string& file, const std::error_code& error) {
+  ui::MessageBox(what + file + "\r\n" + error.message());
+}
+
+}  // namespace
+
+std::string FileNameOf(const FileEntry& entry) {
+  return entry.Name + "." + entry.Ext;
+}
+
+std::error_code SavePackage(const fs::path& folder, FileEntry& entry, std::string_view content) {
+  const fs::path packagePath = folder / FileNameOf(entry);
+  const fs::path notePath = folder / (entry.Name + ".txt");
+  const std::optional<std::string> oldNote = files::ReadWhole(notePath);
+  files::Staged package(packagePath);
+  files::Staged note(notePath);
+  if (const std::error_code error = package.Write(content)) return error;
+  if (const std::error_code error = note.Write(entry.Description)) return error;
+  if (const auto date = ReadDate(entry.Date)) {
+    Touch(package.Beside(), *date);
+    Touch(note.Beside(), *date);
+  }
+  if (const std::error_code error = note.Commit()) return error;
+  const std::error_code error = package.Commit();
+  if (!error) {
+    entry.Local = true;
+  } else if (oldNote) {
+    files::Replace(notePath, *oldNote);
+  } else {
+    files::Remove(notePath);
+  }
+  return error;
+}
+
+bool DownloadPackage(HTTPClass& http, const fs::path& folder, FileEntry& entry) {
+  if (!OpenSite(http)) return false;
+  const std::string content = FetchText(http, SitePath(FileNameOf(entry)));
+  if (content.empty()) return false;
+  const std::error_code error = SavePackage(folder, entry, content);
+  if (error) TellFailure("Unable to save the file ", FileNameOf(entry), error);
+  return !error;
+}
+
+bool RemovePackage(const fs::path& folder, FileEntry& entry) {
+  const fs::path package = FindPackage(folder, entry.Name);
+  if (package.empty()) return false;
+  const fs::path note = NoteOf(package);
+  if (const std::error_code error = files::Remove(package)) {
+    TellFailure("Unable to delete the file ", package.filename().string(), error);
+    return false;
+  }
+  if (files::FileExists(note)) {
+    if (const std::error_code error = files::Remove(note)) {
+      TellFailure("Unable to delete the file ", note.filename().string(), error);
+    }
+  }
+  entry.Local = !FindPackage(folder, entry.Name).empty();
+  return true;
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,32 @@
+// Packages fetched from the update site into the firmware folder, and deleted there.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include "webupdate/Catalogue.h"
+
+namespace tarnwick {
+
+class HTTPClass;
+
+/// The name under which the site offers the package.
+std::string FileNameOf(const FileEntry& entry);
+
+/// Puts a package and its note into `folder`, both with the date of the catalogue where that is one, and
+/// marks the entry as local. On an error both files are as they were, and so is the entry. A program killed
+/// meanwhile has changed the note at most, which nobody looks at without its package.
+std::error_code SavePackage(const std::filesystem::path& folder, FileEntry& entry, std::string_view content);
+
+/// Fetches the package of `entry` and saves it. True when it is in the folder; false after a message, and
+/// without one where no session opens or the answer is empty.
+bool DownloadPackage(HTTPClass& http, const std::filesystem::path& folder, FileEntry& entry);
+
+/// Deletes the package of `entry`, whatever the case of its name there, and the note beside it. True when
+/// the package has gone; what could not be deleted is told. The entry says afterwards whether a package of
+/// that name is still there.
+bool RemovePackage(const std::filesystem::path& folder, FileEntry& entry);
+
+}  // namespace tarnwick

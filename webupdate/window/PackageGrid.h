@@ -1,0 +1,42 @@
+// The grid of the web update window: one row a package, one of them current.
+#pragma once
+
+#include <QTableView>
+#include <functional>
+
+#include "PackageTable.h"
+
+namespace tarnwick {
+
+/// Rows are numbered from 1, since row 0 is the header's.
+///
+/// The row that is current at first has not been chosen: it is not shown as selected, and `onChoose` has
+/// not run for it. `onChoose` runs for a click on a row, the current one too, and for a choice by keyboard.
+class PackageGrid final : public QTableView {
+ public:
+  PackageGrid(QWidget* parent, const Catalogue& catalogue);
+
+  /// Shows the list as it is now, with its columns fitted. The current row keeps its number as long as
+  /// there is one of that number, else the last one is current. No event.
+  void Fill();
+  /// The current row; 0 when there is none.
+  int Row() const { return currentIndex().row() + 1; }
+  /// Selects a row without an event.
+  void Row(int row);
+
+  std::function<void()> onChoose;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+
+ private:
+  void Chosen();
+  void FitColumns();
+
+  PackageTable mTable;
+  bool mQuiet = false;  ///< A row is being set, or the mouse is down: the event comes at its end, if at all.
+};
+
+}  // namespace tarnwick
