@@ -1,0 +1,189 @@
+// The web update window before a scripted site, clicked and typed at, and the page that opens it.
+#include <gmock/gmock.h>
+
+#include <QTableView>
+#include <QTimer>
+
+#include "support/HttpDouble.h"
+#include "support/ProgramTest.h"
+#include "webupdate/Touch.h"
+#include "webupdate/frmWebUpdate.h"
+
+namespace tarnwick::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* kSite = "/firmware/catalogue/";
+constexpr const char* kText =
+    "@bravo.qal,2005-03-01,2000\r\nAbout bravo\r\n@Alpha.QAL,2004-02-29,6\r\nAbout Alpha\r\n"
+    "%focus.qal,2005-01-01,3\r\nFor accessories\r\n@delta.qal,soon,x";
+
+class WebUpdateTest : public ProgramTest {
+ protected:
+  WebUpdateTest() {
+    std::filesystem::create_directories(Folder());
+    WriteFile(Folder() / "bravo.qal", "old bravo");
+    WriteFile(Folder() / "zulu.qal", "zulu");
+    WriteFile(Folder() / "zulu.txt", "Note of zulu\r\n");
+    site.replies[std::string(kSite) + "list.txt"] = {kText};
+    site.replies[std::string(kSite) + "Alpha.QAL"] = {"alpha!"};
+    gFirmwareDir = Folder();
+    ReadUrl(gDefaultURL);
+    web.emplace(nullptr);
+  }
+  static void ReadUrl(const std::string& url) {
+    gURL = url;
+    const UrlParts parts = SplitUrl(url);
+    DomainName = parts.name;
+    DomainPath = parts.path;
+    DomainDir = parts.dir;
+  }
+  void Open() {
+    web->Form_Load();
+    web->show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&*web));
+  }
+  std::filesystem::path Folder() const { return folder / "MotorControllers"; }
+  template <class Widget = QWidget>
+  Widget& On(const char* name) {
+    return *web->findChild<Widget*>(QLatin1String(name));
+  }
+  void Press(const char* name) { QTest::mouseClick(&On(name), Qt::LeftButton); }
+  void Choose(int row) {
+    auto& grid = On<QTableView>("Grid");
+    const QPoint at = grid.visualRect(grid.model()->index(row - 1, 0)).center();
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, at);
+  }
+  /// Each row as "name date size place", orange ones with "*".
+  std::vector<std::string> Rows() {
+    std::vector<std::string> rows;
+    const QAbstractItemModel& model = *On<QTableView>("Grid").model();
+    for (int row = 0; row < model.rowCount(); ++row) {
+      QStringList cells;
+      for (int column = 0; column < 4; ++column) cells << model.index(row, column).data().toString();
+      const auto colour = model.index(row, 3).data(Qt::BackgroundRole).value<QColor>();
+      EXPECT_TRUE(colour == QColor(255, 255, 255) || colour == QColor(0xFF, 0xC0, 0x80));
+      rows.push_back((cells.join(' ') + (colour == QColor(255, 255, 255) ? "" : " *")).toStdString());
+    }
+    return rows;
+  }
+  /// Which of the buttons are on: Download, Remove, Done.
+  std::string Buttons() {
+    std::string on;
+    for (const char* const name : {"cmdDownload", "cmdRemove", "cmdDone"})
+      on += On(name).isEnabled() ? '1' : '0';
+    return on;
+  }
+  std::string About() { return On<QPlainTextEdit>("txtDescription").toPlainText().toStdString(); }
+  std::string Bar() { return On("progress").accessibleDescription().toStdString(); }
+
+  HttpDouble site;
+  std::optional<frmWebUpdate> web;
+};
+
+TEST_F(WebUpdateTest, OpensWithBothLists) {
+  ReadUrl("Me:Secret@other.example/a/b/list.txt");
+  site.replies["/a/b/list.txt"] = {kText};
+  Open();
+  EXPECT_EQ(web->windowTitle(), " Web Updates [other.example/a/b/list.txt]");
+  EXPECT_THAT(Rows(), ElementsAre("Alpha 2004-02-29 6 Remote *", "bravo 2005-03-01 2000 Local",
+                                  "delta soon 0 Remote *", testing::MatchesRegex("zulu .* 4 Local")));
+  EXPECT_EQ(Buttons() + Bar() + About(), "001");
+  Choose(1);
+  EXPECT_EQ(Buttons() + Bar() + About(), "101About Alpha\n");
+  QTest::keyClick(&On("Grid"), Qt::Key_End, Qt::ControlModifier);
+  EXPECT_EQ(Buttons() + About(), "011Note of zulu\n");
+  QTest::keyClick(&*web, Qt::Key_Escape);
+  EXPECT_FALSE(web->isVisible());
+  EXPECT_EQ(web->FirmwareText(), "zulu");
+}
+
+TEST_F(WebUpdateTest, OpensWithoutASite) {
+  site.replies.clear();
+  Open();
+  EXPECT_EQ(web->windowTitle(), "Web Updates");
+  EXPECT_THAT(Said(), ElementsAre(testing::StartsWith("Ok !|Unable to connect to the Halcyrion")));
+  QTest::keyClick(&On("Grid"), Qt::Key_Down);
+  EXPECT_EQ(Buttons(), "011") << "The first step down chooses the first row.";
+  std::filesystem::remove_all(Folder());
+  web.emplace(nullptr);
+  Open();
+  EXPECT_THAT(Rows(), IsEmpty());
+  Press("cmdDone");
+  EXPECT_EQ(web->FirmwareText(), "");
+}
+
+TEST_F(WebUpdateTest, TransferIsLeftAloneUntilItEnds) {
+  Open();
+  Choose(1);
+  std::string during;
+  onPump = [&] {
+    if (Buttons() != "000" || !during.empty()) return;
+    during = Bar();
+    Choose(2);
+    QTest::keyClick(&*web, Qt::Key_Escape);
+    web->close();
+    EXPECT_TRUE(web->isVisible());
+    EXPECT_EQ(Buttons() + Bar() + About(), "000" + during + "About bravo\n");
+  };
+  Press("cmdDownload");
+  onPump = {};
+  EXPECT_EQ(during, "100%");
+  EXPECT_EQ(Buttons() + Bar() + About(), "011Download CompleteAbout bravo\n") << "The row chosen meanwhile.";
+  EXPECT_EQ(ReadFile(Folder() / "Alpha.QAL") + ReadFile(Folder() / "Alpha.txt"), "alpha!About Alpha\r\n");
+  EXPECT_THAT(Rows(), testing::Contains("Alpha 2004-02-29 6 Local"));
+  Choose(1);
+  EXPECT_EQ(Buttons() + Bar() + About(), "011About Alpha\n");
+  Choose(3);
+  Press("cmdDownload");
+  EXPECT_EQ(Buttons() + Bar() + About(), "101") << "Not on the site.";
+  EXPECT_EQ(Said().size(), 1U);
+}
+
+TEST_F(WebUpdateTest, RemovesAfterAQuestion) {
+  Open();
+  Choose(2);
+  user.answers = {ui::Answer::No};
+  Press("cmdRemove");
+  EXPECT_EQ(Buttons(), "011");
+  Press("cmdRemove");
+  EXPECT_EQ(Buttons(), "101");
+  EXPECT_THAT(Rows(), testing::Contains("bravo 2005-03-01 2000 Remote *"));
+  const std::string question = "Are you sure you want to Remove this file from your computer?";
+  EXPECT_THAT(Said(), ElementsAre("YesNo ?|" + question, "YesNo ?|" + question));
+  Choose(4);
+  Press("cmdRemove");
+  EXPECT_THAT(Said(), ElementsAre("YesNo ?|Warning: This firmware is no longer available online.\r\nIf you "
+                                  "remove it, you will not be able re-download it.\r\n\r\n" +
+                                  question));
+  EXPECT_EQ(Rows().size(), 3U);
+  EXPECT_EQ(Buttons(), "101") << "The row above is current.";
+  EXPECT_TRUE(std::filesystem::is_empty(Folder()));
+  Press("cmdDone");
+  EXPECT_EQ(web->FirmwareText(), "delta");
+}
+
+TEST_F(WebUpdateTest, PageSelectsWhatWasCurrent) {
+  web.reset();
+  Start();
+  WalkTo(3, "None");
+  QTimer closing;
+  QObject::connect(&closing, &QTimer::timeout, [&] {
+    auto* const dialog = window.findChild<frmWebUpdate*>();
+    if (dialog == nullptr || !dialog->isVisible()) return;
+    EXPECT_FALSE(window.isActiveWindow());
+    dialog->findChild<QTableView*>("Grid")->selectRow(3);
+    dialog->close();
+  });
+  closing.start(10);
+  Click("cmdWebUpdate");
+  EXPECT_EQ(Items("lstFirmware").at(static_cast<std::size_t>(Selected("lstFirmware"))), "zulu.qal");
+  EXPECT_EQ(window.findChild<frmWebUpdate*>(), nullptr);
+  EXPECT_TRUE(Live("cmdWebUpdate"));
+  ExpectAtRest();
+}
+
+}  // namespace
+}  // namespace tarnwick::test
