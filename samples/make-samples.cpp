@@ -1,6 +1,6 @@
-// Writes the sample packages for the simulated mount: `make-samples FOLDER`, where FOLDER is the
-// portable folder. The same bytes on every run. Where an image carries its version is told in
-// docs/package-format.md.
+// Writes the sample packages for the simulated mount: `make-samples FOLDER SITE`, where FOLDER is the
+// portable folder and SITE the sources of the sample update site. The same bytes on every run. Where an
+// image carries its version is told in docs/package-format.md.
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -34,6 +34,8 @@ struct Sample {
   std::uint16_t mask;     ///< Bits of a program memory word.
   std::string note = {};  ///< Text of the note file; none when empty.
   bool damaged = false;   ///< One record in the middle gets a wrong checksum.
+  bool portable = true;   ///< It is in the portable folder.
+  bool site = false;      ///< The update site has it.
 };
 
 const std::vector<std::string> kBothMotors = {"AZM MOTOR, 16", "ALT MOTOR, 17"};
@@ -54,11 +56,14 @@ const std::vector<Sample> kSamples = {
      {"AZM MOTOR, 16"},
      300,
      0x3FFF},
+    {"MotorControllers", "MC_0514", "MC_", 5, 14, "1.1", "Motor control 5.14", 5, "CORVANE", "", kBothMotors,
+     4000, 0x3FFF, "Motor control 5.14\r\n\r\nQuieter slewing at full speed.\r\n", false, false, true},
     {"MotorControllers", "MC_0513_DAMAGED", "MC_", 5, 13, "1.1", "Damaged on purpose", 5, "CORVANE", "",
      kBothMotors, 300, 0x3FFF, "", true},
     {"MotorControllers", "MCM_0730", "MCM_", 7, 30, "1.2", "Motor control M 7.30", 14, "CORVANEM", "5",
      kBothMotors, 600, 0xFFFF,
-     "Motor control M 7.30\r\n\r\nSmoother tracking at sidereal rate.\r\nFor hardware revision 5 only.\r\n"},
+     "Motor control M 7.30\r\n\r\nSmoother tracking at sidereal rate.\r\nFor hardware revision 5 only.\r\n",
+     false, true, true},
     {"MotorControllers", "MCPRO_0731", "MCP_", 7, 31, "1.2", "Motor control Pro 7.31", 13, "CORVANEPRO", "6",
      kBothMotors, 600, 0xFFFF},
     {"Accessories",
@@ -74,6 +79,23 @@ const std::vector<Sample> kSamples = {
      {"FOCUSER MOTOR, 18", "FDR MOTOR, 19"},
      300,
      0x3FFF},
+    {"Accessories",
+     "FOCUS_0105",
+     "FOC_",
+     1,
+     5,
+     "1.1",
+     "Focuser 1.05",
+     1,
+     "FOCUSER",
+     "",
+     {"FOCUSER MOTOR, 18", "FDR MOTOR, 19"},
+     300,
+     0x3FFF,
+     "Focuser 1.05\r\n",
+     false,
+     false,
+     true},
 };
 
 constexpr std::size_t kVersionPlace = 8;
@@ -139,24 +161,27 @@ bool Write(const std::filesystem::path& path, std::string_view content) {
   return !error;
 }
 
-bool WriteSamples(const std::filesystem::path& portable) {
-  for (const Sample& sample : kSamples) {
-    const std::filesystem::path folder = portable / sample.folder;
-    std::filesystem::create_directories(folder);
-    if (!Write(folder / (sample.name + ".qal"), PackageOf(sample))) return false;
-    if (!sample.note.empty() && !Write(folder / (sample.name + ".txt"), sample.note)) return false;
-  }
-  return true;
+bool WriteSample(const Sample& sample, const std::filesystem::path& home) {
+  const std::filesystem::path folder = home / sample.folder;
+  std::filesystem::create_directories(folder);
+  if (!Write(folder / (sample.name + ".qal"), PackageOf(sample))) return false;
+  return sample.note.empty() || Write(folder / (sample.name + ".txt"), sample.note);
+}
+
+bool WriteSamples(const std::filesystem::path& portable, const std::filesystem::path& site) {
+  return std::all_of(kSamples.begin(), kSamples.end(), [&](const Sample& sample) {
+    return (!sample.portable || WriteSample(sample, portable)) && (!sample.site || WriteSample(sample, site));
+  });
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fputs("usage: make-samples FOLDER\n", stderr);
+  if (argc != 3) {
+    std::fputs("usage: make-samples FOLDER SITE\n", stderr);
     return 2;
   }
   bool written = false;
-  const bool ended = Contain([&] { written = WriteSamples(argv[1]); });
+  const bool ended = Contain([&] { written = WriteSamples(argv[1], argv[2]); });
   return ended && written ? 0 : 1;
 }

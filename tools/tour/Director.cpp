@@ -90,24 +90,28 @@ bool Director::AnswerBox() {
 }
 
 void Director::PictureOfRun() {
-  if (mRunPictured) return;
-  const QWidget* const bar = mFrame.findChild<QWidget*>(QStringLiteral("progress"));
-  if (bar == nullptr || !bar->isVisible()) return;
-  const QString text = bar->accessibleDescription();
-  const int percent =
-      QStringView(text).mid(text.lastIndexOf(QLatin1Char(' ')) + 1).chopped(text.isEmpty() ? 0 : 1).toInt();
-  if (!text.startsWith(QLatin1String("Programming")) || percent < 45) return;
-  mRunPictured = true;
-  Picture("run-half-done");
+  for (const QWidget* const bar : mFrame.findChildren<QWidget*>(QStringLiteral("progress"))) {
+    const QString text = bar->isVisible() ? bar->accessibleDescription() : QString();
+    const QString last = text.mid(text.lastIndexOf(QLatin1Char(' ')) + 1);
+    if (!last.endsWith(QLatin1Char('%')) || last.chopped(1).toInt() < 45) continue;
+    const bool programming = text.startsWith(QLatin1String("Programming"));
+    if (!programming && text != last) continue;
+    const std::string name = programming ? "run-half-done" : "web-downloading";
+    if (mRunsPictured.insert(name).second) Picture(name);
+  }
 }
 
 bool Director::AtRest() const {
+  const auto* const web = mFrame.findChild<QWidget*>(QStringLiteral("frmWebUpdate"));
+  if (web != nullptr)
+    return web->isVisible() && web->findChild<QWidget*>(QStringLiteral("cmdDone"))->isEnabled();
   const QWidget* const page = mFrame.findChild<QWidget*>(QStringLiteral("picPage"));
   return page != nullptr && page->isEnabled() && mFrame.isVisible();
 }
 
 void Director::Picture(const std::string& name) {
-  PictureOf(mFrame, name);
+  QWidget* const front = QApplication::activeModalWidget();
+  PictureOf(front != nullptr ? *front : mFrame, name);
 }
 
 void Director::PictureOf(QWidget& widget, const std::string& name) {

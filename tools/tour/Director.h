@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -35,6 +36,7 @@ class Director {
   /// Ends the play: the program has ended.
   void Curtain();
 
+  /// A picture of the window in front.
   void Picture(const std::string& name);
   void Note(const std::string& line);
   /// Notes what was checked; one that does not hold fails the play.
@@ -65,7 +67,7 @@ class Director {
   QMessageBox* mBox = nullptr;  ///< The box on view, to tell a new one from the one just answered.
   int mQuietTicks = 0;
   int mTicksLeft = 0;
-  bool mRunPictured = false;
+  std::set<std::string> mRunsPictured;
   bool mFailed = false;
 };
 

@@ -1,12 +1,14 @@
 // The tour: a whole visit of the program, from the first page to a written mount, by key and mouse.
 //
-//   tarnwick-tour [--dark] DIR
+//   tarnwick-tour [--dark] [--site CONFIGURATION] DIR
 //
 // Leaves a picture of every page, of a run half done and of each box in DIR, and "tour.txt" with
-// what was asked and answered. Exits 0 only when the memory that the simulated mount itself dumps
-// equals the package, word by word, and the report says so.
+// what was asked and answered. With the sample update site, which nginx serves by CONFIGURATION on a
+// loopback that has its name, a package is fetched and removed on the way. Exits 0 only when the memory that
+// the simulated mount itself dumps equals the package, word by word, and the report says so.
 #include <QApplication>
 #include <QComboBox>
+#include <QCommandLineParser>
 #include <QListWidget>
 #include <QPalette>
 #include <QPlainTextEdit>
@@ -16,6 +18,7 @@
 #include <iostream>
 
 #include "Director.h"
+#include "WebScenes.h"
 #include "app/App.h"
 #include "firmware/QALclass.h"
 #include "platform/program.h"
@@ -81,13 +84,23 @@ void ChooseItem(QListWidget& list, const QString& text) {
 
 class Tour {
  public:
-  Tour(Director& director, MountProcess& mount, const fs::path& package)
-      : mDirector(director), mMount(mount), mPackageName(package.filename().string()) {
+  /// Without a `site` nothing is fetched.
+  Tour(Director& director, MountProcess& mount, SampleSite* site, const fs::path& package)
+      : mDirector(director),
+        mMount(mount),
+        mSite(site),
+        mFolder(package.parent_path()),
+        mPackageName(package.filename().string()) {
     mPackage.LoadQALfile(package);
   }
 
   void Rehearse() {
     ChoosePort();
+    if (mSite != nullptr) {
+      RehearseWebUpdate(mDirector, *mSite, mFolder);
+    } else {
+      mDirector.Note("skipped the web update: there is no sample site");
+    }
     ChoosePackage();
     Program();
     Verify();
@@ -170,11 +183,14 @@ class Tour {
 
   Director& mDirector;
   MountProcess& mMount;
+  SampleSite* mSite;
+  fs::path mFolder;
   std::string mPackageName;
   QALclass mPackage;
 };
 
-int Run(QApplication& application, const fs::path& folder) {
+/// `siteConfiguration` is empty where there is no site.
+int Run(QApplication& application, const fs::path& folder, const QString& siteConfiguration) {
   const fs::path binaries = fs::read_symlink("/proc/self/exe").parent_path();
   QTemporaryDir scratch;
   const fs::path home =
@@ -195,7 +211,9 @@ int Run(QApplication& application, const fs::path& folder) {
   App app(application);
   Director director(app.Window(), folder);
   program::SetEnd([&director] { director.Curtain(); });
-  Tour tour(director, mount, home / "MotorControllers" / TARNWICK_TOUR_PACKAGE);
+  SampleSite site(siteConfiguration, QString::fromStdString(binaries.parent_path().string()));
+  Tour tour(director, mount, siteConfiguration.isEmpty() ? nullptr : &site,
+            home / "MotorControllers" / TARNWICK_TOUR_PACKAGE);
   tour.Rehearse();
   app.Start();
   return director.Play() ? 0 : 1;
@@ -206,18 +224,21 @@ int Run(QApplication& application, const fs::path& folder) {
 
 int main(int argc, char* argv[]) {
   QApplication application(argc, argv);
-  const bool dark = argc == 3 && std::string_view(argv[1]) == "--dark";
-  if (argc != 2 && !dark) {
-    std::cerr << "usage: tarnwick-tour [--dark] DIR\n";
-    return 2;
-  }
-  if (dark) tarnwick::tour::ApplyDarkPalette();
+  QCommandLineParser options;
+  options.addOption({QStringLiteral("dark"), QStringLiteral("On a dark desktop.")});
+  options.addOption({QStringLiteral("site"), QStringLiteral("nginx's configuration of the sample site."),
+                     QStringLiteral("configuration")});
+  options.addPositionalArgument(QStringLiteral("DIR"), QStringLiteral("Where the pictures go."));
+  options.process(application);
+  if (options.positionalArguments().size() != 1) options.showHelp(2);
+  if (options.isSet(QStringLiteral("dark"))) tarnwick::tour::ApplyDarkPalette();
   std::error_code error;
-  const std::filesystem::path folder = std::filesystem::absolute(argv[argc - 1]);
+  const std::filesystem::path folder =
+      std::filesystem::absolute(options.positionalArguments().front().toStdString());
   std::filesystem::create_directories(folder, error);
   if (error) {
     std::cerr << folder << ": " << error.message() << '\n';
     return 2;
   }
-  return tarnwick::tour::Run(application, folder);
+  return tarnwick::tour::Run(application, folder, options.value(QStringLiteral("site")));
 }

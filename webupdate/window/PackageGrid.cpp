@@ -12,6 +12,8 @@ namespace {
 
 /// No text makes a column wider than this, at the base font.
 constexpr int kWidestColumn = 260;
+/// Between the columns.
+constexpr int kAir = 12;
 
 }  // namespace
 
@@ -28,7 +30,7 @@ PackageGrid::PackageGrid(QWidget* parent, const Catalogue& catalogue)
   setFrameShape(QFrame::NoFrame);
   verticalHeader()->hide();
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-  verticalHeader()->setDefaultSectionSize(fontMetrics().height() + Pixels(4));
+  verticalHeader()->setDefaultSectionSize(fontMetrics().height() + Pixels(5));
   horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setStretchLastSection(true);
   horizontalHeader()->setMaximumSectionSize(Pixels(kWidestColumn));
@@ -55,6 +57,10 @@ void PackageGrid::Fill() {
 
 void PackageGrid::FitColumns() {
   resizeColumnsToContents();
+  QHeaderView& header = *horizontalHeader();
+  for (int column = 0; column < header.count(); ++column) {
+    header.resizeSection(column, header.sectionSize(column) + Pixels(kAir));
+  }
 }
 
 void PackageGrid::Row(int row) {

@@ -1,0 +1,16 @@
+// What the site offers of one folder of the sources.
+#pragma once
+
+#include <filesystem>
+
+#include "SitePlan.h"
+
+namespace tarnwick::site {
+
+/// The packages of `folder`, with their notes.
+void AddPackages(SitePlan& plan, const std::filesystem::path& folder, char tag);
+
+/// The files of the program in `folder`, with the versions that its "versions.txt" names.
+void AddProgramFiles(SitePlan& plan, const std::filesystem::path& folder);
+
+}  // namespace tarnwick::site
