@@ -124,16 +124,21 @@ std::error_code Staged::Write(std::string_view content) {
 }
 
 std::error_code Staged::Commit() {
-  if (::rename(mBeside.c_str(), mTarget.c_str()) != 0) return LastError();
-  mWritten = false;
-  FlushFolder(mTarget.parent_path());
-  return {};
+  const std::error_code error = Rename(mBeside, mTarget);
+  if (!error) mWritten = false;
+  return error;
 }
 
 std::error_code Replace(const fs::path& path, std::string_view content) {
   Staged file(path);
   const std::error_code error = file.Write(content);
   return error ? error : file.Commit();
+}
+
+std::error_code Rename(const fs::path& from, const fs::path& to) {
+  if (::rename(from.c_str(), to.c_str()) != 0) return LastError();
+  FlushFolder(to.parent_path());
+  return {};
 }
 
 std::error_code Remove(const fs::path& path) {

@@ -10,7 +10,8 @@ std::optional<Identity> gIdentity;
 std::function<void()> gEnd;
 
 Identity ReadIdentity() {
-  Identity identity{{}, "Tarnwick", TARNWICK_VERSION_MAJOR, TARNWICK_VERSION_MINOR, TARNWICK_VERSION_PATCH};
+  Identity identity{
+      {}, "Tarnwick", TARNWICK_VERSION_MAJOR, TARNWICK_VERSION_MINOR, TARNWICK_VERSION_PATCH, {}};
   std::error_code error;
   const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
   if (error) {
@@ -18,6 +19,7 @@ Identity ReadIdentity() {
   } else {
     identity.folder = executable.parent_path();
     identity.name = executable.stem().string();
+    identity.file = executable.filename().string();
   }
   return identity;
 }
@@ -31,6 +33,11 @@ const Identity& This() {
 
 void Set(Identity identity) {
   gIdentity = std::move(identity);
+}
+
+std::filesystem::path Executable() {
+  const Identity& self = This();
+  return self.folder / (self.file.empty() ? self.name : self.file);
 }
 
 std::string VersionText() {

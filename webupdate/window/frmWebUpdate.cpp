@@ -5,6 +5,7 @@
 #include "PackageGrid.h"
 #include "link/Devices.h"
 #include "platform/contain.h"
+#include "platform/program.h"
 #include "platform/qt/QtText.h"
 #include "platform/text.h"
 #include "platform/ui.h"
@@ -38,11 +39,11 @@ frmWebUpdate::frmWebUpdate(QWidget* owner) : QDialog(owner) {
 frmWebUpdate::~frmWebUpdate() = default;
 
 void frmWebUpdate::ShowModal() {
-  Form_Load();
+  if (!Form_Load()) return program::End();
   exec();
 }
 
-void frmWebUpdate::Form_Load() {
+bool frmWebUpdate::Form_Load() {
   Loading = true;
   setWindowTitle(qt::Show(Title()));
   CentreOnScreen();
@@ -59,6 +60,7 @@ void frmWebUpdate::Form_Load() {
   });
   Loading = false;
   ui::PumpEvents();
+  return !OfferNewProgram();
 }
 
 void frmWebUpdate::NewHTTP() {

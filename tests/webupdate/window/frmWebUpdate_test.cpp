@@ -4,8 +4,10 @@
 #include <QTableView>
 #include <QTimer>
 
+#include "platform/process.h"
 #include "support/HttpDouble.h"
 #include "support/ProgramTest.h"
+#include "webupdate/SelfUpdate.h"
 #include "webupdate/Touch.h"
 #include "webupdate/frmWebUpdate.h"
 
@@ -183,6 +185,46 @@ TEST_F(WebUpdateTest, PageSelectsWhatWasCurrent) {
   EXPECT_EQ(window.findChild<frmWebUpdate*>(), nullptr);
   EXPECT_TRUE(Live("cmdWebUpdate"));
   ExpectAtRest();
+}
+
+TEST_F(WebUpdateTest, ANewerProgramIsOfferedAndInstalledOnlyWhenAllIsRight) {
+  const KeyPair keys = *MakeKeyPair();
+  TrustKey(keys.open);
+  const std::string good = "new" + SignatureLine("new", "Tarnwick.EXE", "2.2.5", keys.secret);
+  site.replies[std::string(kSite) + "list.txt"] = {"$Tarnwick.EXE, 2.2.5, " + std::to_string(good.size()) +
+                                                   "\r\n" + kText};
+  const std::string question =
+      "YesNo ?|A newer version of this program is available.\r\n\r\nTarnwick.EXE  v2.2.5\r\n\r\n"
+      "Do you wish to download and install?";
+  std::string during;
+  bool started = false;
+  process::SetStarter([&](const process::Command&) { return started = true; });
+  onPump = [&] {
+    if (!web->isVisible()) return;
+    Choose(1);
+    during = Buttons() + Bar();
+  };
+  for (const char* const file : {"", "damaged", good.c_str()}) {
+    site.replies[std::string(kSite) + "Tarnwick.EXE"] = {file};
+    user.answers = {*file == '\0' ? ui::Answer::No : ui::Answer::Yes};
+    EXPECT_EQ(web->Form_Load(), file != good);
+    if (*file == '\0') {
+      EXPECT_THAT(Said(), ElementsAre(question));
+      EXPECT_EQ(during, "");
+    } else if (file != good) {
+      EXPECT_THAT(Said(), ElementsAre(question, "Ok !|Error updating program!"));
+    } else {
+      EXPECT_THAT(Said(), ElementsAre(question,
+                                      "Ok i|Program downloaded successfully ...\r\n\r\n"
+                                      "Press Ok to Run the New Version."));
+      EXPECT_EQ(during, "000Installing Program ...");
+    }
+    EXPECT_EQ(web->isVisible(), started);
+    EXPECT_EQ(Buttons(), started ? "000" : "001");
+  }
+  EXPECT_TRUE(started && std::filesystem::exists(folder / "$Tarnwick.EXE"));
+  onPump = {};
+  process::SetStarter({});
 }
 
 }  // namespace

@@ -46,6 +46,9 @@ class Staged {
 /// it was and nothing is left beside it.
 std::error_code Replace(const std::filesystem::path& path, std::string_view content);
 
+/// Gives a file another name in its folder, durably; what bore that name goes.
+std::error_code Rename(const std::filesystem::path& from, const std::filesystem::path& to);
+
 /// Deletes a file. None there is an error too.
 std::error_code Remove(const std::filesystem::path& path);
 

@@ -15,12 +15,16 @@ struct Identity {
   std::int32_t major = 0;
   std::int32_t minor = 0;
   std::int32_t revision = 0;
+  std::string file = {};  ///< The program's file name; empty where that is `name`.
 };
 
 /// The identity in use: what was set, else read from the running executable once.
 const Identity& This();
 /// Replaces the identity, for programs that drive this one and for tests.
 void Set(Identity identity);
+
+/// The running program's file.
+std::filesystem::path Executable();
 
 /// "2.2.4"
 std::string VersionText();

@@ -54,6 +54,9 @@ class Catalogue {
   const FileEntry& Files(std::int32_t index) const { return mFiles[static_cast<std::size_t>(index) - 1]; }
   std::int32_t ProgramCount() const { return static_cast<std::int32_t>(mPrograms.size()); }
   ProgramEntry& Programs(std::int32_t index) { return mPrograms[static_cast<std::size_t>(index) - 1]; }
+  const ProgramEntry& Programs(std::int32_t index) const {
+    return mPrograms[static_cast<std::size_t>(index) - 1];
+  }
 
   /// Takes a package off the list; the ones behind it move up.
   void DeleteFile(std::int32_t index) { mFiles.erase(mFiles.begin() + index - 1); }

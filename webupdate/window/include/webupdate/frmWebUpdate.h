@@ -27,14 +27,16 @@ class frmWebUpdate final : public QDialog {
   explicit frmWebUpdate(QWidget* owner);
   ~frmWebUpdate() override;
 
-  /// Loads the lists, shows the window before its owner, and returns when it has been unloaded.
+  /// Loads the lists, shows the window before its owner, and returns when it has been unloaded. Ends the
+  /// program instead when a newer one has been fetched.
   void ShowModal();
   /// The name, without extension, of the package that was current when the window unloaded; empty when
   /// there was none.
   const std::string& FirmwareText() const { return mFirmwareText; }
 
-  /// Loads the lists, which talks to the site and to the user. `ShowModal` begins with it.
-  void Form_Load();
+  /// Loads the lists and offers a newer program, which talks to the site and to the user. `ShowModal` begins
+  /// with it. False when the program is to end for a newer one: then nothing more is done with this window.
+  bool Form_Load();
   /// The close box and Escape are the Done button, which is dead while something runs.
   void reject() override;
 
@@ -45,6 +47,9 @@ class frmWebUpdate final : public QDialog {
   void CentreOnScreen();
 
   void LoadCatalogue();
+  /// True when a newer program waits for this one to end.
+  bool OfferNewProgram();
+  bool InstallNewProgram();
   void FillGrid();
   void ShowCurrentRow();
   void HTTP_Progress(std::int32_t count);
@@ -65,7 +70,7 @@ class frmWebUpdate final : public QDialog {
   Catalogue mCatalogue;
   std::int32_t ExpectedSize = 0;  ///< Bytes that the progress display divides by; 0 for no percentage.
   bool Loading = false;           ///< The lists are being made; the grid is not listened to.
-  bool mTransfer = false;         ///< A package is being fetched: buttons and `ExpectedSize` are its own.
+  bool mTransfer = false;         ///< A file is being fetched: buttons and `ExpectedSize` are its own.
   std::unique_ptr<HTTPClass> HTTP;
   std::string mFirmwareText;
 

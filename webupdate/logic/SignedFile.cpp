@@ -1,0 +1,117 @@
+#include "webupdate/SignedFile.h"
+
+#include <sodium.h>
+
+#include <algorithm>
+
+namespace tarnwick {
+namespace {
+
+using Signature = std::array<std::uint8_t, crypto_sign_BYTES>;
+
+constexpr std::string_view kBefore = "\n<!-- tarnwick signature ";
+constexpr std::string_view kBehind = " -->\n";
+constexpr std::size_t kBase64Length =
+    sodium_base64_ENCODED_LEN(crypto_sign_BYTES, sodium_base64_VARIANT_ORIGINAL) - 1;
+constexpr std::size_t kLineLength = kBefore.size() + kBase64Length + kBehind.size();
+
+static_assert(std::tuple_size_v<PublicKey> == crypto_sign_PUBLICKEYBYTES);
+static_assert(std::tuple_size_v<SecretKey> == crypto_sign_SECRETKEYBYTES);
+
+bool IsPlain(std::string_view text, unsigned char lowest) {
+  return !text.empty() && std::ranges::all_of(text, [lowest](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte >= lowest && byte != 0x7F;
+  });
+}
+
+/// What is signed: version and name on a line of their own, so that neither can be taken for a part of the
+/// other or of the content. None where they could.
+std::optional<std::string> HeadOf(std::string_view name, std::string_view version) {
+  if (!IsPlain(name, ' ') || !IsPlain(version, '!')) return std::nullopt;
+  std::string head = "tarnwick file 1 ";
+  return head.append(version).append(" ").append(name).append("\n");
+}
+
+const unsigned char* BytesOf(std::string_view text) {
+  return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+crypto_sign_state Digest(std::string_view head, std::string_view content) {
+  crypto_sign_state state;
+  crypto_sign_init(&state);
+  crypto_sign_update(&state, BytesOf(head), head.size());
+  crypto_sign_update(&state, BytesOf(content), content.size());
+  return state;
+}
+
+template <class Key>
+std::optional<Key> ReadKey(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string_view::npos) return std::nullopt;
+  text = text.substr(first, text.find_last_not_of(" \t\r\n") + 1 - first);
+  Key key{};
+  std::size_t length = 0;
+  const char* end = nullptr;
+  if (sodium_hex2bin(key.data(), key.size(), text.data(), text.size(), nullptr, &length, &end) != 0 ||
+      length != key.size() || end != text.data() + text.size())
+    return std::nullopt;
+  return key;
+}
+
+}  // namespace
+
+std::optional<KeyPair> MakeKeyPair() {
+  if (sodium_init() < 0) return std::nullopt;
+  KeyPair pair{};
+  crypto_sign_keypair(pair.open.data(), pair.secret.data());
+  return pair;
+}
+
+std::string KeyText(std::span<const std::uint8_t> key) {
+  std::string text(key.size() * 2 + 1, '\0');
+  sodium_bin2hex(text.data(), text.size(), key.data(), key.size());
+  text.pop_back();
+  return text;
+}
+
+std::optional<PublicKey> ReadPublicKey(std::string_view text) {
+  return ReadKey<PublicKey>(text);
+}
+std::optional<SecretKey> ReadSecretKey(std::string_view text) {
+  return ReadKey<SecretKey>(text);
+}
+
+std::string SignatureLine(std::string_view content, std::string_view name, std::string_view version,
+                          const SecretKey& key) {
+  const std::optional<std::string> head = HeadOf(name, version);
+  if (!head || sodium_init() < 0) return {};
+  crypto_sign_state state = Digest(*head, content);
+  Signature signature{};
+  crypto_sign_final_create(&state, signature.data(), nullptr, key.data());
+  std::string text(kBase64Length + 1, '\0');
+  sodium_bin2base64(text.data(), text.size(), signature.data(), signature.size(),
+                    sodium_base64_VARIANT_ORIGINAL);
+  text.pop_back();
+  return std::string(kBefore) + text + std::string(kBehind);
+}
+
+bool IsSigned(std::string_view file, std::string_view name, std::string_view version, const PublicKey& key) {
+  const std::optional<std::string> head = HeadOf(name, version);
+  if (!head || file.size() < kLineLength || sodium_init() < 0) return false;
+  const std::string_view content = file.substr(0, file.size() - kLineLength);
+  std::string_view line = file.substr(content.size());
+  if (!line.starts_with(kBefore) || !line.ends_with(kBehind)) return false;
+  line = line.substr(kBefore.size(), kBase64Length);
+  Signature signature{};
+  std::size_t length = 0;
+  const char* end = nullptr;
+  if (sodium_base642bin(signature.data(), signature.size(), line.data(), line.size(), nullptr, &length, &end,
+                        sodium_base64_VARIANT_ORIGINAL) != 0 ||
+      length != signature.size() || end != line.data() + line.size())
+    return false;
+  crypto_sign_state state = Digest(*head, content);
+  return crypto_sign_final_verify(&state, signature.data(), key.data()) == 0;
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,43 @@
+// The window's part in the program's own renewal.
+#include "platform/program.h"
+#include "platform/qt/QtText.h"
+#include "platform/ui.h"
+#include "webupdate/SelfUpdate.h"
+#include "webupdate/frmWebUpdate.h"
+#include "wizard/ProgressBar.h"
+
+namespace tarnwick {
+
+bool frmWebUpdate::OfferNewProgram() {
+  if (!CheckForNewProgram(mCatalogue)) return false;
+  if (ui::MessageBox(UpdateQuestion(mCatalogue), ui::Buttons::YesNo, ui::Icon::Question) != ui::Answer::Yes)
+    return false;
+  cmdDone->setEnabled(false);
+  mTransfer = true;
+  ui::PumpEvents();
+  // Before its time, so that the progress can be seen.
+  show();
+  repaint();
+  ui::PumpEvents();
+  const bool installed = InstallNewProgram();
+  mTransfer = false;
+  if (installed) return true;
+  ui::MessageBox("Error updating program!");
+  hide();
+  ExpectedSize = 0;
+  HTTP_Progress(0);
+  cmdDone->setEnabled(true);
+  return false;
+}
+
+bool frmWebUpdate::InstallNewProgram() {
+  ProgramInstaller installer({
+      .expect = [this](std::int32_t size) { ExpectedSize = size; },
+      .progress = [this](std::int32_t count) { HTTP_Progress(count); },
+      .hourglass = [this](bool on) { on ? setCursor(Qt::WaitCursor) : unsetCursor(); },
+      .pacifier = [this](const std::string& text) { mBar->Label(qt::Show(text)); },
+  });
+  return installer.InstallNewProgram(mCatalogue);
+}
+
+}  // namespace tarnwick
