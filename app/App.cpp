@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "BuiltInKey.h"
 #include "pages/Step1.h"
 #include "pages/Step2.h"
 #include "pages/Step3.h"
@@ -13,6 +14,7 @@
 #include "platform/http/CurlTransport.h"
 #include "platform/qt/HelpWindow.h"
 #include "platform/qt/QtUser.h"
+#include "webupdate/SelfUpdate.h"
 #include "wizard/WizardWindow.h"
 #include "wizard/modWizard.h"
 
@@ -50,6 +52,7 @@ struct App::Parts {
 App::App(QApplication& application) {
   application.setQuitOnLastWindowClosed(false);  // the window ends the program itself
   ApplyLook();
+  if (const auto key = ReadPublicKey(kBuiltInKey)) TrustKey(*key);
   mParts = std::make_unique<Parts>();
 }
 

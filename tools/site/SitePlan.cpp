@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <set>
 
+#include "Keys.h"
 #include "SitePackages.h"
 #include "platform/files.h"
 #include "platform/http.h"
@@ -99,9 +100,10 @@ bool Put(const fs::path& path, std::string_view content) {
 
 }  // namespace
 
-SitePlan MakePlan(const fs::path& source) {
+SitePlan MakePlan(const fs::path& source, const std::optional<SecretKey>& key) {
   SitePlan plan;
   AddProgramFiles(plan, source / kProgramSource);
+  if (key) SignProgramFiles(plan, *key);
   for (const PackageSource& each : kPackageSources) AddPackages(plan, source / each.folder, each.tag);
   CheckFiles(plan);
   if (plan.files.empty()) plan.faults.push_back(source.string() + ": nothing to publish");

@@ -3,8 +3,11 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "webupdate/SignedFile.h"
 
 namespace tarnwick::site {
 
@@ -27,8 +30,9 @@ struct SitePlan {
   std::vector<std::string> faults;
 };
 
-/// Reads all of `source` and plans its site. The same files with the same times give the same plan.
-SitePlan MakePlan(const std::filesystem::path& source);
+/// Reads all of `source` and plans its site; files of the program are signed where there is a key. The same
+/// files with the same times give the same plan.
+SitePlan MakePlan(const std::filesystem::path& source, const std::optional<SecretKey>& key);
 
 /// Writes the files into `folder`, the catalogue last, so that it never names what is not there. False
 /// after a message on standard error; the catalogue is then as it was.
