@@ -45,6 +45,14 @@ crypto_sign_state Digest(std::string_view head, std::string_view content) {
   return state;
 }
 
+std::string Base64(const Signature& signature) {
+  std::string text(kBase64Length + 1, '\0');
+  sodium_bin2base64(text.data(), text.size(), signature.data(), signature.size(),
+                    sodium_base64_VARIANT_ORIGINAL);
+  text.pop_back();
+  return text;
+}
+
 template <class Key>
 std::optional<Key> ReadKey(std::string_view text) {
   const std::size_t first = text.find_first_not_of(" \t\r\n");
@@ -89,11 +97,7 @@ std::string SignatureLine(std::string_view content, std::string_view name, std::
   crypto_sign_state state = Digest(*head, content);
   Signature signature{};
   crypto_sign_final_create(&state, signature.data(), nullptr, key.data());
-  std::string text(kBase64Length + 1, '\0');
-  sodium_bin2base64(text.data(), text.size(), signature.data(), signature.size(),
-                    sodium_base64_VARIANT_ORIGINAL);
-  text.pop_back();
-  return std::string(kBefore) + text + std::string(kBehind);
+  return std::string(kBefore) + Base64(signature) + std::string(kBehind);
 }
 
 bool IsSigned(std::string_view file, std::string_view name, std::string_view version, const PublicKey& key) {
@@ -105,11 +109,11 @@ bool IsSigned(std::string_view file, std::string_view name, std::string_view ver
   line = line.substr(kBefore.size(), kBase64Length);
   Signature signature{};
   std::size_t length = 0;
-  const char* end = nullptr;
-  if (sodium_base642bin(signature.data(), signature.size(), line.data(), line.size(), nullptr, &length, &end,
-                        sodium_base64_VARIANT_ORIGINAL) != 0 ||
-      length != signature.size() || end != line.data() + line.size())
+  if (sodium_base642bin(signature.data(), signature.size(), line.data(), line.size(), nullptr, &length,
+                        nullptr, sodium_base64_VARIANT_ORIGINAL) != 0)
     return false;
+  // The decoder is lenient; a signature is written in one way only.
+  if (Base64(signature) != line) return false;
   crypto_sign_state state = Digest(*head, content);
   return crypto_sign_final_verify(&state, signature.data(), key.data()) == 0;
 }
