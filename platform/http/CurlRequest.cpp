@@ -14,9 +14,9 @@ using Clock = std::chrono::steady_clock;
 
 /// The longest time in which nothing is painted.
 constexpr int kSliceMilliseconds = 20;
-/// More than this comes at once only from one who unpacks a small thing into a giant one.
-constexpr std::size_t kMostAtOnce = std::size_t{4} << 20;
-/// What the network hands over at a time: larger ones cost fewer calls, and more waiting for the first.
+/// Where so many bytes wait to be read, the server waits for the reader.
+constexpr std::size_t kMostWaiting = std::size_t{1} << 20;
+/// What the network hands over at a time: larger ones cost fewer calls.
 constexpr long kNetworkPiece = 128L << 10;
 constexpr long kMostRedirections = 5;
 
@@ -169,6 +169,7 @@ bool CurlRequest::Read(std::span<char> piece, std::size_t& count) {
 void CurlRequest::WaitForBody() {
   mWaiting.clear();
   mTaken = 0;
+  if (std::exchange(mPaused, false)) mCurl.pause(mEasy, CURLPAUSE_CONT);
   Clock::time_point heard = Clock::now();
   for (Step(); mWaiting.empty() && !mEnded; Step()) {
     if (std::exchange(mHeard, false)) heard = Clock::now();
@@ -197,7 +198,7 @@ std::size_t CurlRequest::OnHeader(char* data, std::size_t size, std::size_t item
 }
 
 std::size_t CurlRequest::OnBody(char* data, std::size_t size, std::size_t items, void* self) {
-  return static_cast<CurlRequest*>(self)->TakeBody({data, size * items}) ? size * items : 0;
+  return static_cast<CurlRequest*>(self)->TakeBody({data, size * items});
 }
 
 bool CurlRequest::TakeHeader(std::string_view line) {
@@ -216,12 +217,16 @@ bool CurlRequest::TakeHeader(std::string_view line) {
   return mHeaderBytes <= mLimits.headers;
 }
 
-bool CurlRequest::TakeBody(std::string_view data) {
+std::size_t CurlRequest::TakeBody(std::string_view data) {
   mHeard = true;
+  if (mWaiting.size() >= kMostWaiting) {
+    mPaused = true;
+    return CURL_WRITEFUNC_PAUSE;
+  }
   mBodyBytes += data.size();
-  if (mEncoded || mBodyBytes > mLimits.answer || mWaiting.size() + data.size() > kMostAtOnce) return false;
+  if (mEncoded || mBodyBytes > mLimits.answer) return 0;
   mWaiting.append(data);
-  return true;
+  return data.size();
 }
 
 }  // namespace tarnwick::http

@@ -43,7 +43,7 @@ class CurlRequest final : public IRequest {
   void SetMethod(const std::string& method);
   void AddHeader(const std::string& line);
   bool TakeHeader(std::string_view line);
-  bool TakeBody(std::string_view data);
+  std::size_t TakeBody(std::string_view data);
   /// Waits until bytes of the body are there, or the answer has ended.
   void WaitForBody();
   void Step();
@@ -61,6 +61,7 @@ class CurlRequest final : public IRequest {
   bool mHeadersWhole = false;  ///< Of the last answer that began.
   bool mEncoded = false;       ///< The answer is compressed, though nobody asked for that.
   bool mHeard = false;         ///< Something came since this was last looked at.
+  bool mPaused = false;        ///< libcurl keeps the next bytes until there is room.
   bool mEnded = false;
   bool mWhole = false;  ///< It ended as it should.
 };

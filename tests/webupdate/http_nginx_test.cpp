@@ -42,7 +42,7 @@ TEST(HttpNginxTest, FilesComeAsTheyAreAndCredentialsOnlyWhenAskedFor) {
   };
   NginxProcess nginx(TARNWICK_NGINX, kLocations);
   std::string content("\0\xFF\r\n", 4);
-  while (content.size() < 300'000) content += "line " + std::to_string(content.size()) + "\r\n";
+  while (content.size() < 6'000'000) content += "line " + std::to_string(content.size()) + "\r\n";
   for (const char* const folder : {"plain", "members", "chunked", "packed"}) {
     std::filesystem::create_directory(nginx.site / folder);
     WriteFile(nginx.site / folder / "a.qal", content);

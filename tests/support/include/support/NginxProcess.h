@@ -2,6 +2,7 @@
 #pragma once
 
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -30,6 +31,7 @@ class NginxProcess {
                   std::to_string(port) + "; root site; " + locations + " } }");
     mPid = ::fork();
     if (mPid == 0) {
+      ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a test that is killed leaves no server behind
       ::execl(program.c_str(), "nginx", "-p", mFolder.Path().c_str(), "-c", "nginx.conf", "-e", "errors",
               nullptr);
       ::_exit(127);
