@@ -70,6 +70,15 @@ function packages(    small, large) {
   row("16 MB with 1,000 devices that want none / with 1", share(cpu("others:1000/16777216"), cpu("others:1/16777216")), 1.1)
 }
 
+# Milliseconds a package and doubling of a list of `count` of them.
+function step(name, count) { return wall(name "/" count) / (count * log(count)) }
+
+function catalogue() {
+  row("catalogue of 10,000: step of n log n / at 100", share(step("Listed", 10000), step("Listed", 100)), 1)
+  row("the same, shown", share(step("Shown", 10000), step("Shown", 100)), 1)
+  row("catalogue of 10,000 merged, sorted, shown: seconds", wall("Shown/10000") / 1000, 0.5)
+}
+
 END {
   if (failed) {
     printf("%s", failed)
@@ -79,4 +88,5 @@ END {
   if (has("Unpaced")) line()
   if (has("Verify")) verify()
   if (has("qalinfo/image")) packages()
+  if (has("Listed/100")) catalogue()
 }

@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <algorithm>
+#include <array>
 
 #include "wizard/Controls.h"
 
@@ -14,6 +15,38 @@ namespace {
 constexpr int kWidestColumn = 260;
 /// Between the columns.
 constexpr int kAir = 12;
+
+/// The widths of single characters: enough to tell the widest of many texts, of which then that one is
+/// measured. To lay out each of them would take most of the time of a long list.
+class CharacterWidths {
+ public:
+  explicit CharacterWidths(const QFontMetrics& metrics) {
+    for (std::size_t i = 0; i < mWidths.size(); ++i) {
+      mWidths[i] = metrics.horizontalAdvance(QChar(static_cast<char16_t>(i)));
+    }
+  }
+
+  /// -1 where there is no row.
+  int WidestRow(const PackageTable& table, int column) const {
+    int widest = -1;
+    int most = -1;
+    for (int row = 0; row < table.rowCount(); ++row) {
+      const int width = WidthOf(table.Text(row, column));
+      if (width > most) widest = row;
+      most = std::max(most, width);
+    }
+    return widest;
+  }
+
+ private:
+  int WidthOf(const QString& text) const {
+    int width = 0;
+    for (const QChar c : text) width += mWidths[c.unicode() < mWidths.size() ? c.unicode() : 'W'];
+    return width;
+  }
+
+  std::array<int, 256> mWidths{};
+};
 
 }  // namespace
 
@@ -34,7 +67,6 @@ PackageGrid::PackageGrid(QWidget* parent, const Catalogue& catalogue)
   horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setStretchLastSection(true);
   horizontalHeader()->setMaximumSectionSize(Pixels(kWidestColumn));
-  horizontalHeader()->setResizeContentsPrecision(-1);
   connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] { Chosen(); });
 }
 
@@ -56,10 +88,14 @@ void PackageGrid::Fill() {
 }
 
 void PackageGrid::FitColumns() {
-  resizeColumnsToContents();
   QHeaderView& header = *horizontalHeader();
+  const CharacterWidths widths(fontMetrics());
   for (int column = 0; column < header.count(); ++column) {
-    header.resizeSection(column, header.sectionSize(column) + Pixels(kAir));
+    int fit = header.sectionSizeHint(column);
+    if (const int row = widths.WidestRow(mTable, column); row >= 0) {
+      fit = std::max(fit, sizeHintForIndex(mTable.index(row, column)).width());
+    }
+    header.resizeSection(column, fit + Pixels(kAir));
   }
 }
 

@@ -19,10 +19,10 @@ class PackageTable final : public QAbstractTableModel {
   int columnCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
-
- private:
+  /// What the cell shows; `row` is from 0.
   QString Text(int row, int column) const;
 
+ private:
   const Catalogue& mCatalogue;
   int mRows = 0;
 };
