@@ -196,7 +196,7 @@ TEST_F(SwapTest, HostileNamesAndFoldersRunNothingAndReachNothing) {
     for (int part = 0; part < 4; ++part) name += pieces[random() % pieces.size()];
     return name;
   };
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < 600; ++round) {
     home = folder / "in" / hostile();
     fs::create_directories(home);
     const std::string installed = hostile();
