@@ -76,8 +76,11 @@ SampleSite::~SampleSite() {
 bool SampleSite::Start() {
   const QString pid = mFolder + QStringLiteral("/nginx.pid");
   QFile::remove(pid);
-  mServer.start(QStringLiteral("nginx"), {QStringLiteral("-p"), mFolder, QStringLiteral("-e"),
-                                          QStringLiteral("nginx.log"), QStringLiteral("-c"), mConfiguration});
+  // The server does not outlive a tour that is killed.
+  mServer.start(
+      QStringLiteral("setpriv"),
+      {QStringLiteral("--pdeathsig"), QStringLiteral("TERM"), QStringLiteral("nginx"), QStringLiteral("-p"),
+       mFolder, QStringLiteral("-e"), QStringLiteral("nginx.log"), QStringLiteral("-c"), mConfiguration});
   // It listens before it writes that file.
   return mServer.waitForStarted(kPatience) &&
          QTest::qWaitFor([&] { return QFileInfo::exists(pid); }, kPatience);

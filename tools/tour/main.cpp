@@ -203,7 +203,7 @@ int Run(QApplication& application, const fs::path& folder, const QString& siteCo
   if (!mount.Start(QString::fromStdString((binaries / "tarnwick-mount").string()),
                    {QStringLiteral("--link"), QString::fromStdString(port.string()),
                     QStringLiteral("--model"), QStringLiteral("5"), QStringLiteral("--revision"),
-                    QStringLiteral("2"), QStringLiteral("--old-boot")})) {
+                    QStringLiteral("2"), QStringLiteral("--old-boot"), QStringLiteral("--until-eof")})) {
     std::cerr << "The simulated mount did not start.\n";
     return 1;
   }
