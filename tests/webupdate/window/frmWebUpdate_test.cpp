@@ -144,6 +144,27 @@ TEST_F(WebUpdateTest, TransferIsLeftAloneUntilItEnds) {
   EXPECT_EQ(Said().size(), 1U);
 }
 
+TEST_F(WebUpdateTest, ProgressThatShowsAlreadyPaintsNothing) {
+  constexpr int kPieces = 5000;
+  site.replies[std::string(kSite) + "list.txt"] = {"@Alpha.QAL,2004-02-29," + std::to_string(kPieces * 1024)};
+  site.replies[std::string(kSite) + "Alpha.QAL"] = {std::string(kPieces * 1024, 'x')};
+  struct : QObject {
+    bool eventFilter(QObject*, QEvent* event) override {
+      paints += event->type() == QEvent::Paint;
+      return false;
+    }
+    int paints = 0;
+  } watch;
+  Open();
+  Choose(1);
+  On("progress").installEventFilter(&watch);
+  const int pumps = user.pumps;
+  Press("cmdDownload");
+  EXPECT_GT(user.pumps - pumps, 2 * kPieces) << "One by the client and one by the window for each piece.";
+  EXPECT_GT(watch.paints, 100);
+  EXPECT_LT(watch.paints, On("progress").width() + 150) << "One for each pixel and one for each percent.";
+}
+
 TEST_F(WebUpdateTest, RemovesAfterAQuestion) {
   Open();
   Choose(2);
