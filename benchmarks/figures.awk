@@ -53,6 +53,14 @@ function verify() {
   printf("%-58s %-10s %8.3f\n", "  the same with an exchange for each word", where, value["Verify", "payload_alone"])
 }
 
+function web() {
+  row("10 MB saved: curl / with progress after each 1024 bytes", share(wall("Curl/10485760"), wall("Client/10485760")), 0.5, 1)
+  row("60 MB saved: curl / with progress after each 1024 bytes", share(wall("Curl/62914560"), wall("Client/62914560")), 0.35, 1)
+  row("100 KB package, click to file / of a curl process", share(wall("Click/100000"), wall("Curl/100000")), 4)
+  row("longest time without painting in a download, of 50 ms", value["Painting/62914560", "longest"] / 0.05, 1)
+  row("longest time without painting in a stall, of 50 ms", value["PaintingStalled/1048576", "longest"] / 0.05, 1)
+}
+
 function packages(    small, large) {
   row("64 MB: srec_cat / qalinfo", share(wall("srec_cat/64MB"), wall("qalinfo/64MB")), 20, 1)
   row("64 MB: objcopy / qalinfo", share(wall("objcopy/64MB"), wall("qalinfo/64MB")), 7, 1)
@@ -87,6 +95,7 @@ END {
   if (has("block")) windows()
   if (has("Unpaced")) line()
   if (has("Verify")) verify()
+  if (has("Click/100000")) web()
   if (has("qalinfo/image")) packages()
   if (has("Listed/100")) catalogue()
 }

@@ -12,10 +12,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// The longest time in which nothing is painted.
-constexpr int kSliceMilliseconds = 20;
+/// The longest wait between two rounds of painting.
+constexpr int kSliceMilliseconds = 10;
 /// Where so many bytes wait to be read, the server waits for the reader.
-constexpr std::size_t kMostWaiting = std::size_t{1} << 20;
+constexpr std::size_t kMostWaiting = std::size_t{256} << 10;
 /// What the network hands over at a time: larger ones cost fewer calls.
 constexpr long kNetworkPiece = 128L << 10;
 constexpr long kMostRedirections = 5;

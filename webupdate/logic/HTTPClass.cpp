@@ -44,7 +44,9 @@ bool Holds(std::string_view text, std::string_view word) {
 }
 
 bool IsRefusal(std::string_view answer) {
-  return Holds(answer, "<HTML>") && Holds(answer, "UNAUTHORISED");
+  // The first question is the fast one, and packages answer it.
+  return answer.find('<') != std::string_view::npos && Holds(answer, "<HTML>") &&
+         Holds(answer, "UNAUTHORISED");
 }
 
 /// A part of a content that nobody asked a part of is no content either.
@@ -180,8 +182,10 @@ bool HTTPClass::Receive(http::IRequest& request, std::string& answer, Kind kind)
 }
 
 void HTTPClass::Report(const std::string& answer, Kind kind) const {
+  const std::uint64_t rounds = ui::Rounds();
   if (Progress) Progress(static_cast<std::int32_t>(answer.size()));
-  if (kind == Kind::Text) ui::PumpEvents();
+  // Behind a listener that pumps, another round finds nothing, and would be half of what a piece costs.
+  if (kind == Kind::Text && ui::Rounds() == rounds) ui::PumpEvents();
 }
 
 }  // namespace tarnwick
