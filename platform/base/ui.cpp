@@ -25,7 +25,6 @@ class Nobody final : public IUserInterface {
 
 Nobody gNobody;
 IUserInterface* gUser = &gNobody;
-std::uint64_t gRounds = 0;
 
 }  // namespace
 
@@ -43,11 +42,7 @@ std::string InputBox(std::string_view prompt, std::string_view title, std::strin
   return gUser->InputBox(prompt, title, proposed);
 }
 void PumpEvents() {
-  ++gRounds;
   gUser->PumpEvents();
-}
-std::uint64_t Rounds() {
-  return gRounds;
 }
 void PumpPainting() {
   gUser->PumpPainting();

@@ -182,10 +182,8 @@ bool HTTPClass::Receive(http::IRequest& request, std::string& answer, Kind kind)
 }
 
 void HTTPClass::Report(const std::string& answer, Kind kind) const {
-  const std::uint64_t rounds = ui::Rounds();
   if (Progress) Progress(static_cast<std::int32_t>(answer.size()));
-  // Behind a listener that pumps, another round finds nothing, and would be half of what a piece costs.
-  if (kind == Kind::Text && ui::Rounds() == rounds) ui::PumpEvents();
+  if (kind == Kind::Text) ui::PumpEvents();
 }
 
 }  // namespace tarnwick

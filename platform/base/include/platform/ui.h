@@ -1,7 +1,6 @@
 // The user, as the rules of the program see one: boxes to answer, a beep, and pending events.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -45,8 +44,6 @@ Answer MessageBox(std::string_view text, Buttons buttons = Buttons::Ok, Icon ico
 std::string InputBox(std::string_view prompt, std::string_view title, std::string_view proposed);
 void PumpEvents();
 void PumpPainting();
-/// How often `PumpEvents` was called, to tell whether someone has.
-std::uint64_t Rounds();
 void Beep();
 
 }  // namespace tarnwick::ui

@@ -44,8 +44,7 @@ class HTTPClass {
 
   /// Asks for `file`, a path that begins with "/", and gives the answer, or nothing. `method` becomes
   /// upper case. No referrer is ever sent. With `reload` no cache may answer. A page of the site that
-  /// refuses the user is shown as that and gives nothing. Pumps events after each piece, unless the
-  /// listener has.
+  /// refuses the user is shown as that and gives nothing. Pumps events after each piece.
   std::string SendRequest(std::string file, std::string& method, const std::string& referer = {},
                           bool reload = false);
   /// The same for bytes, which are not looked at. Pumps no events by itself: the listener does.
