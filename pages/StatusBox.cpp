@@ -10,8 +10,12 @@ void StatusBox::ShowReport() {
   Text(BuildStatusReport());
 }
 
-void StatusBox::Refresh() {
+void StatusBox::ShowWaiting() {
   TextNow("Determining Status ...");
+}
+
+void StatusBox::Refresh() {
+  ShowWaiting();
   RefreshDevices();
   ShowReport();
 }

@@ -10,7 +10,9 @@ class StatusBox final : public TextBox {
  public:
   explicit StatusBox(QWidget* parent);
   void ShowReport();
-  /// Says that the status is being determined, reads every device anew and shows the report.
+  /// Says that the status is being determined, at once.
+  void ShowWaiting();
+  /// `ShowWaiting`, then reads every device anew and shows the report.
   void Refresh();
 };
 

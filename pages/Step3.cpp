@@ -126,18 +126,21 @@ void Step3::BeforePageShow(CWizard& wizard, std::int16_t currentStep) {
   txtStatus->ShowReport();
 }
 
+void Step3::EnableButtons(bool enabled) {
+  for (QPushButton* const button : {cmdRefresh, cmdWebUpdate}) button->setEnabled(enabled);
+}
+
 void Step3::cmdRefresh_Click() {
   CWizard& wizard = gController->WizardHandle();
   wizard.Frozen(true);
-  cmdRefresh->setEnabled(false);
-  if (gComPort.empty()) {
-    txtStatus->TextNow("Determining Status ...");
-    txtStatus->ShowReport();
-  } else {
+  EnableButtons(false);
+  txtStatus->ShowWaiting();
+  if (!gComPort.empty()) {
     LockHandControl();
-    txtStatus->Refresh();
+    RefreshDevices();
   }
-  cmdRefresh->setEnabled(true);
+  txtStatus->ShowReport();
+  EnableButtons(true);
   wizard.Frozen(false);
 }
 

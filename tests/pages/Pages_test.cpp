@@ -117,7 +117,13 @@ TEST_F(Pages, ThreeReadsTheDevicesAnewAndKeepsItsChoiceOnTheWayBack) {
   WalkTo(3);
   ClickRow("lstFirmware", 1);
   Calls();
+  std::string shown;
+  link.log = [&](const std::string& call) {
+    if (call == "lockHc") shown = Text("txtStatus");
+  };
   Click("cmdRefresh");
+  link.log = {};
+  EXPECT_EQ(shown, "Determining Status ...");
   EXPECT_THAT(Calls(), ElementsAre("getSerialMode", "lockHc", "getMcState 16", "getHwRev 16", "getModel 16",
                                    "getMcState 17", "getHwRev 17", "getModel 17"));
   WalkTo(4);

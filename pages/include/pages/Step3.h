@@ -27,6 +27,7 @@ class Step3 final : public PageWindow {
   /// Lists the packages of `gFirmwareDir` and selects `selectName`, ignoring case, else the first.
   void ListFirmware(const std::string& selectName);
   void lstFirmware_Click();
+  void EnableButtons(bool enabled);
   void cmdRefresh_Click();
   /// The web update window; what was current there is selected here afterwards.
   void cmdWebUpdate_Click();
