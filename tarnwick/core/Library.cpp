@@ -177,9 +177,9 @@ std::int32_t Library::EnterBoot(std::int32_t address) {
 }
 
 std::int32_t Library::StartProgramming(std::int32_t address) {
-  const std::int32_t result = AskPlain(address, Command::Start);
-  if (result == kOk) mWritten[address].Clear();
-  return result;
+  // Also when no answer comes: the device may have started all the same, with its memory erased.
+  mWritten.erase(address);
+  return AskPlain(address, Command::Start);
 }
 
 std::int32_t Library::SendData(std::int32_t address, std::int32_t count, const std::int32_t* elements) {

@@ -146,6 +146,22 @@ TEST(Library, FindsItsWayBackAfterAPowerCycleWithinTheCall) {
   }
 }
 
+TEST(Library, HoldsTheDeviceAgainstWhatItWasSentSinceStartAlone) {
+  Bench bench;
+  const std::int32_t last[4] = {1, 0, 0x34, 0x12}, first[4] = {0, 0, 0x78, 0x16};
+  ASSERT_EQ(bench.library.InitSerial("COM5"), 0);
+  EXPECT_EQ(bench.library.EnterBoot(16) + bench.library.StartProgramming(16), 2);
+  EXPECT_EQ(bench.library.SendData(16, 4, last), 1);
+  bench.mount.PowerCycle();
+  EXPECT_EQ(bench.State(16), 2);
+  bench.line.line.toLibrary = [](Bytes& bytes) { bytes.clear(); };
+  EXPECT_EQ(bench.library.StartProgramming(16), 0);  // It did start; only its answers were lost.
+  bench.line.line.toLibrary = nullptr;
+  EXPECT_EQ(bench.State(16), 3);
+  EXPECT_EQ(bench.library.SendData(16, 4, first), 1);
+  EXPECT_EQ(bench.library.EndProgramming(16), 1);
+}
+
 TEST(Library, ReadsAheadWhatNothingCanHaveChanged) {
   Bench bench;
   ASSERT_EQ(bench.library.InitSerial("COM5"), 0);
