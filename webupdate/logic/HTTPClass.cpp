@@ -160,8 +160,12 @@ std::string HTTPClass::Answer(http::IRequest& request, Kind kind) {
   // Where memory runs out, the answer broke off.
   Contain([&] { whole = Receive(request, answer, kind); });
   if (whole) return answer;
-  ui::MessageBox(kNoConnection);
+  TellNoConnection();
   return {};
+}
+
+void HTTPClass::TellNoConnection() {
+  ui::MessageBox(kNoConnection);
 }
 
 bool HTTPClass::Receive(http::IRequest& request, std::string& answer, Kind kind) {

@@ -1,9 +1,11 @@
 #include "webupdate/Packages.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "firmware/PackageFolder.h"
 #include "platform/files.h"
+#include "platform/text.h"
 #include "platform/ui.h"
 #include "webupdate/HTTPClass.h"
 #include "webupdate/Site.h"
@@ -16,6 +18,15 @@ namespace fs = std::filesystem;
 
 void TellFailure(const std::string& what, const std::string& file, const std::error_code& error) {
   ui::MessageBox(what + file + "\r\n" + error.message());
+}
+
+/// True for a page, with which some networks answer in place of the site until the user has logged in.
+bool IsPage(std::string_view content) {
+  content.remove_prefix(std::min(content.find_first_not_of(" \t\r\n"), content.size()));
+  const auto begins = [content](std::string_view tag) {
+    return text::EqualNoCase(content.substr(0, tag.size()), tag);
+  };
+  return begins("<!DOCTYPE HTML") || begins("<HTML");
 }
 
 }  // namespace
@@ -52,6 +63,10 @@ bool DownloadPackage(HTTPClass& http, const fs::path& folder, FileEntry& entry) 
   if (!OpenSite(http)) return false;
   const std::string content = FetchText(http, SitePath(FileNameOf(entry)));
   if (content.empty()) return false;
+  if (IsPage(content)) {
+    HTTPClass::TellNoConnection();
+    return false;
+  }
   const std::error_code error = SavePackage(folder, entry, content);
   if (error) TellFailure("Unable to save the file ", FileNameOf(entry), error);
   return !error;

@@ -199,8 +199,8 @@ TEST_F(PackagesTest, RemovalLeavesTheListTrue) {
 }
 
 TEST_F(PackagesTest, NothingIsWrittenWithoutAWholeAnswer) {
-  const HttpReply none[] = {
-      {"x", 404}, {"x", 200, false}, {"x", 200, true, false}, {""}, {"<html>Unauthorised"}};
+  const HttpReply none[] = {{"x", 404}, {"x", 200, false},      {"x", 200, true, false},
+                            {""},       {"<html>Unauthorised"}, {"\r\n<!doctype html><p>Log in"}};
   for (const HttpReply& reply : none) {
     site.replies["/a.qal"] = reply;
     Prepare(kOld);

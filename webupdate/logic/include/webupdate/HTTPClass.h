@@ -51,6 +51,9 @@ class HTTPClass {
   std::string SendRequestBinary(std::string file, std::string& method, const std::string& referer = {},
                                 bool reload = false);
 
+  /// Tells the user that the site cannot be reached, as a request does that gets no answer.
+  static void TellNoConnection();
+
   /// Each character but ASCII letters and digits as "%" and its low byte in two hexadecimal digits.
   static std::string URLEncode(std::u16string_view data);
 
