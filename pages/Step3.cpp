@@ -1,6 +1,5 @@
 #include "pages/Step3.h"
 
-#include <QFile>
 #include <QGridLayout>
 #include <QHBoxLayout>
 
@@ -87,9 +86,8 @@ void Step3::ListFirmware(const std::string& selectName) {
   int wanted = -1;
   for (const std::string& name : PackagesIn(gFirmwareDir)) {
     if (text::EqualNoCase(name, selectName)) wanted = lstFirmware->count();
-    const auto bytes = QByteArray::fromStdString(name);
-    auto* const item = new QListWidgetItem(QFile::decodeName(bytes), lstFirmware);
-    item->setData(kFileName, bytes);
+    auto* const item = new QListWidgetItem(qt::ShowName(name), lstFirmware);
+    item->setData(kFileName, QByteArray::fromStdString(name));
   }
   if (lstFirmware->count() == 0) return;
   lstFirmware->Select(0);

@@ -90,7 +90,7 @@ TEST_F(Pages, ThreeListsPackagesInOrderAndShowsNoteOrHeader) {
   Start();
   WalkTo(3);
   EXPECT_THAT(Items("lstFirmware"),
-              ElementsAre("A.qal", "B.qal", "C.qal", "a.Qal", "b.QAL", StartsWith("z")));
+              ElementsAre("A.qal", "B.qal", "C.qal", "a.Qal", "b.QAL", "z\u00E9.qal"));
   EXPECT_EQ(Selected("lstFirmware"), 0);
   EXPECT_EQ(Text("txtFirmware"), "Model: Corvane\nVersion: 4.15\nDate: 2024.03.05\nComments: Fine\n");
   EXPECT_EQ(gDevices[2].QalIndex, 2);
