@@ -1,5 +1,6 @@
 #include "pages/Step2.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -26,6 +27,33 @@ constexpr std::string_view kNote =
     "Updates on "
     "the Next screen.";
 
+/// How often the page on view looks for ports that were plugged in.
+constexpr int kWatchMilliseconds = 1000;
+
+/// Item value: what the user has to do to be allowed to open the port; empty when allowed.
+constexpr int kRights = Qt::UserRole;
+
+std::string RightsTo(const std::filesystem::path& folder, const std::string& port) {
+  const ports::Access access = ports::AccessTo(folder, port);
+  if (access.allowed) return {};
+  if (access.group.empty()) return "You may not open this port yet, and no group of users may.";
+  return "You may not open this port yet. Become a member of the group " + access.group +
+         " with this command in a terminal, then log out and in again:\r\n"
+         "sudo usermod -aG " +
+         access.group + " $USER";
+}
+
+/// Tells device, product and rights of `port` in its row of the list.
+void Describe(QComboBox& list, int row, const std::filesystem::path& folder, const std::string& port) {
+  std::string tip = ports::DeviceOf(folder, port)->string();
+  if (const std::string product = ports::ProductOf(folder, port); !product.empty()) tip += ", " + product;
+  const QString rights = qt::Show(RightsTo(folder, port));
+  const QString shown = QString::fromLocal8Bit(tip) + (rights.isEmpty() ? QString() : u'\n' + rights);
+  list.setItemData(row, shown, Qt::ToolTipRole);
+  list.setItemData(row, shown, Qt::AccessibleDescriptionRole);
+  list.setItemData(row, rights, kRights);
+}
+
 /// A motor controller of the first model, older than the first firmware that can be upgraded.
 bool IsTooOld(const DeviceEntry& device) {
   return device.Model == 1 && device.Version > 0.0 && device.Version < 3.0;
@@ -44,6 +72,17 @@ void Step2::Form_Load() {
   cboComPort->setMaxVisibleItems(ports::kLastPort + 1);
   Label1->setBuddy(cboComPort);
   cboComPort->setAccessibleName(Label1->text());
+  lblRights = MakeWrappedLabel(this, "lblRights");
+  lblRights->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  lblRights->hide();
+  mWatch = new QTimer(this);
+  mWatch->setObjectName(QStringLiteral("watch"));
+  mWatch->setInterval(kWatchMilliseconds);
+  connect(mWatch, &QTimer::timeout, this, [this] {
+    // In an opened list no row moves under the pointer.
+    if (QApplication::activePopupWidget() == nullptr) AddPorts();
+  });
+  connect(cboComPort, &QComboBox::currentIndexChanged, this, [this] { ShowRights(); });
 
   auto* const rows = new QVBoxLayout(this);
   rows->setContentsMargins(Pixels(10), Pixels(6), Pixels(8), Pixels(4));
@@ -54,6 +93,7 @@ void Step2::Form_Load() {
   choice->addWidget(cboComPort, 1);
   rows->addLayout(choice);
   rows->addWidget(Label2, 1);
+  rows->addWidget(lblRights);
 }
 
 void Step2::BeforePageShow(CWizard&, std::int16_t currentStep) {
@@ -61,21 +101,42 @@ void Step2::BeforePageShow(CWizard&, std::int16_t currentStep) {
 }
 
 void Step2::ListPorts() {
-  const std::filesystem::path& folder = program::This().folder;
   cboComPort->clear();
   cboComPort->addItem(qt::Show("None"));
-  int selected = 0;
+  AddPorts();
+  const int selected = cboComPort->findText(qt::Show(gComPort), Qt::MatchFixedString);
+  cboComPort->setCurrentIndex(std::max(selected, 0));
+}
+
+void Step2::AddPorts() {
+  const std::filesystem::path& folder = program::This().folder;
+  int row = 1;
   for (int number = 1; number <= ports::kLastPort; ++number) {
     const std::string name = "COM" + std::to_string(number);
-    if (!ports::PortExists(folder, name)) continue;
-    const int row = cboComPort->count();
-    cboComPort->addItem(qt::Show(name));
-    std::string tip = ports::DeviceOf(folder, name)->string();
-    if (const std::string product = ports::ProductOf(folder, name); !product.empty()) tip += ", " + product;
-    cboComPort->setItemData(row, QString::fromLocal8Bit(tip), Qt::ToolTipRole);
-    if (selected == 0 && text::EqualNoCase(name, gComPort)) selected = row;
+    const bool listed = cboComPort->itemText(row) == qt::Show(name);
+    const bool there = ports::PortExists(folder, name);
+    if (!listed && !there) continue;
+    if (!listed) cboComPort->insertItem(row, qt::Show(name));
+    if (there) Describe(*cboComPort, row, folder, name);
+    ++row;
   }
-  cboComPort->setCurrentIndex(selected);
+  ShowRights();
+}
+
+void Step2::ShowRights() {
+  const QString rights = cboComPort->currentData(kRights).toString();
+  lblRights->setText(rights);
+  lblRights->setVisible(!rights.isEmpty());
+  cboComPort->setToolTip(cboComPort->currentData(Qt::ToolTipRole).toString());
+  cboComPort->setAccessibleDescription(cboComPort->toolTip());
+}
+
+void Step2::showEvent(QShowEvent*) {
+  mWatch->start();
+}
+
+void Step2::hideEvent(QHideEvent*) {
+  mWatch->stop();
 }
 
 void Step2::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel) {

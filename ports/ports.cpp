@@ -1,9 +1,11 @@
 #include "ports/ports.h"
 
 #include <fcntl.h>
+#include <grp.h>
 #include <linux/serial.h>
 #include <strings.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -80,6 +82,17 @@ std::string ProductOf(const fs::path& folder, const std::string& name) {
     return product;
   }
   return {};
+}
+
+Access AccessTo(const fs::path& folder, const std::string& name) {
+  const fs::path device = Resolve(folder, name);
+  if (device.empty() || ::faccessat(AT_FDCWD, device.c_str(), R_OK | W_OK, AT_EACCESS) == 0) return {};
+  Access access{.allowed = false, .group = {}};
+  struct stat info {};
+  constexpr mode_t kReadWrite = S_IRGRP | S_IWGRP;
+  if (::stat(device.c_str(), &info) != 0 || (info.st_mode & kReadWrite) != kReadWrite) return access;
+  if (const group* const owner = ::getgrgid(info.st_gid)) access.group = owner->gr_name;
+  return access;
 }
 
 }  // namespace tarnwick::ports

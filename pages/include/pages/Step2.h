@@ -3,6 +3,7 @@
 
 #include <QComboBox>
 #include <QLabel>
+#include <QTimer>
 
 #include "wizard/PageWindow.h"
 
@@ -17,14 +18,25 @@ class Step2 final : public PageWindow {
   void BeforePageShow(CWizard& wizard, std::int16_t currentStep) override;
   void BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel) override;
 
+ protected:
+  void showEvent(QShowEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
+
  private:
   void ListPorts();
+  /// Puts ports that have come since at their places and tells anew what is known of each. Nothing
+  /// goes away, and the selection stays.
+  void AddPorts();
+  /// Shows how to get the right to open the selected port, where the user has none.
+  void ShowRights();
   /// Opens the link and reads the bus. False when nothing usable answers, after a message.
   bool Connect();
 
   QLabel* Label1 = nullptr;
   QLabel* Label2 = nullptr;
+  QLabel* lblRights = nullptr;
   QComboBox* cboComPort = nullptr;
+  QTimer* mWatch = nullptr;  ///< Runs while the page is on view.
 };
 
 }  // namespace tarnwick

@@ -24,4 +24,11 @@ bool PortExists(const std::filesystem::path& folder, const std::string& name);
 /// it knows nothing.
 std::string ProductOf(const std::filesystem::path& folder, const std::string& name);
 
+/// Whether the user of this process may open the device behind a name.
+struct Access {
+  bool allowed = true;  ///< True as well where there is no device.
+  std::string group;    ///< Whose members may, where this user may not; empty when no group may.
+};
+Access AccessTo(const std::filesystem::path& folder, const std::string& name);
+
 }  // namespace tarnwick::ports
