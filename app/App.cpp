@@ -11,6 +11,7 @@
 #include "pages/Step2.h"
 #include "pages/Step3.h"
 #include "pages/Step4.h"
+#include "platform/SleepInhibitor.h"
 #include "platform/http/CurlTransport.h"
 #include "platform/qt/HelpWindow.h"
 #include "platform/qt/QtUser.h"
@@ -45,6 +46,7 @@ struct App::Parts {
   qt::QtUser user;
   qt::HelpWindow help;
   http::CurlTransport transport;
+  SleepInhibitor awake;
   WizardWindow window;
   std::unique_ptr<CWizardController> controller;  // owns the pages, which hang in the window: goes first
 };

@@ -2,11 +2,13 @@
 
 #include <QGridLayout>
 #include <QVBoxLayout>
+#include <optional>
 
 #include "StatusBox.h"
 #include "firmware/QALclass.h"
 #include "link/Connection.h"
 #include "link/Devices.h"
+#include "platform/awake.h"
 #include "platform/program.h"
 #include "platform/qt/QtText.h"
 #include "platform/ui.h"
@@ -174,12 +176,14 @@ void Step4::cmdProgram_Click() {
   wizard.Frozen(true);
   EnableButtons(false);
   gProgramming = true;
+  std::optional<awake::Hold> hold(std::in_place);
   TerminateCaption("Cancel");
   const std::vector<std::int32_t> rows = ChosenRows();
   const bool together = ValueOf(*lstDevices->item(lstDevices->Selected())) == kAllDevices;
   bool ok = (!together || AllowedTogether(rows)) && CheckAll(rows);
   LockHandControl();
   ok = ok && ProgramAll(rows, *this, [this] { RestoreFrame(); });
+  hold.reset();
   gProgramming = false;
   TerminateCaption("Finish");
   txtStatus->Refresh();
@@ -205,9 +209,11 @@ void Step4::cmdVerify_Click() {
   wizard.Frozen(true);
   EnableButtons(false);
   gVerifying = true;
+  std::optional<awake::Hold> hold(std::in_place);
   TerminateCaption("Cancel");
   LockHandControl();
   const bool identical = VerifyAll(rows, *this, [this] { RestoreFrame(); });
+  hold.reset();
   gVerifying = false;
   TerminateCaption("Finish");
   gCancelVerify = false;

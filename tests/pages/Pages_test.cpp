@@ -1,4 +1,11 @@
 // What the four pages show, keep and ask of the link.
+#include <fcntl.h>
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QTimer>
+
 #include "PagesTest.h"
 #include "firmware/QALclass.h"
 #include "link/Devices.h"
@@ -17,6 +24,12 @@ using testing::Not;
 using testing::StartsWith;
 
 class Pages : public PagesTest {};
+
+struct KeeperDouble : awake::IKeeper {
+  void Keep() override { ++held; }
+  void LetGo() override { --held; }
+  int held = 0;
+};
 
 TEST_F(Pages, OneOffersAccessoriesOnlyWhereTheSettingsSaySo) {
   Start();
@@ -76,6 +89,55 @@ TEST_F(Pages, TwoListsPortsWhenReachedForwardOnly) {
   Click("cmdStepBack");
   EXPECT_EQ(gComPort, "");
   EXPECT_THAT(Calls(), IsEmpty());
+}
+
+TEST_F(Pages, TwoAddsPortsThatArePluggedInAtTheirPlaces) {
+  std::filesystem::create_symlink("/dev/null", folder / "ports/COM12");
+  Start();
+  WalkTo(2);
+  auto& ports = Find<QComboBox>("cboComPort");
+  auto& watch = *ports.parent()->findChild<QTimer*>("watch");
+  watch.setInterval(1);
+  const auto have = [&](const char* port) { return ports.findText(QLatin1String(port)) >= 0; };
+  ports.setCurrentText(QStringLiteral("COM12"));
+  const int before = ports.count();
+  std::filesystem::remove(folder / "ports/COM5");
+  for (const char* come : {"COM16", "com11"}) std::filesystem::create_symlink("/dev/zero", folder / "ports" / come);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return have("COM16") && have("COM11"); }));
+  EXPECT_TRUE(have("COM5"));
+  EXPECT_EQ(ports.count(), before + 2);
+  EXPECT_EQ(ports.currentText(), QLatin1String("COM12"));
+  EXPECT_EQ(ports.findText(QStringLiteral("COM11")) + 1, ports.findText(QStringLiteral("COM12")));
+  EXPECT_TRUE(ports.toolTip().endsWith(QLatin1String("ports/COM12")));
+  Click("cmdStepBack");
+  EXPECT_FALSE(watch.isActive()) << "Nobody looks at the list.";
+}
+
+TEST_F(Pages, TwoTellsHowToGetTheRightToAPort) {
+  const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_TRUE(::grantpt(master) == 0 && ::unlockpt(master) == 0);
+  const std::string device = ::ptsname(master);
+  std::filesystem::create_symlink(device, folder / "ports/COM6");
+  const uid_t self = ::geteuid();
+  const group* const owner = ::getgrnam("tty");
+  ASSERT_TRUE(self != 0 || ::chown(device.c_str(), self, owner->gr_gid) == 0);
+  ASSERT_EQ(::chmod(device.c_str(), 0060), 0);
+  std::filesystem::permissions(folder.Path(), std::filesystem::perms(0755));
+  ASSERT_TRUE(self != 0 || ::seteuid(65534) == 0) << "Root may open anything.";
+  Start();
+  WalkTo(2);
+  auto& ports = Find<QComboBox>("cboComPort");
+  EXPECT_EQ(OnView("lblRights"), nullptr);
+  ports.setCurrentText(QStringLiteral("COM6"));
+  const std::string rights =
+      "You may not open this port yet. Become a member of the group tty with this command in a terminal, "
+      "then log out and in again:\nsudo usermod -aG tty $USER";
+  EXPECT_EQ(Label("lblRights"), rights);
+  EXPECT_THAT(ports.toolTip().toStdString(), AllOf(HasSubstr("ports/COM6"), testing::EndsWith(rights)));
+  ports.setCurrentText(QStringLiteral("COM5"));
+  EXPECT_EQ(OnView("lblRights"), nullptr);
+  EXPECT_EQ(::seteuid(self), 0);
+  ::close(master);
 }
 
 TEST_F(Pages, ThreeListsPackagesInOrderAndShowsNoteOrHeader) {
@@ -280,6 +342,31 @@ TEST_F(Pages, ThreeGoesOnOnlyWithThePackageThatItJudged) {
   EXPECT_EQ(Step(), 3);
   EXPECT_EQ(Selected("lstFirmware"), 1);
   ExpectAtRest();
+}
+
+TEST_F(Pages, FourKeepsTheComputerAwakeForTheLengthOfARun) {
+  KeeperDouble keeper;
+  Start();
+  awake::Install(keeper);
+  WalkTo(4);
+  int pumpsHeld = 0;
+  onPump = [&] {
+    EXPECT_EQ(keeper.held == 1, gProgramming || gVerifying);
+    pumpsHeld += keeper.held;
+  };
+  user.log = [&](const std::string& what) {
+    EXPECT_TRUE(what != "box" || keeper.held == 0) << "The closing message may wait for long.";
+  };
+  ClickRow("lstDevices", 0);
+  for (const char* const run : {"cmdVerify", "cmdProgram"}) {
+    pumpsHeld = 0;
+    Click(run);
+    EXPECT_GT(pumpsHeld, 0) << run;
+    EXPECT_EQ(Said().size(), 1U);
+    EXPECT_EQ(keeper.held, 0);
+  }
+  onPump = {};
+  awake::Uninstall();
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "app/App.h"
+#include "platform/awake.h"
 #include "platform/program.h"
 #include "support/ClockDouble.h"
 #include "support/ResetGlobals.h"
@@ -30,6 +31,7 @@ class ProgramTest : public testing::Test {
  public:
   ProgramTest() : app((Prepare(folder), *qApp)) {
     program::SetEnd([this] { ended = true; });
+    awake::Uninstall();  // The tester's computer may sleep when it likes.
     user.onPump = [this] {
       QCoreApplication::processEvents();
       if (onPump) onPump();
