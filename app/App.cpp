@@ -2,11 +2,11 @@
 
 #include <QApplication>
 #include <QFontInfo>
-#include <QStyleFactory>
 #include <algorithm>
 #include <cmath>
 
 #include "BuiltInKey.h"
+#include "FocusStyle.h"
 #include "pages/Step1.h"
 #include "pages/Step2.h"
 #include "pages/Step3.h"
@@ -28,7 +28,7 @@ constexpr double kBaseFontPixels = 11.0;
 constexpr double kUsualSystemFontPixels = 14.0;
 
 void ApplyLook() {
-  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  QApplication::setStyle(new FocusStyle);
   QFont font = QApplication::font();
   const double growth = std::max(1.0, QFontInfo(font).pixelSize() / kUsualSystemFontPixels);
   font.setPixelSize(static_cast<int>(std::lround(kBaseFontPixels * growth)));

@@ -93,7 +93,7 @@ void Step2::Form_Load() {
   choice->addWidget(cboComPort, 1);
   rows->addLayout(choice);
   rows->addWidget(Label2, 1);
-  rows->addWidget(lblRights);
+  rows->addWidget(lblRights, 1);
 }
 
 void Step2::BeforePageShow(CWizard&, std::int16_t currentStep) {
@@ -127,6 +127,7 @@ void Step2::ShowRights() {
   const QString rights = cboComPort->currentData(kRights).toString();
   lblRights->setText(rights);
   lblRights->setVisible(!rights.isEmpty());
+  Label2->setVisible(rights.isEmpty());
   cboComPort->setToolTip(cboComPort->currentData(Qt::ToolTipRole).toString());
   cboComPort->setAccessibleDescription(cboComPort->toolTip());
 }

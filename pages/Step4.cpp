@@ -50,12 +50,13 @@ void AddItem(ListBox& list, std::string_view name, std::int32_t value) {
 Step4::Step4() : PageWindow(6960, 2715) {}
 
 void Step4::Form_Load() {
-  cmdVerify = MakeButton(this, "cmdVerify", "Verify Firmware", [this] { cmdVerify_Click(); });
-  cmdRefresh = MakeButton(this, "cmdRefresh", "Refresh Status", [this] { cmdRefresh_Click(); });
-  txtStatus = new StatusBox(this);
-  cmdProgram = MakeButton(this, "cmdProgram", "Begin Programming", [this] { cmdProgram_Click(); });
+  // Made in the order in which the focus goes.
   lstDevices = new ListBox(this, "lstDevices", QStringLiteral("Devices"));
   lstDevices->onClick = [this] { ClearProgress(); };
+  cmdProgram = MakeButton(this, "cmdProgram", "Begin Programming", [this] { cmdProgram_Click(); });
+  cmdVerify = MakeButton(this, "cmdVerify", "Verify Firmware", [this] { cmdVerify_Click(); });
+  txtStatus = new StatusBox(this);
+  cmdRefresh = MakeButton(this, "cmdRefresh", "Refresh Status", [this] { cmdRefresh_Click(); });
   lblFirmware = MakeLabel(this, "lblFirmware", {});
   Label1 = MakeLabel(this, "Label1", "Choose Device ...");
   Label1->setBuddy(lstDevices);
@@ -64,6 +65,9 @@ void Step4::Form_Load() {
   Line1->setFrameShape(QFrame::HLine);
   Line1->setFrameShadow(QFrame::Sunken);
   mBar = new ProgressBar(this);
+  GiveKey(*cmdProgram, Qt::ALT | Qt::Key_P);
+  GiveKey(*cmdVerify, Qt::ALT | Qt::Key_V);
+  GiveKey(*cmdRefresh, Qt::ALT | Qt::Key_R);
   LayOutControls();
 }
 
@@ -86,12 +90,6 @@ void Step4::LayOutControls() {
   grid->setColumnStretch(1, 3);
   mBar->setFixedHeight(Pixels(18));
   lblFirmware->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-  QWidget* before = lstDevices;
-  for (QWidget* const next : {static_cast<QWidget*>(cmdProgram), static_cast<QWidget*>(cmdVerify),
-                              static_cast<QWidget*>(txtStatus), static_cast<QWidget*>(cmdRefresh)}) {
-    setTabOrder(before, next);
-    before = next;
-  }
 }
 
 QWidget* Step4::FirstControl() {

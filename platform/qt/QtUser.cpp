@@ -66,6 +66,21 @@ ui::Answer AnswerOf(int button) {
   }
 }
 
+/// What a screen reader says of an icon.
+QString NameOf(ui::Icon icon) {
+  switch (icon) {
+    case ui::Icon::Critical:
+      return QStringLiteral("Serious");
+    case ui::Icon::Question:
+      return QStringLiteral("Question");
+    case ui::Icon::Information:
+      return QStringLiteral("Information");
+    case ui::Icon::Exclamation:
+      break;
+  }
+  return QStringLiteral("Warning");
+}
+
 /// The lines of a message stay as they were written, as long as the screen has room for them.
 void KeepLines(QMessageBox& box) {
   auto* const label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
@@ -82,6 +97,7 @@ ui::Answer QtUser::MessageBox(std::string_view text, ui::Buttons buttons, ui::Ic
                   QApplication::activeWindow());
   box.setIconPixmap(
       BoxIcon(icon, box.style()->pixelMetric(QStyle::PM_MessageBoxIconSize), box.devicePixelRatioF()));
+  box.setAccessibleName(NameOf(icon));
   box.setTextFormat(Qt::PlainText);  // device names and file names are shown, never interpreted
   KeepLines(box);
   box.setWindowModality(Qt::ApplicationModal);

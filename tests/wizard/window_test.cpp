@@ -31,6 +31,7 @@ class TestPage final : public PageWindow {
     text = new QLineEdit(this);
     button = new QPushButton(QStringLiteral("Work"), this);
     button->move(0, TwipsToPixels(900));
+    button->setShortcut(Qt::ALT | Qt::Key_W);
     connect(button, &QPushButton::clicked, this, [this] { onWork(); });
   }
   QWidget* FirstControl() override { return text; }
@@ -196,6 +197,7 @@ TEST_F(WindowTest, ARunLeavesOnlyTheWayToStopIt) {
       Key(Qt::Key_Space);  // The focus did not fall on the one button that is live.
       pages[3]->text->setFocus();
       Key(Qt::Key_X);
+      QTest::keyClick(&window, Qt::Key_W, Qt::AltModifier);  // would start it all once more
       Click(Button("cmdStepBack"));
       Click(*pages[3]->button);
       EXPECT_EQ(said, "");

@@ -34,6 +34,11 @@ QPushButton* MakeButton(QWidget* parent, const char* name, std::string_view capt
   return button;
 }
 
+void GiveKey(QPushButton& button, const QKeySequence& key) {
+  button.setShortcut(key);
+  button.setToolTip(key.toString(QKeySequence::NativeText));
+}
+
 TextBox::TextBox(QWidget* parent, const char* name, const QString& accessibleName) : QPlainTextEdit(parent) {
   setObjectName(QLatin1String(name));
   setAccessibleName(accessibleName);

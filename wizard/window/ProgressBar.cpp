@@ -1,13 +1,17 @@
 #include "wizard/ProgressBar.h"
 
+#include <QAccessible>
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+
+#include "ProgressAccess.h"
 
 namespace tarnwick {
 
 ProgressBar::ProgressBar(QWidget* parent) : QWidget(parent) {
   setObjectName(QStringLiteral("progress"));
+  TellScreenReadersOfProgress();
   setAccessibleName(QStringLiteral("Progress"));
   setAttribute(Qt::WA_OpaquePaintEvent);
   mText.setTextFormat(Qt::PlainText);
@@ -27,6 +31,13 @@ void ProgressBar::Bar(double fraction) {
   if (width == mBarWidth) return;
   mBarWidth = width;
   repaint();
+  if (!QAccessible::isActive()) return;
+  QAccessibleValueChangeEvent moved(this, Percent());
+  QAccessible::updateAccessibility(&moved);
+}
+
+int ProgressBar::Percent() const {
+  return static_cast<int>(std::lround(mFraction * 100.0));
 }
 
 int ProgressBar::WidthOf(double fraction) const {

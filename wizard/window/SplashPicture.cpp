@@ -143,6 +143,7 @@ void DrawScene(QPainter& painter) {
 
 SplashPicture::SplashPicture(QWidget* parent) : QWidget(parent) {
   setAttribute(Qt::WA_OpaquePaintEvent);
+  setAccessibleName(QStringLiteral("A telescope under the night sky"));
 }
 
 void SplashPicture::paintEvent(QPaintEvent*) {

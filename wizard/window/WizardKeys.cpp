@@ -85,9 +85,12 @@ bool WizardWindow::eventFilter(QObject* watched, QEvent* event) {
     const QPoint at = static_cast<QSinglePointEvent*>(event)->position().toPoint();
     return !mPageAreaEnabled && picPage->geometry().contains(at);
   }
-  if (event->type() != QEvent::KeyPress && event->type() != QEvent::KeyRelease) return false;
+  const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
+  if (!isKey && event->type() != QEvent::Shortcut) return false;
   const auto* const widget = qobject_cast<QWidget*>(watched);
   if (widget == nullptr || widget->window() != this) return false;
+  const bool locked = !mPageAreaEnabled && picPage->isAncestorOf(widget);
+  if (!isKey) return locked;
   const auto* const key = static_cast<QKeyEvent*>(event);
   bool taken = false;
   if (key->isAutoRepeat()) {
@@ -96,7 +99,7 @@ bool WizardWindow::eventFilter(QObject* watched, QEvent* event) {
     taken = event->type() == QEvent::KeyPress ? KeyPressed(key->key(), key->modifiers())
                                               : KeyReleased(key->key());
   }
-  return taken || (!mPageAreaEnabled && picPage->isAncestorOf(widget));
+  return taken || locked;
 }
 
 bool WizardWindow::event(QEvent* event) {

@@ -26,6 +26,11 @@ constexpr int kButtonHeightTwips = 345;
 /// A page that is locked for less than this does not turn grey: it would only flicker.
 constexpr std::chrono::milliseconds kGreyAfter{100};
 
+/// What a screen reader reads of a caption: arrows and blanks are for the eye.
+QString SpokenOf(const QString& caption) {
+  return QString(caption).remove(u'<').remove(u'>').simplified();
+}
+
 PageWindow& WindowOf(IWizardPage& page) {
   return dynamic_cast<PageWindow&>(page);
 }
@@ -65,6 +70,10 @@ void WizardWindow::LoadFrame() {
   MakeButton(FrameButton::cmdStepBack, "cmdStepBack", "<  Back");
   MakeButton(FrameButton::cmdStepFwd, "cmdStepFwd", "Next  >");
   MakeButton(FrameButton::cmdTerminate, "cmdTerminate", "Exit");
+  At(FrameButton::cmdHelp).widget->setToolTip(QStringLiteral("F1"));
+  At(FrameButton::cmdStepBack).widget->setToolTip(QStringLiteral("Alt+Left"));
+  At(FrameButton::cmdStepFwd).widget->setToolTip(QStringLiteral("Alt+Right"));
+  At(FrameButton::cmdTerminate).widget->setToolTip(QStringLiteral("Esc"));
   connect(At(FrameButton::cmdHelp).widget, &QPushButton::clicked, [this] { mWizard->cmdHelp_Click(); });
   connect(At(FrameButton::cmdStepBack).widget, &QPushButton::clicked,
           [this] { mWizard->cmdStepBack_Click(); });
@@ -144,7 +153,7 @@ void WizardWindow::Place(const FrameLayout& layout) {
 }
 
 void WizardWindow::CentreOnScreen() {
-  const QRect area = screen()->availableGeometry();
+  const QRect area = screen()->geometry();
   const QSize outer = frameGeometry().size();
   move(area.left() + (area.width() - outer.width()) / 2, area.top() + (area.height() - outer.height()) / 2);
 }
@@ -168,6 +177,7 @@ std::string WizardWindow::Caption(FrameButton button) const {
 void WizardWindow::Caption(FrameButton button, const std::string& caption) {
   At(button).caption = caption;
   At(button).widget->setText(qt::Show(caption));
+  At(button).widget->setAccessibleName(SpokenOf(At(button).widget->text()));
 }
 
 bool WizardWindow::Default(FrameButton button) const {
@@ -267,7 +277,7 @@ void WizardWindow::paintEvent(QPaintEvent*) {
   const int top = Scaled(mLayout.bevelTop);
   const int left = Scaled(mLayout.bevelLeft);
   const int right = Scaled(mLayout.bevelRight);
-  painter.setPen(palette().color(QPalette::Mid));
+  painter.setPen(palette().color(QPalette::Dark));
   painter.drawLine(left, top, right - 1, top);
   painter.setPen(palette().color(QPalette::Light));
   painter.drawLine(left, top + 1, right - 1, top + 1);

@@ -27,7 +27,8 @@ class Step2 final : public PageWindow {
   /// Puts ports that have come since at their places and tells anew what is known of each. Nothing
   /// goes away, and the selection stays.
   void AddPorts();
-  /// Shows how to get the right to open the selected port, where the user has none.
+  /// Shows how to get the right to open the selected port, where the user has none, in place of the
+  /// note: there is no room for both, and without the right the note is of no use.
   void ShowRights();
   /// Opens the link and reads the bus. False when nothing usable answers, after a message.
   bool Connect();

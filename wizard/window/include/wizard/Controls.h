@@ -19,6 +19,8 @@ QLabel* MakeLabel(QWidget* parent, const char* name, std::string_view text);
 QLabel* MakeWrappedLabel(QWidget* parent, const char* name);
 QPushButton* MakeButton(QWidget* parent, const char* name, std::string_view caption,
                         std::function<void()> click);
+/// A key that presses `button`, told in its tool tip: the caption stays as it is.
+void GiveKey(QPushButton& button, const QKeySequence& key);
 
 /// A multi-line text that the user can read and copy.
 class TextBox : public QPlainTextEdit {

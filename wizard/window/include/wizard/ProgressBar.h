@@ -15,6 +15,8 @@ class ProgressBar final : public QWidget {
   void Label(const QString& text);
   /// Share of the track, 0 to 1.
   void Bar(double fraction);
+  /// What is shown, 0 to 100.
+  int Percent() const;
 
  protected:
   void paintEvent(QPaintEvent* event) override;

@@ -1,0 +1,148 @@
+// What somebody needs who sees little, or uses no mouse: that each control has name, role and its place in
+// the order of the focus, and that no text is cut off. Run at several scales.
+#include <QAccessible>
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QTimer>
+
+#include "PagesTest.h"
+#include "platform/help.h"
+#include "platform/qt/QtUser.h"
+#include "settings/Settings.h"
+
+namespace tarnwick::test {
+namespace {
+
+using testing::ElementsAre;
+
+/// The user's own font, as it is when the program starts.
+class SystemFont : public testing::WithParamInterface<int> {
+ public:
+  SystemFont() {
+    QFont font;
+    font.setPixelSize(GetParam());
+    QApplication::setFont(font);
+  }
+};
+
+class Accessibility : public SystemFont, public PagesTest {
+ public:
+  /// Names in the order of the Tab key, from the control that has the focus on.
+  static std::vector<std::string> FocusOrder(QWidget& top) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 100; ++i) {  // Within a page of the help it goes from link to link.
+      const std::string name = top.focusWidget()->objectName().toStdString();
+      if (names.size() > 1 && name == names.front()) break;
+      if (names.empty() || name != names.back()) names.push_back(name);
+      QTest::keyClick(top.focusWidget(), Qt::Key_Tab);
+    }
+    return names;
+  }
+
+  /// Each control on view: what a screen reader says of it, and whether its text fits.
+  static void Walk(QWidget& top) {
+    EXPECT_FALSE(NameOf(top).isEmpty());
+    for (QWidget* const control : top.findChildren<QWidget*>()) {
+      if (!control->isVisible()) continue;
+      const auto trace = control->objectName().toStdString() + " of " + top.windowTitle().toStdString();
+      SCOPED_TRACE(trace + ", a " + control->metaObject()->className());
+      if (control->focusPolicy() & Qt::TabFocus) CheckControl(*control);
+      if (auto* const label = qobject_cast<QLabel*>(control)) CheckLabel(*label);
+      if (auto* const button = qobject_cast<QPushButton*>(control)) CheckButton(*button);
+    }
+  }
+
+ private:
+  static QString NameOf(QWidget& widget) {
+    return QAccessible::queryAccessibleInterface(&widget)->text(QAccessible::Name);
+  }
+  static void CheckControl(QWidget& control) {
+    const QAccessibleInterface& seen = *QAccessible::queryAccessibleInterface(&control);
+    EXPECT_FALSE(NameOf(control).isEmpty());
+    EXPECT_FALSE(NameOf(control).contains(u'<')) << "An arrow is not to be read out.";
+    EXPECT_NE(seen.role(), QAccessible::NoRole);
+    EXPECT_NE(seen.role(), QAccessible::Client) << "Nobody knows what it is.";
+    EXPECT_TRUE(control.parentWidget()->rect().contains(control.geometry()));
+  }
+  static void CheckLabel(QLabel& label) {
+    if (label.text().isEmpty()) return;
+    const int needed = label.wordWrap() ? label.heightForWidth(label.width()) : label.sizeHint().height();
+    EXPECT_LE(needed, label.height()) << label.text().toStdString();
+    EXPECT_LE(label.wordWrap() ? 0 : label.sizeHint().width(), label.width()) << label.text().toStdString();
+    EXPECT_TRUE(label.parentWidget()->rect().contains(label.geometry())) << label.text().toStdString();
+  }
+  static void CheckButton(QPushButton& button) {
+    const QFontMetrics font = button.fontMetrics();
+    EXPECT_GE(button.width(), font.size(Qt::TextShowMnemonic, button.text()).width() + 4);
+    EXPECT_GE(button.height(), font.height() + 2);
+  }
+};
+
+TEST_P(Accessibility, EveryPageIsReadableAndInOrder) {
+  gTypeOverride = true;
+  Start();
+  Walk(window);
+  EXPECT_THAT(FocusOrder(window), ElementsAre("cboDevice", "cmdHelp", "cmdStepFwd", "cmdTerminate"));
+  WalkTo(2);
+  Walk(window);
+  EXPECT_THAT(FocusOrder(window),
+              ElementsAre("cboComPort", "cmdHelp", "cmdStepBack", "cmdStepFwd", "cmdTerminate"));
+  auto& rights = *window.findChild<QLabel*>("lblRights");
+  rights.setText(
+      "You may not open this port yet. Become a member of the group dialout with this command in a "
+      "terminal, then log out and in again:\nsudo usermod -aG dialout $USER");
+  rights.show();
+  Find("Label2").hide();
+  QCoreApplication::processEvents();
+  Walk(window);
+  WalkTo(3);
+  Walk(window);
+  EXPECT_THAT(FocusOrder(window), ElementsAre("lstFirmware", "txtFirmware", "txtStatus", "cmdRefresh", "cmdHelp",
+                                              "cmdStepBack", "cmdStepFwd", "cmdTerminate"));
+  WalkTo(4);
+  Walk(window);
+  EXPECT_THAT(FocusOrder(window), ElementsAre("lstDevices", "cmdProgram", "cmdVerify", "txtStatus",
+                                              "cmdRefresh", "cmdHelp", "cmdStepBack", "cmdTerminate"));
+  QAccessibleInterface& bar = *QAccessible::queryAccessibleInterface(&Find("progress"));
+  EXPECT_EQ(bar.role(), QAccessible::ProgressBar);
+  int highest = 0;
+  onPump = [&] { highest = std::max(highest, bar.valueInterface()->currentValue().toInt()); };
+  ClickRow("lstDevices", 0);
+  QTest::keyClick(&window, Qt::Key_P, Qt::AltModifier);
+  EXPECT_EQ(Said().size(), 1U) << "The button's own key programs, its caption without a mark.";
+  EXPECT_EQ(highest, 100);
+  EXPECT_EQ(Caption("cmdProgram"), "Begin Programming");
+}
+
+TEST_P(Accessibility, SoAreTheBoxesAndTheHelp) {
+  Start();
+  help::Show(std::filesystem::path(TARNWICK_SOURCE_DIR) / "help", "Step1.htm");
+  QWidget* help = nullptr;
+  for (QWidget* const top : QApplication::topLevelWidgets()) help = top->objectName() == "help" ? top : help;
+  ASSERT_TRUE(QTest::qWaitForWindowActive(help));
+  Walk(*help);
+  EXPECT_THAT(FocusOrder(*help), ElementsAre("txtPage", "txtFind", "treContents"));
+  help->close();
+
+  qt::QtUser real;
+  int seen = 0;
+  const auto walkNext = [&] {
+    QTimer::singleShot(0, [&] {
+      QWidget* const box = QApplication::activeModalWidget();
+      Walk(*box);
+      ++seen;
+      box->close();
+    });
+  };
+  walkNext();
+  real.MessageBox("Programming Complete\r\n\r\nCycle the power on the telescope at this point.", ui::Buttons::YesNo,
+                  ui::Icon::Question);
+  walkNext();
+  real.InputBox("Please Enter the Blocksize", "Blocksize Override", "4");
+  EXPECT_EQ(seen, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(FontPixels, Accessibility, testing::Values(14, 21), testing::PrintToStringParamName());
+
+}  // namespace
+}  // namespace tarnwick::test
