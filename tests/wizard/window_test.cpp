@@ -16,6 +16,7 @@
 #include "support/LinkDouble.h"
 #include "support/ResetGlobals.h"
 #include "support/TempFolder.h"
+#include "wizard/Controls.h"
 #include "wizard/PageWindow.h"
 #include "wizard/WizardWindow.h"
 #include "wizard/modWizard.h"
@@ -31,7 +32,7 @@ class TestPage final : public PageWindow {
     text = new QLineEdit(this);
     button = new QPushButton(QStringLiteral("Work"), this);
     button->move(0, TwipsToPixels(900));
-    button->setShortcut(Qt::ALT | Qt::Key_W);
+    GiveKey(*button, Qt::ALT | Qt::Key_W);
     connect(button, &QPushButton::clicked, this, [this] { onWork(); });
   }
   QWidget* FirstControl() override { return text; }

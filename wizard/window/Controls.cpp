@@ -1,6 +1,7 @@
 #include "wizard/Controls.h"
 
 #include <QMouseEvent>
+#include <QShortcut>
 #include <QSignalBlocker>
 
 #include "platform/qt/QtText.h"
@@ -35,7 +36,10 @@ QPushButton* MakeButton(QWidget* parent, const char* name, std::string_view capt
 }
 
 void GiveKey(QPushButton& button, const QKeySequence& key) {
-  button.setShortcut(key);
+  // The button's own shortcut would click a moment later, when the page may be locked already.
+  auto* const shortcut = new QShortcut(key, &button);
+  shortcut->setAutoRepeat(false);
+  QObject::connect(shortcut, &QShortcut::activated, &button, &QPushButton::click);
   button.setToolTip(key.toString(QKeySequence::NativeText));
 }
 

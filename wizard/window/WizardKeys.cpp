@@ -87,7 +87,7 @@ bool WizardWindow::eventFilter(QObject* watched, QEvent* event) {
   }
   const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
   if (!isKey && event->type() != QEvent::Shortcut) return false;
-  const auto* const widget = qobject_cast<QWidget*>(watched);
+  const auto* const widget = qobject_cast<QWidget*>(isKey ? watched : watched->parent());
   if (widget == nullptr || widget->window() != this) return false;
   const bool locked = !mPageAreaEnabled && picPage->isAncestorOf(widget);
   if (!isKey) return locked;
