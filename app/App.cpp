@@ -53,6 +53,7 @@ struct App::Parts {
 
 App::App(QApplication& application) {
   application.setQuitOnLastWindowClosed(false);  // the window ends the program itself
+  QGuiApplication::setDesktopFileName(QStringLiteral("org.tarnwick.Tarnwick"));  // the one in packaging/
   ApplyLook();
   if (const auto key = ReadPublicKey(kBuiltInKey)) TrustKey(*key);
   mParts = std::make_unique<Parts>();
