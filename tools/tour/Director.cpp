@@ -16,7 +16,7 @@ namespace {
 constexpr std::chrono::milliseconds kTick{25};
 /// Ticks without change before the window counts as at rest, so that it has been painted too.
 constexpr int kQuiet = 4;
-constexpr int kMostTicks = 12000;
+constexpr int kMostTicks = 4000;
 
 std::string ButtonNames(const QMessageBox& box) {
   std::string names;
@@ -29,13 +29,28 @@ std::string ButtonNames(const QMessageBox& box) {
 
 }  // namespace
 
-Director::Director(QWidget& frame, std::filesystem::path folder)
-    : mFrame(frame), mFolder(std::move(folder)), mProtocol(mFolder / "tour.txt"), mTicksLeft(kMostTicks) {}
+Director::Director(QWidget& frame, std::filesystem::path folder, Means means)
+    : mFrame(frame),
+      mMeans(means),
+      mFolder(std::move(folder)),
+      mProtocol(mFolder / "tour.txt"),
+      mTicksLeft(kMostTicks) {
+  if (means == Means::Keyboard) qApp->installEventFilter(this);
+}
+
+bool Director::eventFilter(QObject*, QEvent* event) {
+  const QEvent::Type type = event->type();
+  const bool mouse = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonRelease ||
+                     type == QEvent::MouseButtonDblClick || type == QEvent::Wheel;
+  if (mouse) ++mMouseEvents;
+  return false;
+}
 
 bool Director::Play() {
   QTimer::singleShot(kTick, [this] { Tick(); });
   QCoreApplication::exec();
   for (const Cue& cue : mCues) Check(false, "a box came up that begins \"" + cue.begins + "\"");
+  if (mMeans == Means::Keyboard) Check(mMouseEvents == 0, "the mouse was not touched");
   return !mFailed;
 }
 
@@ -85,7 +100,7 @@ bool Director::AnswerBox() {
   QAbstractButton* button = box->button(cue.answer);
   if (button == nullptr) button = box->buttons().back();
   Note("  of " + ButtonNames(*box) + ": " + button->text().remove(QLatin1Char('&')).toStdString());
-  QTest::mouseClick(button, Qt::LeftButton);
+  Press(*button);
   return true;
 }
 
@@ -129,8 +144,43 @@ void Director::Check(bool holds, const std::string& what) {
   mFailed = mFailed || !holds;
 }
 
-void Director::Click(const char* name) {
-  QTest::mouseClick(&Find<QWidget>(name), Qt::LeftButton);
+void Director::Key(Qt::Key key, Qt::KeyboardModifiers modifiers) {
+  QTest::keyClick(QGuiApplication::focusWindow(), key, modifiers);
+}
+
+void Director::Press(const char* button) {
+  Press(Find<QWidget>(button));
+}
+
+void Director::Press(QWidget& button) {
+  if (mMeans == Means::Mouse) {
+    QTest::mouseClick(&button, Qt::LeftButton);
+    return;
+  }
+  TabTo(button);
+  Key(Qt::Key_Space);
+}
+
+void Director::TabTo(QWidget& control) {
+  constexpr int kMostTabs = 30;
+  for (int i = 0; i < kMostTabs && !control.hasFocus(); ++i) Key(Qt::Key_Tab);
+  if (!control.hasFocus()) Check(false, "Tab reaches " + control.objectName().toStdString());
+}
+
+void Director::Choose(const char* name, const QString& text) {
+  auto& list = Find<QAbstractItemView>(name);
+  const QAbstractItemModel& model = *list.model();
+  const QModelIndexList found = model.match(model.index(0, 0), Qt::DisplayRole, text, 1, Qt::MatchExactly);
+  if (found.isEmpty()) return Check(false, "an entry " + text.toStdString());
+  const QModelIndex& wanted = found.front();
+  if (mMeans == Means::Mouse) {
+    list.scrollTo(wanted);
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualRect(wanted).center());
+    return;
+  }
+  TabTo(list);
+  for (int i = 0; i < model.rowCount(); ++i) Key(Qt::Key_Up);
+  for (int i = 0; i < model.rowCount() && !list.selectionModel()->isSelected(wanted); ++i) Key(Qt::Key_Down);
 }
 
 }  // namespace tarnwick::tour

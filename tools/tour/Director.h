@@ -1,7 +1,9 @@
 // Leads a user's way through the real window: waits until it is at rest, plays the next scene, and
-// answers the boxes that come up. Nothing of the program is called; it sees key and mouse events.
+// answers the boxes that come up. Nothing of the program is called; it sees key and mouse events, or key
+// events alone.
 #pragma once
 
+#include <QAbstractItemView>
 #include <QMessageBox>
 #include <QWidget>
 #include <deque>
@@ -22,10 +24,13 @@ struct Cue {
   std::function<void()> before = [] {};  ///< Runs before the answer.
 };
 
-class Director {
+/// What the user has at hand.
+enum class Means { Mouse, Keyboard };
+
+class Director final : public QObject {
  public:
   /// Pictures and "tour.txt" go to `folder`, which is there.
-  Director(QWidget& frame, std::filesystem::path folder);
+  Director(QWidget& frame, std::filesystem::path folder, Means means);
 
   void Scene(std::function<void()> play) { mScenes.push_back(std::move(play)); }
   /// Cues are used up in the order given.
@@ -50,9 +55,22 @@ class Director {
     }
     throw std::logic_error(std::string("not on view: ") + name);
   }
-  void Click(const char* name);
+  /// Presses the button: a click, or Tab until it has the focus and then the space bar.
+  void Press(const char* button);
+  /// Chooses the entry with that text in the first column: a click, or Tab until the list has the focus
+  /// and then Up and Down.
+  void Choose(const char* list, const QString& text);
+  /// A key for whatever has the focus.
+  void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = {});
+
+ protected:
+  /// Counts what the mouse does.
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+  void Press(QWidget& button);
+  /// Tab until `control` has the focus; a failed check when it never gets it.
+  void TabTo(QWidget& control);
   void Tick();
   bool AnswerBox();
   void PictureOfRun();
@@ -60,6 +78,7 @@ class Director {
   void PictureOf(QWidget& widget, const std::string& name);
 
   QWidget& mFrame;
+  Means mMeans;
   std::filesystem::path mFolder;
   std::ofstream mProtocol;
   std::deque<std::function<void()>> mScenes;
@@ -68,6 +87,7 @@ class Director {
   int mQuietTicks = 0;
   int mTicksLeft = 0;
   std::set<std::string> mRunsPictured;
+  int mMouseEvents = 0;
   bool mFailed = false;
 };
 

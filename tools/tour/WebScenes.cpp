@@ -3,8 +3,6 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QListWidget>
-#include <QPlainTextEdit>
-#include <QTableView>
 #include <QTest>
 
 namespace tarnwick::tour {
@@ -15,36 +13,23 @@ constexpr int kPatience = 5000;  // milliseconds
 constexpr const char* kRemote = "MC_0514";
 constexpr const char* kLocalOnly = "MC_0512";
 
-void ChooseRow(Director& director, const char* name) {
-  auto& grid = director.Find<QTableView>("Grid");
-  const QAbstractItemModel& model = *grid.model();
-  for (int row = 0; row < model.rowCount(); ++row) {
-    const QModelIndex cell = model.index(row, 0);
-    if (cell.data().toString() != QLatin1String(name)) continue;
-    grid.scrollTo(cell);
-    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, grid.visualRect(cell).center());
-    return;
-  }
-  director.Check(false, std::string("the list has ") + name);
-}
-
 void RehearseUnreachable(Director& director) {
   director.Scene([&director] {
     director.Expect({"Unable to connect to the Halcyrion download site.", QMessageBox::Ok, "unreachable"});
-    director.Click("cmdWebUpdate");
+    director.Press("cmdWebUpdate");
   });
   director.Scene([&director] {
-    ChooseRow(director, kLocalOnly);
+    director.Choose("Grid", QLatin1String(kLocalOnly));
     director.Picture("web-unreachable");
-    director.Click("cmdDone");
+    director.Press("cmdDone");
   });
 }
 
 void RehearseFetching(Director& director, const std::filesystem::path& package) {
   director.Scene([&director] {
     director.Picture("web-open");
-    ChooseRow(director, kRemote);
-    director.Click("cmdDownload");
+    director.Choose("Grid", QLatin1String(kRemote));
+    director.Press("cmdDownload");
   });
   director.Scene([&director, package] {
     std::filesystem::path note = package;
@@ -53,13 +38,13 @@ void RehearseFetching(Director& director, const std::filesystem::path& package) 
     director.Check(QFileInfo(QString::fromStdString(note.string())).size() > 20, "its note is here");
     director.Picture("web-fetched");
     director.Expect({"Are you sure you want to Remove this file", QMessageBox::Yes, "remove"});
-    director.Click("cmdRemove");
+    director.Press("cmdRemove");
   });
   director.Scene([&director, package] {
     director.Check(!std::filesystem::exists(package), "the package has gone again");
-    ChooseRow(director, kLocalOnly);
+    director.Choose("Grid", QLatin1String(kLocalOnly));
     director.Picture("web-local-only");
-    QTest::keyClick(&director.Find<QTableView>("Grid"), Qt::Key_Return);
+    director.Key(Qt::Key_Return);
   });
 }
 
@@ -90,7 +75,7 @@ void RehearseWebUpdate(Director& director, SampleSite& site, const std::filesyst
   RehearseUnreachable(director);
   director.Scene([&director, &site] {
     director.Check(site.Start(), "the sample update site is served");
-    director.Click("cmdWebUpdate");
+    director.Press("cmdWebUpdate");
   });
   RehearseFetching(director, folder / (std::string(kRemote) + ".qal"));
   director.Scene([&director] {

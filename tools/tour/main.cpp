@@ -1,7 +1,8 @@
 // The tour: a whole visit of the program, from the first page to a written mount, by key and mouse.
 //
-//   tarnwick-tour [--dark] [--site CONFIGURATION] DIR
+//   tarnwick-tour [--dark] [--keyboard] [--site CONFIGURATION] DIR
 //
+// --dark shows it on a dark desktop, --keyboard plays it without the mouse, which then must not be seen.
 // Leaves a picture of every page, of a run half done and of each box in DIR, and "tour.txt" with
 // what was asked and answered. With the sample update site, which nginx serves by CONFIGURATION on a
 // loopback that has its name, a package is fetched and removed on the way. Exits 0 only when the memory that
@@ -9,11 +10,9 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QCommandLineParser>
-#include <QListWidget>
 #include <QPalette>
 #include <QPlainTextEdit>
 #include <QTemporaryDir>
-#include <QTest>
 #include <filesystem>
 #include <iostream>
 
@@ -73,15 +72,6 @@ int CountOf(const std::string& text, const std::string& part) {
   return count;
 }
 
-void ChooseItem(QListWidget& list, const QString& text) {
-  for (int row = 0; row < list.count(); ++row) {
-    if (list.item(row)->text() != text) continue;
-    list.scrollToItem(list.item(row));
-    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualItemRect(list.item(row)).center());
-    return;
-  }
-}
-
 class Tour {
  public:
   /// Without a `site` nothing is fetched.
@@ -111,41 +101,41 @@ class Tour {
   void ChoosePort() {
     mDirector.Scene([this] {
       mDirector.Picture("page-1");
-      mDirector.Click("cmdStepFwd");
+      mDirector.Press("cmdStepFwd");
     });
     mDirector.Scene([this] {
       auto& ports = mDirector.Find<QComboBox>("cboComPort");
       for (int i = 0; i < ports.count() && ports.currentText() != QLatin1String(kPort); ++i) {
-        QTest::keyClick(&ports, Qt::Key_Down);
+        mDirector.Key(Qt::Key_Down);
       }
       mDirector.Check(ports.currentText() == QLatin1String(kPort),
                       "the simulated mount's port is in the list");
       mDirector.Picture("page-2");
-      QTest::keyClick(&ports, Qt::Key_Right, Qt::AltModifier);
+      mDirector.Key(Qt::Key_Right, Qt::AltModifier);
     });
   }
 
   void ChoosePackage() {
     mDirector.Scene([this] {
-      ChooseItem(mDirector.Find<QListWidget>("lstFirmware"), QString::fromStdString(mPackageName));
+      mDirector.Choose("lstFirmware", QString::fromStdString(mPackageName));
     });
     mDirector.Scene([this] {
       mDirector.Check(CountOf(Report(mDirector), "State: Running") == 2, "both controllers run before");
       mDirector.Picture("page-3");
-      QTest::keyClick(&mDirector.Find<QListWidget>("lstFirmware"), Qt::Key_Return);
+      mDirector.Key(Qt::Key_Return);
     });
   }
 
   void Program() {
     mDirector.Scene([this] {
-      ChooseItem(mDirector.Find<QListWidget>("lstDevices"), QStringLiteral("All Devices"));
+      mDirector.Choose("lstDevices", QStringLiteral("All Devices"));
       mDirector.Picture("page-4");
       for (const char* const picture : {"boot-loader-1", "boot-loader-2"}) {
         mDirector.Expect({"Your BootLoader on this device needs to be upgraded", QMessageBox::Yes, picture});
       }
       mDirector.Expect(
           {"Programming Complete", QMessageBox::Ok, "complete", [this] { mMount.CyclePower(); }});
-      mDirector.Click("cmdProgram");
+      mDirector.Press("cmdProgram");
     });
     mDirector.Scene([this] {
       const std::string report = Report(mDirector);
@@ -164,20 +154,20 @@ class Tour {
   void Verify() {
     mDirector.Scene([this] {
       mDirector.Expect({"Contents are Identical", QMessageBox::Ok, "identical"});
-      mDirector.Click("cmdVerify");
+      mDirector.Press("cmdVerify");
     });
     mDirector.Scene([this] {
       mMount.Poke(kAltitude, 300, 0x0123);
       mDirector.Expect(
           {"Found Difference at Address: 300\n\nValue of 291 should be ", QMessageBox::Ok, "difference"});
-      mDirector.Click("cmdVerify");
+      mDirector.Press("cmdVerify");
     });
   }
 
   void Leave() {
     mDirector.Scene([this] {
       mDirector.Expect({"Are you sure you want to Exit the program?", QMessageBox::Yes, "exit"});
-      mDirector.Click("cmdTerminate");
+      mDirector.Press("cmdTerminate");
     });
   }
 
@@ -190,7 +180,7 @@ class Tour {
 };
 
 /// `siteConfiguration` is empty where there is no site.
-int Run(QApplication& application, const fs::path& folder, const QString& siteConfiguration) {
+int Run(QApplication& application, const fs::path& folder, Means means, const QString& siteConfiguration) {
   const fs::path binaries = fs::read_symlink("/proc/self/exe").parent_path();
   QTemporaryDir scratch;
   const fs::path home =
@@ -209,7 +199,7 @@ int Run(QApplication& application, const fs::path& folder, const QString& siteCo
   }
 
   App app(application);
-  Director director(app.Window(), folder);
+  Director director(app.Window(), folder, means);
   program::SetEnd([&director] { director.Curtain(); });
   SampleSite site(siteConfiguration, QString::fromStdString(binaries.parent_path().string()));
   Tour tour(director, mount, siteConfiguration.isEmpty() ? nullptr : &site,
@@ -226,6 +216,7 @@ int main(int argc, char* argv[]) {
   QApplication application(argc, argv);
   QCommandLineParser options;
   options.addOption({QStringLiteral("dark"), QStringLiteral("On a dark desktop.")});
+  options.addOption({QStringLiteral("keyboard"), QStringLiteral("Without the mouse.")});
   options.addOption({QStringLiteral("site"), QStringLiteral("nginx's configuration of the sample site."),
                      QStringLiteral("configuration")});
   options.addPositionalArgument(QStringLiteral("DIR"), QStringLiteral("Where the pictures go."));
@@ -240,5 +231,7 @@ int main(int argc, char* argv[]) {
     std::cerr << folder << ": " << error.message() << '\n';
     return 2;
   }
-  return tarnwick::tour::Run(application, folder, options.value(QStringLiteral("site")));
+  const auto means = options.isSet(QStringLiteral("keyboard")) ? tarnwick::tour::Means::Keyboard
+                                                                : tarnwick::tour::Means::Mouse;
+  return tarnwick::tour::Run(application, folder, means, options.value(QStringLiteral("site")));
 }

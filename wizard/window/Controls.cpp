@@ -1,8 +1,10 @@
 #include "wizard/Controls.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QShortcut>
 #include <QSignalBlocker>
+#include <algorithm>
 
 #include "platform/qt/QtText.h"
 #include "wizard/PageWindow.h"
@@ -87,6 +89,13 @@ void ListBox::Select(int row) {
 void ListBox::Empty() {
   const QSignalBlocker quiet(this);
   clear();
+}
+
+void ListBox::keyPressEvent(QKeyEvent* event) {
+  const int key = event->key();
+  const bool arrow = key == Qt::Key_Down || key == Qt::Key_Up || key == Qt::Key_Home;
+  if (!arrow || Selected() >= 0 || count() == 0) return QListWidget::keyPressEvent(event);
+  setCurrentRow(std::max(currentRow(), 0), QItemSelectionModel::ClearAndSelect);
 }
 
 void ListBox::mousePressEvent(QMouseEvent* event) {

@@ -48,6 +48,8 @@ class ListBox final : public QListWidget {
   std::function<void()> onClick;
 
  protected:
+  /// Where nothing is chosen, the first arrow key chooses the entry that the focus shows.
+  void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
 
