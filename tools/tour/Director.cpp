@@ -145,7 +145,8 @@ void Director::Check(bool holds, const std::string& what) {
 }
 
 void Director::Key(Qt::Key key, Qt::KeyboardModifiers modifiers) {
-  QTest::keyClick(QGuiApplication::focusWindow(), key, modifiers);
+  QWidget* const box = QApplication::activeModalWidget();
+  QTest::keyClick((box != nullptr ? *box : mFrame).windowHandle(), key, modifiers);
 }
 
 void Director::Press(const char* button) {
@@ -163,8 +164,9 @@ void Director::Press(QWidget& button) {
 
 void Director::TabTo(QWidget& control) {
   constexpr int kMostTabs = 30;
-  for (int i = 0; i < kMostTabs && !control.hasFocus(); ++i) Key(Qt::Key_Tab);
-  if (!control.hasFocus()) Check(false, "Tab reaches " + control.objectName().toStdString());
+  const auto arrived = [&control] { return control.window()->focusWidget() == &control; };
+  for (int i = 0; i < kMostTabs && !arrived(); ++i) Key(Qt::Key_Tab);
+  if (!arrived()) Check(false, "Tab reaches " + control.objectName().toStdString());
 }
 
 void Director::Choose(const char* name, const QString& text) {

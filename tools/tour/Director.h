@@ -60,7 +60,7 @@ class Director final : public QObject {
   /// Chooses the entry with that text in the first column: a click, or Tab until the list has the focus
   /// and then Up and Down.
   void Choose(const char* list, const QString& text);
-  /// A key for whatever has the focus.
+  /// A key for whatever has the focus in the window in front.
   void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = {});
 
  protected:
