@@ -97,7 +97,7 @@ TEST_P(Accessibility, EveryPageIsReadableAndInOrder) {
   Walk(window);
   WalkTo(3);
   Walk(window);
-  EXPECT_THAT(FocusOrder(window), ElementsAre("lstFirmware", "txtFirmware", "txtStatus", "cmdRefresh", "cmdHelp",
+  EXPECT_THAT(FocusOrder(window), ElementsAre("lstFirmware", "cmdWebUpdate", "txtFirmware", "txtStatus", "cmdRefresh", "cmdHelp",
                                               "cmdStepBack", "cmdStepFwd", "cmdTerminate"));
   WalkTo(4);
   Walk(window);
