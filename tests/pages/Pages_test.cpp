@@ -217,8 +217,10 @@ TEST_F(Pages, FourListsTheDevicesOfThePackageAndChoosesNone) {
   EXPECT_THAT(Items("lstDevices"), ElementsAre("All Devices", "ALT(DEC) Motor"));
   EXPECT_EQ(QApplication::focusWidget(), &Find("lstDevices"));
   EXPECT_EQ(Selected("lstDevices"), -1);
-  Key(Qt::Key_Down);
-  EXPECT_EQ(Selected("lstDevices"), 1);
+  for (const int row : {0, 1}) {
+    Key(Qt::Key_Down);
+    EXPECT_EQ(Selected("lstDevices"), row);
+  }
   auto& progress = dynamic_cast<IProgress&>(*Wizard().PageHandle(4.0));
   for (const int row : {1, 0, 0}) {  // Also the one that is chosen already.
     progress.Label("Programming: 50%");
