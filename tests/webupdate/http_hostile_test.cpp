@@ -79,6 +79,13 @@ long Memory(const std::string& name) {
   return 0;
 }
 
+/// AddressSanitizer keeps what is freed.
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool kTrueMemory = false;
+#else
+constexpr bool kTrueMemory = true;
+#endif
+
 std::vector<Behaviour> Behaviours() {
   const std::string ok = "HTTP/1.1 200 OK\r\n";
   const std::string chunked = ok + "Transfer-Encoding: chunked\r\n\r\n";
@@ -157,9 +164,9 @@ TEST(HttpHostileTest, WholeOrNothing) {
                 std::string::npos);
     }
   }
-#ifndef __SANITIZE_ADDRESS__
-  EXPECT_LT(Memory("VmHWM") - before, (64 + 16) * 1024);
-#endif
+  if (kTrueMemory) {
+    EXPECT_LT(Memory("VmHWM") - before, (64 + 16) * 1024);
+  }
 }
 
 }  // namespace
