@@ -66,6 +66,8 @@ void Director::Tick() {
     return Curtain();
   }
   if (AnswerBox()) return;
+  // Without a window manager nobody gives the focus back when a box has gone.
+  if (QApplication::activeWindow() == nullptr) mFrame.activateWindow();
   PictureOfRun();
   if (!AtRest()) {
     mQuietTicks = 0;
