@@ -9,6 +9,7 @@
 #include "platform/help.h"
 #include "platform/qt/QtUser.h"
 #include "settings/Settings.h"
+#include "support/HttpDouble.h"
 
 namespace tarnwick::test {
 namespace {
@@ -124,22 +125,24 @@ TEST_P(Accessibility, SoAreTheBoxesAndTheHelp) {
   EXPECT_THAT(FocusOrder(*help), ElementsAre("txtPage", "txtFind", "treContents"));
   help->close();
 
-  qt::QtUser real;
   int seen = 0;
-  const auto walkNext = [&] {
-    QTimer::singleShot(0, [&] {
-      QWidget* const box = QApplication::activeModalWidget();
-      Walk(*box);
-      ++seen;
-      box->close();
-    });
-  };
-  walkNext();
+  QTimer next;
+  QObject::connect(&next, &QTimer::timeout, [&] {
+    QWidget* const box = QApplication::activeModalWidget();
+    if (box == nullptr || !box->isVisible()) return;
+    Walk(*box);
+    if (box->close()) ++seen;
+  });
+  next.start(1);
+  const HttpDouble site;
+  WalkTo(3);
+  Click("cmdWebUpdate");
+  EXPECT_EQ(seen, 1);
+  qt::QtUser real;
   real.MessageBox("Programming Complete\r\n\r\nCycle the power on the telescope at this point.", ui::Buttons::YesNo,
                   ui::Icon::Question);
-  walkNext();
   real.InputBox("Please Enter the Blocksize", "Blocksize Override", "4");
-  EXPECT_EQ(seen, 2);
+  EXPECT_EQ(seen, 3);
 }
 
 INSTANTIATE_TEST_SUITE_P(FontPixels, Accessibility, testing::Values(14, 21), testing::PrintToStringParamName());
