@@ -20,6 +20,10 @@ bool MountProcess::Start(const QString& program, const QStringList& arguments) {
   return mProcess.waitForReadyRead(kPatience) && mProcess.readLine().startsWith("ready");
 }
 
+void MountProcess::PullCable(int afterBytes) {
+  Ask(QStringLiteral("fault pull %1").arg(afterBytes));
+}
+
 void MountProcess::State(std::int32_t address, const char* state) {
   Ask(QStringLiteral("state %1 %2").arg(address).arg(QLatin1String(state)));
 }

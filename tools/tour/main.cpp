@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "BadLuckScenes.h"
 #include "Director.h"
 #include "WebScenes.h"
 #include "app/App.h"
@@ -94,6 +95,9 @@ class Tour {
     ChoosePackage();
     Program();
     Verify();
+    LoseCableInRuns(mDirector, mMount, [this] { CheckMemory(); });
+    FindDifference();
+    LoseCableBeforeOpening(mDirector, mMount);
     Leave();
   }
 
@@ -116,9 +120,7 @@ class Tour {
   }
 
   void ChoosePackage() {
-    mDirector.Scene([this] {
-      mDirector.Choose("lstFirmware", QString::fromStdString(mPackageName));
-    });
+    mDirector.Scene([this] { mDirector.Choose("lstFirmware", QString::fromStdString(mPackageName)); });
     mDirector.Scene([this] {
       mDirector.Check(CountOf(Report(mDirector), "State: Running") == 2, "both controllers run before");
       mDirector.Picture("page-3");
@@ -143,12 +145,16 @@ class Tour {
       const std::string version = "Version: " + text::Fixed2(mPackage.DeviceVersion(1)) + "\n";
       mDirector.Check(CountOf(report, "State: Running") == 2, "both controllers run afterwards");
       mDirector.Check(CountOf(report, version) == 2, "both report the new version");
-      mDirector.Check(MemoryEquals(mPackage, 1, mMount.Dump(kAzimuth)),
-                      "the first controller's memory is the package");
-      mDirector.Check(MemoryEquals(mPackage, 2, mMount.Dump(kAltitude)),
-                      "the second controller's memory is the package");
+      CheckMemory();
       mDirector.Picture("page-4-done");
     });
+  }
+
+  void CheckMemory() {
+    mDirector.Check(MemoryEquals(mPackage, 1, mMount.Dump(kAzimuth)),
+                    "the first controller's memory is the package");
+    mDirector.Check(MemoryEquals(mPackage, 2, mMount.Dump(kAltitude)),
+                    "the second controller's memory is the package");
   }
 
   void Verify() {
@@ -156,6 +162,9 @@ class Tour {
       mDirector.Expect({"Contents are Identical", QMessageBox::Ok, "identical"});
       mDirector.Press("cmdVerify");
     });
+  }
+
+  void FindDifference() {
     mDirector.Scene([this] {
       mMount.Poke(kAltitude, 300, 0x0123);
       mDirector.Expect(
@@ -232,6 +241,6 @@ int main(int argc, char* argv[]) {
     return 2;
   }
   const auto means = options.isSet(QStringLiteral("keyboard")) ? tarnwick::tour::Means::Keyboard
-                                                                : tarnwick::tour::Means::Mouse;
+                                                               : tarnwick::tour::Means::Mouse;
   return tarnwick::tour::Run(application, folder, means, options.value(QStringLiteral("site")));
 }

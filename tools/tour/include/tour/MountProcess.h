@@ -18,6 +18,10 @@ class MountProcess {
   void Stop();
   /// Switches the simulated power off and on.
   void CyclePower() { Ask(QStringLiteral("power")); }
+  /// The cable comes off when so many more bytes have passed, counted both ways, and stays off until it is
+  /// plugged in again.
+  void PullCable(int afterBytes);
+  void PlugCable() { Ask(QStringLiteral("plug")); }
   /// Puts a device into a state: running, boot, program or silent.
   void State(std::int32_t address, const char* state);
   /// Changes one word of a device's memory, given by its place in the package.
