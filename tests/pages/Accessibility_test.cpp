@@ -98,8 +98,9 @@ TEST_P(Accessibility, EveryPageIsReadableAndInOrder) {
   Walk(window);
   WalkTo(3);
   Walk(window);
-  EXPECT_THAT(FocusOrder(window), ElementsAre("lstFirmware", "cmdWebUpdate", "txtFirmware", "txtStatus", "cmdRefresh", "cmdHelp",
-                                              "cmdStepBack", "cmdStepFwd", "cmdTerminate"));
+  EXPECT_THAT(FocusOrder(window),
+              ElementsAre("lstFirmware", "cmdWebUpdate", "txtFirmware", "txtStatus", "cmdRefresh", "cmdHelp",
+                          "cmdStepBack", "cmdStepFwd", "cmdTerminate"));
   WalkTo(4);
   Walk(window);
   EXPECT_THAT(FocusOrder(window), ElementsAre("lstDevices", "cmdProgram", "cmdVerify", "txtStatus",
@@ -139,13 +140,14 @@ TEST_P(Accessibility, SoAreTheBoxesAndTheHelp) {
   Click("cmdWebUpdate");
   EXPECT_EQ(seen, 1);
   qt::QtUser real;
-  real.MessageBox("Programming Complete\r\n\r\nCycle the power on the telescope at this point.", ui::Buttons::YesNo,
-                  ui::Icon::Question);
+  real.MessageBox("Programming Complete\r\n\r\nCycle the power on the telescope at this point.",
+                  ui::Buttons::YesNo, ui::Icon::Question);
   real.InputBox("Please Enter the Blocksize", "Blocksize Override", "4");
   EXPECT_EQ(seen, 3);
 }
 
-INSTANTIATE_TEST_SUITE_P(FontPixels, Accessibility, testing::Values(14, 21), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(FontPixels, Accessibility, testing::Values(14, 21),
+                         testing::PrintToStringParamName());
 
 }  // namespace
 }  // namespace tarnwick::test

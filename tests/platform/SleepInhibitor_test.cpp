@@ -27,8 +27,8 @@ TEST(SleepInhibitor, HoldsTheSystemsLockAsLongAsAHoldLives) {
   EXPECT_FALSE(ChildrenLeft());
 
   const std::filesystem::path program = folder / "systemd-inhibit";
-  test::WriteFile(program, "#!/bin/sh\necho \"$*\" >'" + said.string() + ".new'\nmv '" + said.string() + ".new' '" +
-                               said.string() + "'\nexec cat\n");
+  test::WriteFile(program, "#!/bin/sh\necho \"$*\" >'" + said.string() + ".new'\nmv '" + said.string() +
+                               ".new' '" + said.string() + "'\nexec cat\n");
   ::chmod(program.c_str(), 0755);
   ::setenv("PATH", (folder.Path().string() + ":" + path).c_str(), 1);
   {

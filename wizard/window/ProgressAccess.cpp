@@ -9,8 +9,7 @@ namespace {
 
 class ProgressAccess final : public QAccessibleWidget, public QAccessibleValueInterface {
  public:
-  explicit ProgressAccess(ProgressBar* bar)
-      : QAccessibleWidget(bar, QAccessible::ProgressBar), mBar(*bar) {}
+  explicit ProgressAccess(ProgressBar* bar) : QAccessibleWidget(bar, QAccessible::ProgressBar), mBar(*bar) {}
 
   void* interface_cast(QAccessible::InterfaceType type) override {
     if (type == QAccessible::ValueInterface) return static_cast<QAccessibleValueInterface*>(this);
