@@ -1,4 +1,4 @@
-// The swap, cut at every step and run by each shell: old or new, never mixed, never missing.
+// The swap, failed and cut at every step and run by each shell: old or new, never mixed, never missing.
 #include "webupdate/Swap.h"
 
 #include <gmock/gmock.h>
@@ -7,50 +7,9 @@
 #include <unistd.h>
 
 #include <random>
-#include <thread>
 
-#include "platform/files.h"
-#include "platform/process.h"
+#include "support/FileFaults.h"
 #include "support/TempFolder.h"
-
-namespace {
-
-// What this process does to files, counted; it ends like a killed one just before the call `gCutAt`.
-int gCalls = 0;
-int gCutAt = 0;
-std::vector<std::string>* gTrace = nullptr;
-
-void Count(const std::string& call) {
-  if (gTrace != nullptr) gTrace->push_back(call);
-  if (++gCalls == gCutAt) ::_exit(9);
-}
-
-std::string LastOf(const char* path) {
-  return std::filesystem::path(path).filename().string();
-}
-
-}  // namespace
-
-extern "C" {
-int __real_rename(const char* from, const char* to);
-int __real_unlink(const char* path);
-int __real_fsync(int fd);
-int __wrap_rename(const char* from, const char* to);
-int __wrap_unlink(const char* path);
-int __wrap_fsync(int fd);
-int __wrap_rename(const char* from, const char* to) {
-  Count("rename " + LastOf(from) + " " + LastOf(to));
-  return __real_rename(from, to);
-}
-int __wrap_unlink(const char* path) {
-  Count("unlink " + LastOf(path));
-  return __real_unlink(path);
-}
-int __wrap_fsync(int fd) {
-  Count("fsync");
-  return __real_fsync(fd);
-}
-}
 
 namespace tarnwick::test {
 namespace {
@@ -59,31 +18,47 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 
 const std::vector<SwapFile> kSwap{{"$P.EXE", "P"}, {"$L.DLL", "L.so"}};
+constexpr const char* kShells[] = {"/bin/dash", "/bin/bash"};
 
 class SwapTest : public testing::Test {
  protected:
-  /// A program's folder in which new files wait.
+  /// A program's folder in which new files wait. Old or new, the program tells that it started.
   void Prepare() {
     fs::remove_all(home);
     fs::create_directories(home);
+    const std::string old = "#!/bin/sh\n: >'" + (folder / "started").string() + "'\n";
     for (const SwapFile& file : kSwap) {
-      WriteFile(home / file.installed, "old");
-      WriteFile(home / file.fetched, "new");
+      WriteFile(home / file.installed, old);
+      WriteFile(home / file.fetched, old + "#new");
+      for (const std::string& name : {file.fetched, file.installed})
+        fs::permissions(home / name, fs::perms(0755));
     }
-    WriteFile(home / "P", "#!/bin/sh\n: >'" + (folder / "started").string() + "'\n");
-    fs::copy_file(home / "P", home / "$P.EXE", fs::copy_options::overwrite_existing);
-    for (const char* name : {"P", "$P.EXE"}) fs::permissions(home / name, fs::perms(0755));
-    WriteFile(home / "$P.EXE", ReadFile(home / "P") + "# new\n");
   }
-  static bool IsNew(const fs::path& file) {
-    return ReadFile(file).ends_with("new") || ReadFile(file).ends_with("# new\n");
-  }
+  bool IsNew(const char* name) const { return ReadFile(home / name).ends_with("#new"); }
   /// The swap completed by the next start, whatever came before; both files are of one age then.
-  void ExpectWhole(const std::string& after) {
-    ASSERT_TRUE(fs::exists(home / "P") && fs::exists(home / "L.so")) << after;
-    EXPECT_NE(CompleteSwap(home), Unfinished::Failed) << after;
-    EXPECT_EQ(IsNew(home / "P"), IsNew(home / "L.so")) << after;
-    EXPECT_FALSE(fs::exists(home / "WebUpdate.journal")) << after;
+  void ExpectWhole() const {
+    ASSERT_TRUE(fs::exists(home / "P") && fs::exists(home / "L.so"));
+    EXPECT_NE(CompleteSwap(home), Unfinished::Failed);
+    EXPECT_EQ(IsNew("P"), IsNew("L.so"));
+    EXPECT_FALSE(fs::exists(home / "WebUpdate.journal"));
+  }
+  /// Runs the script by `shell` in the folder above `home`, to its end.
+  void RunScript(const char* shell, const fs::path& program, const SwapFile& a, const SwapFile& b) const {
+    const std::string script = home / "WebUpdate.sh";
+    const pid_t child = ::fork();
+    if (child == 0) {
+      if (::chdir(folder.Path().c_str()) == 0 && std::freopen("/dev/null", "r", stdin) != nullptr &&
+          std::freopen("/dev/null", "w", stderr) != nullptr)
+        ::execl(shell, shell, script.c_str(), home.c_str(), program.c_str(), a.fetched.c_str(),
+                a.installed.c_str(), b.fetched.c_str(), b.installed.c_str(), nullptr);
+      ::_exit(1);
+    }
+    ::waitpid(child, nullptr, 0);
+  }
+  static void WaitUntil(const std::function<bool()>& holds) {
+    int waits = 0;
+    while (!holds() && ++waits < 500) ::usleep(10'000);
+    EXPECT_LT(waits, 500);
   }
   std::vector<std::string> Names() {
     std::vector<std::string> names;
@@ -96,94 +71,66 @@ class SwapTest : public testing::Test {
   fs::path home = folder / "a b";
 };
 
-TEST_F(SwapTest, CutAtEachStepOfTheProgramTheNextStartFindsOldOrNew) {
-  std::vector<std::string> trace;
-  gTrace = &trace;
+TEST_F(SwapTest, FailedOrCutAtEachStepOfTheProgramTheNextStartFindsOldOrNew) {
   Prepare();
-  trace.clear();
-  EXPECT_FALSE(WriteSwap(home, kSwap));
-  EXPECT_THAT(trace, ElementsAre("unlink WebUpdate.sh.new", "fsync", "rename WebUpdate.sh.new WebUpdate.sh",
-                                 "fsync", "unlink WebUpdate.journal.new", "fsync",
-                                 "rename WebUpdate.journal.new WebUpdate.journal", "fsync"));
-  trace.clear();
-  EXPECT_EQ(CompleteSwap(home), Unfinished::Completed);
-  EXPECT_THAT(trace, ElementsAre("rename $P.EXE P", "fsync", "rename $L.DLL L.so", "fsync",
-                                 "unlink WebUpdate.journal", "fsync", "unlink WebUpdate.sh", "fsync"));
-  gTrace = nullptr;
-  for (int cut = 1, status = 9; status != 0; ++cut) {
-    Prepare();
-    const pid_t child = ::fork();
-    if (child == 0) {
-      gCalls = 0, gCutAt = cut;
-      WriteSwap(home, kSwap);
-      CompleteSwap(home);
-      ::_exit(0);
-    }
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ExpectWhole("call " + std::to_string(cut));
-    ASSERT_LT(cut, 20);
+  EXPECT_THAT(FileCalls([this] { EXPECT_FALSE(WriteSwap(home, kSwap)); }),
+              ElementsAre("unlink WebUpdate.sh.new", "fsync", "rename WebUpdate.sh.new WebUpdate.sh", "fsync",
+                          "unlink WebUpdate.journal.new", "fsync",
+                          "rename WebUpdate.journal.new WebUpdate.journal", "fsync"));
+  EXPECT_THAT(FileCalls([this] { EXPECT_EQ(CompleteSwap(home), Unfinished::Completed); }),
+              ElementsAre("rename $P.EXE P", "fsync", "rename $L.DLL L.so", "fsync",
+                          "unlink WebUpdate.journal", "fsync", "unlink WebUpdate.sh", "fsync"));
+  for (const Fault fault : {Fault::Fail, Fault::Kill}) {
+    const auto swap = [this] { WriteSwap(home, kSwap) ? Unfinished::None : CompleteSwap(home); };
+    EXPECT_GE(EachFault(
+                  fault, [this] { Prepare(); }, swap, [this] { ExpectWhole(); }),
+              20);
   }
   EXPECT_EQ(CompleteSwap(home), Unfinished::None);
 }
 
-TEST_F(SwapTest, KilledAtEachCommandOfTheScriptTheNextStartFindsOldOrNew) {
-  // Commands of ours in front of the system's: the nth one kills the script before or after its work.
-  const fs::path bin = folder / "bin";
-  fs::create_directories(bin);
-  for (const char* command : {"mv", "sync", "rm"}) {
-    WriteFile(bin / command,
-              "#!/bin/sh\nPATH=/usr/bin:/bin\necho >>\"$COUNT\"\n"
-              "n=$(wc -l <\"$COUNT\")\n[ $n -ne \"$BEFORE\" ] || kill -9 $PPID\n" +
-                  std::string("[ $n -eq \"$BEFORE\" ] || ") + command +
-                  " \"$@\"\n"
-                  "[ $n -ne \"$AFTER\" ] || kill -9 $PPID\n");
-    fs::permissions(bin / command, fs::perms(0755));
-  }
-  for (const char* shell : {"dash", "bash"}) {
-    for (int cut = 0; cut <= 11; ++cut) {
+TEST_F(SwapTest, KilledBeforeEachCommandOfTheScriptTheNextStartFindsOldOrNew) {
+  fs::create_directories(folder / "bin");
+  const std::string path = ::getenv("PATH");
+  ::setenv("PATH", ((folder / "bin").string() + ":" + path).c_str(), 1);
+  for (const char* const shell : kShells) {
+    for (int cut = 1; cut <= 6; ++cut) {
       Prepare();
       WriteSwap(home, kSwap);
-      const std::string count = (folder / "count").string();
-      fs::remove(count);
-      const std::string command = "cd / && PATH='" + bin.string() + "':$PATH COUNT='" + count +
-                                  "' BEFORE=" + std::to_string(cut % 2 ? cut / 2 + 1 : 0) +
-                                  " AFTER=" + std::to_string(cut % 2 ? 0 : cut / 2) + " " + shell + " '" +
-                                  (home / "WebUpdate.sh").string() + "' '" + home.string() + "' '" +
-                                  (home / "P").string() + "' '$P.EXE' P '$L.DLL' L.so </dev/null 2>/dev/null";
-      (void)!std::system(command.c_str());
-      ExpectWhole(std::string(shell) + " cut " + std::to_string(cut));
-      if (cut == 0) {
-        EXPECT_TRUE(IsNew(home / "P"));
-        for (int i = 0; i < 200 && !fs::exists(folder / "started"); ++i) ::usleep(10'000);
-        EXPECT_THAT(Names(), ElementsAre("a b", "a b/L.so", "a b/P", "bin", "bin/mv", "bin/rm", "bin/sync",
-                                         "count", "started"));
+      // In front of the system's commands ours, of which the one number `cut` kills the script.
+      for (const char* const command : {"mv", "sync", "rm"}) {
+        WriteFile(folder / "bin" / command,
+                  "#!/bin/sh\ncd \"${0%/*}\"\necho >>count\n[ $(wc -l <count) -ne " + std::to_string(cut) +
+                      " ] || { kill -9 $PPID; exit; }\ncd \"$OLDPWD\"\nPATH='" + path +
+                      "'\nexec \"${0##*/}\" \"$@\"\n");
+        fs::permissions(folder / "bin" / command, fs::perms(0755));
       }
+      fs::remove(folder / "bin" / "count");
+      RunScript(shell, home / "P", kSwap[0], kSwap[1]);
+      SCOPED_TRACE(std::string(shell) + " cut " + std::to_string(cut));
+      EXPECT_EQ(fs::exists(home / "WebUpdate.sh") || fs::exists(home / "WebUpdate.journal"), cut < 6);
+      ExpectWhole();
     }
+    EXPECT_TRUE(IsNew("P"));
+    WaitUntil([this] { return fs::remove(folder / "started"); });
   }
+  ::setenv("PATH", path.c_str(), 1);
 }
-
 TEST_F(SwapTest, TheScriptWaitsForTheProgramToEnd) {
   Prepare();
-  int alive[2];
-  ASSERT_EQ(::pipe(alive), 0);
+  WriteSwap(home, kSwap);
   const pid_t program = ::fork();
   if (program == 0) {
-    WriteSwap(home, kSwap);
-    const bool started = StartSwap(home, kSwap, home / "P");
-    char byte = started ? 'y' : 'n';
-    (void)!::write(alive[1], &byte, 1);
+    WriteFile(home / (StartSwap(home, kSwap, home / "P") ? "runs" : "fails"), "");
     ::pause();
   }
-  char byte = 0;
-  ASSERT_EQ(::read(alive[0], &byte, 1), 1);
-  EXPECT_EQ(byte, 'y');
+  WaitUntil([this] { return fs::exists(home / "runs"); });
   ::usleep(200'000);
-  EXPECT_FALSE(IsNew(home / "P"));
+  EXPECT_FALSE(IsNew("P"));
   ::kill(program, SIGKILL);
   ::waitpid(program, nullptr, 0);
-  for (int i = 0; i < 500 && fs::exists(home / "WebUpdate.sh"); ++i) ::usleep(10'000);
-  EXPECT_TRUE(IsNew(home / "P") && IsNew(home / "L.so"));
-  EXPECT_FALSE(fs::exists(home / "WebUpdate.journal") || fs::exists(home / "WebUpdate.sh"));
+  WaitUntil([this] { return !fs::exists(home / "WebUpdate.sh"); });
+  EXPECT_TRUE(IsNew("P") && IsNew("L.so") && !fs::exists(home / "WebUpdate.journal"));
 }
 
 TEST_F(SwapTest, HostileNamesAndFoldersRunNothingAndReachNothing) {
@@ -191,33 +138,22 @@ TEST_F(SwapTest, HostileNamesAndFoldersRunNothingAndReachNothing) {
       "$(touch X)", "`touch X`", ";touch X;", "'",    "\"", "\\", "$HOME", "&&", "|touch X", " ", "\n", "-rf",
       "*",          "?",         "\xC3\xA9",  "\xE9", "#",  "!",  "~",     "%s", "a",        "=", "{",  "("};
   std::mt19937 random(11);
-  const auto hostile = [&] {
-    std::string name;
+  const auto hostile = [&](std::string name) {
     for (int part = 0; part < 4; ++part) name += pieces[random() % pieces.size()];
     return name;
   };
   for (int round = 0; round < 600; ++round) {
-    home = folder / "in" / hostile();
+    home = folder / "in" / hostile("");
     fs::create_directories(home);
-    const std::string installed = hostile();
-    const std::string fetched = "$" + hostile();
-    WriteFile(home / fetched, "new");
-    WriteFile(home / installed, "old");
-    WriteFile(home / "WebUpdate.sh", SwapScript());
-    const pid_t child = ::fork();
-    if (child == 0) {
-      const std::string script = home / "WebUpdate.sh";
-      if (::chdir(folder.Path().c_str()) != 0 || std::freopen("/dev/null", "r", stdin) == nullptr ||
-          std::freopen("/dev/null", "w", stderr) == nullptr)
-        ::_exit(1);
-      const char* const shell = round % 2 ? "/bin/dash" : "/bin/bash";
-      ::execl(shell, shell, script.c_str(), home.c_str(), "/bin/true", fetched.c_str(), installed.c_str(),
-              nullptr);
-      ::_exit(1);
+    const SwapFile files[] = {{hostile("$1"), hostile("")}, {hostile("$2"), hostile("-")}};
+    for (const SwapFile& file : files) {
+      WriteFile(home / file.fetched, "#new");
+      WriteFile(home / file.installed, "old");
     }
-    ::waitpid(child, nullptr, 0);
-    EXPECT_EQ(ReadFile(home / installed), "new") << home << " " << installed;
-    EXPECT_EQ(Names().size(), 3U) << home << " " << installed;  // in, the folder, the one file.
+    WriteFile(home / "WebUpdate.sh", SwapScript());
+    RunScript(kShells[round % 2], "/bin/true", files[0], files[1]);
+    for (const SwapFile& file : files) EXPECT_TRUE(IsNew(file.installed.c_str())) << home << file.installed;
+    EXPECT_EQ(Names().size(), 4U) << home;  // in, the folder, the two files.
     fs::remove_all(folder / "in");
   }
 }
