@@ -4,6 +4,8 @@
 
 #include "CatalogueRow.h"
 #include "platform/text.h"
+#include "webupdate/HarmlessName.h"
+#include "webupdate/Packages.h"
 
 namespace tarnwick {
 namespace {
@@ -64,10 +66,16 @@ void Catalogue::TakePackage(std::string_view line) {
   const std::string_view ext = row->name.substr(row->name.size() - kExtension + 1);
   // A package and its note may not be one and the same file.
   if (text::EqualNoCase(ext, "txt")) return;
+  FileEntry entry;
+  entry.Name = row->name.substr(0, row->name.size() - kExtension);
+  entry.Ext = ext;
+  // The row need not have a full stop there; the file that is fetched and saved has one.
+  if (!IsHarmlessName(FileNameOf(entry))) return;
+  entry.Date = row->second;
+  entry.Size = row->size;
+  entry.Remote = true;
   mSkip = false;
-  const std::string_view name = row->name.substr(0, row->name.size() - kExtension);
-  mFiles.push_back(
-      {std::string(name), std::string(ext), std::string(row->second), row->size, {}, false, true});
+  mFiles.push_back(std::move(entry));
 }
 
 void Catalogue::SortFiles() {

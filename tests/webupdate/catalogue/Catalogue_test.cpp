@@ -57,7 +57,7 @@ TEST(Catalogue, ReadsWhatItBelieves) {
       {"@a.qal,d,1\r\n@b.qal,d\r\nfor b", 0, {"a|qal|d|1||R"}},
       {"@a.qal,d,1\r\n$5 off\r\nfor a", 0, {"a|qal|d|1|for a\r\n|R"}},
       {"@a.qal,d,1\r\n" + longLine + "\r\nfor a", 0, {"a|qal|d|1|for a\r\n|R"}},
-      {"@a.txt,d,1\r\n@.qal,d,1\r\n@qal,d,1\r\n@,d,1\r\n@../a.qal,d,1", 0, {}},
+      {"@a.txt,d,1\r\n@.qal,d,1\r\n@qal,d,1\r\n@,d,1\r\n@../a.qal,d,1\r\n@CONxqal,d,1", 0, {}},
       {"@" + longName + ".qal,d,1\r\n@n" + longName + ".qal,d,1", 0, {longName + "|qal|d|1||R"}},
       {"@a.qal," + std::string(65, 'd') + ",1\r\n@a.qal,d\n,1\r\n$../P.EXE,1,1", 0, {}},
       {"@a.qal,d,1\r\n" + std::string(Catalogue::kLongestText, ' '), 0, {}},
