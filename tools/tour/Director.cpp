@@ -122,8 +122,9 @@ bool Director::AtRest() const {
   const auto* const web = mFrame.findChild<QWidget*>(QStringLiteral("frmWebUpdate"));
   if (web != nullptr)
     return web->isVisible() && web->findChild<QWidget*>(QStringLiteral("cmdDone"))->isEnabled();
-  const QWidget* const page = mFrame.findChild<QWidget*>(QStringLiteral("picPage"));
-  return page != nullptr && page->isEnabled() && mFrame.isVisible();
+  // Dead while the page is locked; the page itself turns grey a little later.
+  const QWidget* const help = mFrame.findChild<QWidget*>(QStringLiteral("cmdHelp"));
+  return help != nullptr && help->isEnabled() && mFrame.isVisible();
 }
 
 void Director::Picture(const std::string& name) {
