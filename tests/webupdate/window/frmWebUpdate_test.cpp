@@ -63,23 +63,22 @@ class WebUpdateTest : public ProgramTest {
     std::vector<std::string> rows;
     const QAbstractItemModel& model = *On<QTableView>("Grid").model();
     for (int row = 0; row < model.rowCount(); ++row) {
-      QStringList cells;
-      for (int column = 0; column < 4; ++column) cells << model.index(row, column).data().toString();
+      std::string& cells = rows.emplace_back();
+      for (int column = 0; column < 4; ++column)
+        cells += model.index(row, column).data().toString().toStdString() + (column < 3 ? " " : "");
       const auto colour = model.index(row, 3).data(Qt::BackgroundRole).value<QColor>();
-      EXPECT_TRUE(colour == QColor(255, 255, 255) || colour == QColor(0xFF, 0xC0, 0x80));
-      rows.push_back((cells.join(' ') + (colour == QColor(255, 255, 255) ? "" : " *")).toStdString());
+      cells += colour == QColor(0xFF, 0xC0, 0x80) ? " *" : colour == QColor(255, 255, 255) ? "" : " ?";
     }
     return rows;
   }
-  /// Which of the buttons are on: Download, Remove, Done.
-  std::string Buttons() {
-    std::string on;
+  /// Which of the buttons are on, as Download, Remove, Done; then the bar's text and the description.
+  std::string State() {
+    std::string state;
     for (const char* const name : {"cmdDownload", "cmdRemove", "cmdDone"})
-      on += On(name).isEnabled() ? '1' : '0';
-    return on;
+      state += On(name).isEnabled() ? '1' : '0';
+    return state + On("progress").accessibleDescription().toStdString() + "|" +
+           On<QPlainTextEdit>("txtDescription").toPlainText().toStdString();
   }
-  std::string About() { return On<QPlainTextEdit>("txtDescription").toPlainText().toStdString(); }
-  std::string Bar() { return On("progress").accessibleDescription().toStdString(); }
 
   HttpDouble site;
   std::optional<frmWebUpdate> web;
@@ -92,11 +91,11 @@ TEST_F(WebUpdateTest, OpensWithBothLists) {
   EXPECT_EQ(web->windowTitle(), " Web Updates [other.example/a/b/list.txt]");
   EXPECT_THAT(Rows(), ElementsAre("Alpha 2004-02-29 6 Remote *", "bravo 2005-03-01 2000 Local",
                                   "delta soon 0 Remote *", testing::MatchesRegex("zulu .* 4 Local")));
-  EXPECT_EQ(Buttons() + Bar() + About(), "001");
+  EXPECT_EQ(State(), "001|");
   Choose(1);
-  EXPECT_EQ(Buttons() + Bar() + About(), "101About Alpha\n");
+  EXPECT_EQ(State(), "101|About Alpha\n");
   QTest::keyClick(&On("Grid"), Qt::Key_End, Qt::ControlModifier);
-  EXPECT_EQ(Buttons() + About(), "011Note of zulu\n");
+  EXPECT_EQ(State(), "011|Note of zulu\n");
   QTest::keyClick(&*web, Qt::Key_Escape);
   EXPECT_FALSE(web->isVisible());
   EXPECT_EQ(web->FirmwareText(), "zulu");
@@ -108,7 +107,7 @@ TEST_F(WebUpdateTest, OpensWithoutASite) {
   EXPECT_EQ(web->windowTitle(), "Web Updates");
   EXPECT_THAT(Said(), ElementsAre(testing::StartsWith("Ok !|Unable to connect to the Halcyrion")));
   QTest::keyClick(&On("Grid"), Qt::Key_Down);
-  EXPECT_EQ(Buttons(), "011") << "The first step down chooses the first row.";
+  EXPECT_EQ(State(), "011|") << "The first step down chooses the first row.";
   std::filesystem::remove_all(Folder());
   web.emplace(nullptr);
   Open();
@@ -120,27 +119,28 @@ TEST_F(WebUpdateTest, OpensWithoutASite) {
 TEST_F(WebUpdateTest, TransferIsLeftAloneUntilItEnds) {
   Open();
   Choose(1);
-  std::string during;
+  bool during = false;
   onPump = [&] {
-    if (Buttons() != "000" || !during.empty()) return;
-    during = Bar();
+    if (during || !State().starts_with("000")) return;
+    during = true;
+    EXPECT_EQ(State(), "000100%|About Alpha\n");
     Choose(2);
     QTest::keyClick(&*web, Qt::Key_Escape);
     web->close();
     EXPECT_TRUE(web->isVisible());
-    EXPECT_EQ(Buttons() + Bar() + About(), "000" + during + "About bravo\n");
+    EXPECT_EQ(State(), "000100%|About bravo\n");
   };
   Press("cmdDownload");
   onPump = {};
-  EXPECT_EQ(during, "100%");
-  EXPECT_EQ(Buttons() + Bar() + About(), "011Download CompleteAbout bravo\n") << "The row chosen meanwhile.";
+  EXPECT_TRUE(during);
+  EXPECT_EQ(State(), "011Download Complete|About bravo\n") << "The row chosen meanwhile.";
   EXPECT_EQ(ReadFile(Folder() / "Alpha.QAL") + ReadFile(Folder() / "Alpha.txt"), "alpha!About Alpha\r\n");
   EXPECT_THAT(Rows(), testing::Contains("Alpha 2004-02-29 6 Local"));
   Choose(1);
-  EXPECT_EQ(Buttons() + Bar() + About(), "011About Alpha\n");
+  EXPECT_EQ(State(), "011|About Alpha\n");
   Choose(3);
   Press("cmdDownload");
-  EXPECT_EQ(Buttons() + Bar() + About(), "101") << "Not on the site.";
+  EXPECT_EQ(State(), "101|") << "Not on the site.";
   EXPECT_EQ(Said().size(), 1U);
 }
 
@@ -170,9 +170,9 @@ TEST_F(WebUpdateTest, RemovesAfterAQuestion) {
   Choose(2);
   user.answers = {ui::Answer::No};
   Press("cmdRemove");
-  EXPECT_EQ(Buttons(), "011");
+  EXPECT_EQ(State(), "011|About bravo\n");
   Press("cmdRemove");
-  EXPECT_EQ(Buttons(), "101");
+  EXPECT_EQ(State(), "101|About bravo\n");
   EXPECT_THAT(Rows(), testing::Contains("bravo 2005-03-01 2000 Remote *"));
   const std::string question = "Are you sure you want to Remove this file from your computer?";
   EXPECT_THAT(Said(), ElementsAre("YesNo ?|" + question, "YesNo ?|" + question));
@@ -182,7 +182,7 @@ TEST_F(WebUpdateTest, RemovesAfterAQuestion) {
                                   "remove it, you will not be able re-download it.\r\n\r\n" +
                                   question));
   EXPECT_EQ(Rows().size(), 3U);
-  EXPECT_EQ(Buttons(), "101") << "The row above is current.";
+  EXPECT_EQ(State(), "101|") << "The row above is current.";
   EXPECT_TRUE(std::filesystem::is_empty(Folder()));
   Press("cmdDone");
   EXPECT_EQ(web->FirmwareText(), "delta");
@@ -217,33 +217,31 @@ TEST_F(WebUpdateTest, ANewerProgramIsOfferedAndInstalledOnlyWhenAllIsRight) {
   const std::string question =
       "YesNo ?|A newer version of this program is available.\r\n\r\nTarnwick.EXE  v2.2.5\r\n\r\n"
       "Do you wish to download and install?";
-  std::string during;
   bool started = false;
   process::SetStarter([&](const process::Command&) { return started = true; });
+  std::string during;
   onPump = [&] {
     if (!web->isVisible()) return;
     Choose(1);
-    during = Buttons() + Bar();
+    during = State();
   };
-  for (const char* const file : {"", "damaged", good.c_str()}) {
+  const auto load = [&](const std::string& file, ui::Answer answer) {
     site.replies[std::string(kSite) + "Tarnwick.EXE"] = {file};
-    user.answers = {*file == '\0' ? ui::Answer::No : ui::Answer::Yes};
-    EXPECT_EQ(web->Form_Load(), file != good);
-    if (*file == '\0') {
-      EXPECT_THAT(Said(), ElementsAre(question));
-      EXPECT_EQ(during, "");
-    } else if (file != good) {
-      EXPECT_THAT(Said(), ElementsAre(question, "Ok !|Error updating program!"));
-    } else {
-      EXPECT_THAT(Said(), ElementsAre(question,
-                                      "Ok i|Program downloaded successfully ...\r\n\r\n"
-                                      "Press Ok to Run the New Version."));
-      EXPECT_EQ(during, "000Installing Program ...");
-    }
-    EXPECT_EQ(web->isVisible(), started);
-    EXPECT_EQ(Buttons(), started ? "000" : "001");
-  }
-  EXPECT_TRUE(started && std::filesystem::exists(folder / "$Tarnwick.EXE"));
+    user.answers = {answer};
+    return web->Form_Load();
+  };
+  EXPECT_TRUE(load(good, ui::Answer::No));
+  EXPECT_THAT(Said(), ElementsAre(question));
+  EXPECT_EQ(during, "");
+  EXPECT_TRUE(load("damaged", ui::Answer::Yes));
+  EXPECT_THAT(Said(), ElementsAre(question, "Ok !|Error updating program!"));
+  EXPECT_TRUE(State().starts_with("001") && !web->isVisible() && !started);
+  EXPECT_FALSE(load(good, ui::Answer::Yes));
+  EXPECT_THAT(Said(), ElementsAre(question,
+                                  "Ok i|Program downloaded successfully ...\r\n\r\n"
+                                  "Press Ok to Run the New Version."));
+  EXPECT_EQ(during, "000Installing Program ...|About Alpha\n");
+  EXPECT_TRUE(web->isVisible() && started && std::filesystem::exists(folder / "$Tarnwick.EXE"));
   onPump = {};
   process::SetStarter({});
 }
