@@ -134,10 +134,9 @@ TEST_F(SelfUpdateTest, InstallsAllThatIsNewerInOneSwap) {
 }
 
 TEST_F(SelfUpdateTest, OneThatCannotBeHadStopsAll) {
-  const std::string offered = "/at/Tarnwick.DLL";
   const std::function<void()> troubles[] = {
-      [&] { site.replies.erase(offered); },
-      [&] { site.replies[offered].content += "\n"; },
+      [&] { site.replies.erase("/at/Tarnwick.DLL"); },
+      [&] { ++catalogue.Programs(1).Size; },
       [&] { site.opens = false; },
       [&] { std::filesystem::create_directories(folder / "$Tarnwick.DLL/in the way"); },
       [&] { starts = false; },
@@ -162,7 +161,11 @@ TEST_F(SelfUpdateTest, NothingButTheSignedFileIsAccepted) {
   const auto line = [&](const std::string& as, const std::string& number, const KeyPair& pair) {
     return SignatureLine(content, as, number, pair.secret);
   };
+  while (line(name, version, keys).find('/') == std::string::npos) keys = *MakeKeyPair();
+  TrustKey(keys.open);
   const std::string good = content + line(name, version, keys);
+  std::string otherwise = good;  // libsodium reads the same signature there.
+  otherwise[good.find('/', content.size())] = '\x80';
   const auto accepted = [&](const std::string& file) {
     Put(name, version, file);
     Check();
@@ -172,7 +175,8 @@ TEST_F(SelfUpdateTest, NothingButTheSignedFileIsAccepted) {
   for (const std::string& file :
        {content, std::string(), content + line(name, "2.2.3", keys),
         content + line("Tarnwick.DLL", version, keys), content + line(name, version, *MakeKeyPair()),
-        good + good, line(name, version, keys), good + " ", content + "y" + line(name, version, keys)})
+        good + good, line(name, version, keys), good + " ", otherwise,
+        content + "y" + line(name, version, keys)})
     EXPECT_FALSE(accepted(file)) << file.size();
   EXPECT_FALSE(IsSigned(content + SignatureLine("y" + content, name, "2.2.5", keys.secret), name, "2.2.5\ny",
                         keys.open));
