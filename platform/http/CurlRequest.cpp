@@ -109,14 +109,11 @@ void CurlRequest::SetAddress(const Peer& peer, const std::string& path) {
 }
 
 void CurlRequest::SetMethod(const std::string& method) {
-  if (method == "GET") return;
-  if (method == "HEAD") {
-    mCurl.set(mEasy, CURLOPT_NOBODY, 1L);
-  } else if (method == "POST") {
+  if (method == "POST") {
     mCurl.set(mEasy, CURLOPT_POST, 1L);
     mCurl.set(mEasy, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t{0});
     mCurl.set(mEasy, CURLOPT_COPYPOSTFIELDS, "");
-  } else {
+  } else if (method != "GET") {
     mCurl.set(mEasy, CURLOPT_CUSTOMREQUEST, method.c_str());
   }
 }

@@ -89,6 +89,18 @@ TEST_F(SwapTest, FailedOrCutAtEachStepOfTheProgramTheNextStartFindsOldOrNew) {
   EXPECT_EQ(CompleteSwap(home), Unfinished::None);
 }
 
+TEST_F(SwapTest, AJournalThatWasNotMadeHereMovesNothing) {
+  for (const char* const body :
+       {"", "1\n", "1\n$P.EXE\nP\n", "1\n$P.EXE\nend\n", "2\n$P.EXE\nP\nend\n", "1\n$P.EXE\n../P\nend\n",
+        "1\nL.so\nP\nend\n", "1\n$../P\nP\nend\n", "1\n$P.EXE\nP\n$L.DLL\n/L\nend\n", "1\n$P.EXE\nP\nend"}) {
+    Prepare();
+    WriteFile(home / "WebUpdate.journal", std::string("tarnwick swap ") + body);
+    const auto before = Names();
+    EXPECT_EQ(CompleteSwap(home), Unfinished::None) << body;
+    EXPECT_EQ(Names(), before) << body;
+  }
+}
+
 TEST_F(SwapTest, KilledBeforeEachCommandOfTheScriptTheNextStartFindsOldOrNew) {
   fs::create_directories(folder / "bin");
   const std::string path = ::getenv("PATH");

@@ -15,13 +15,17 @@ constexpr const char* kLocations =
     "location /packed/ { gzip on; gzip_types *; gzip_min_length 1; gzip_proxied any; }"
     "location /moved/ { rewrite ^/moved/(.*) /plain/$1 redirect; }"
     "location /away/ { return 302 ftp://127.0.0.1/a; }"
+    "location /form/ { error_page 405 =200 /plain/a.qal; set $form "
+    "$request_method$content_length$content_type;"
+    " if ($form != POST3application/x-www-form-urlencoded) { return 403; } }"
     "location /o/ { return 301 $uri; }";
 
 struct Case {
   const char* path;
   const char* user;
-  const char* asked;  ///< What the server logs.
-  const char* box;    ///< Words of the box when there is no answer.
+  const char* asked;           ///< What the server logs.
+  const char* box;             ///< Words of the box when there is no answer.
+  const char* method = "GET";  ///< "post" goes with a form.
 };
 
 TEST(HttpNginxTest, FilesComeAsTheyAreAndCredentialsOnlyWhenAskedFor) {
@@ -38,6 +42,8 @@ TEST(HttpNginxTest, FilesComeAsTheyAreAndCredentialsOnlyWhenAskedFor) {
       {"/moved/a.qal", "me", "/moved/a.qal 302 [-]\n/plain/a.qal 200 [-]\n", nullptr},
       {"/plain/missing.qal", "", "/plain/missing.qal 404 [-]\n", "Internet connection"},
       {"/plain/", "", "/plain/ 403 [-]\n", "Unauthorised"},
+      {"/form/a.qal", "me", "/plain/a.qal 200 [-]\n", nullptr, "post"},
+      {"/form/a.qal", "", "/form/a.qal 403 [-]\n", "Unauthorised", "put"},
       {"/away/a.qal", "", "/away/a.qal 302 [-]\n", "Internet connection"},
       {"/o/a", "", "/o/a 301 [-]\n/o/a 301 [-]\n/o/a 301 [-]\n/o/a 301 [-]\n/o/a 301 [-]\n/o/a 301 [-]\n",
        "Internet connection"},
@@ -45,7 +51,7 @@ TEST(HttpNginxTest, FilesComeAsTheyAreAndCredentialsOnlyWhenAskedFor) {
   NginxProcess nginx(TARNWICK_NGINX, kLocations);
   std::string content("\0\xFF\r\n", 4);
   while (content.size() < 6'000'000) content += "line " + std::to_string(content.size()) + "\r\n";
-  for (const char* const folder : {"plain", "members", "chunked", "packed"}) {
+  for (const char* const folder : {"plain", "members", "chunked", "packed", "form"}) {
     std::filesystem::create_directory(nginx.site / folder);
     WriteFile(nginx.site / folder / "a.qal", content);
   }
@@ -55,11 +61,12 @@ TEST(HttpNginxTest, FilesComeAsTheyAreAndCredentialsOnlyWhenAskedFor) {
   http::CurlTransport transport;
   const PortMap map(transport, nginx.port);
   UserDouble user;
-  std::string method = "GET";
   for (const Case& c : cases) {
     HTTPClass client;
     std::int32_t last = -1;
     client.Progress = [&last](std::int32_t count) { last = count; };
+    std::string method = c.method;
+    if (method == "post") client.Fields("x", "1");
     user.boxes.clear();
     ASSERT_TRUE(client.OpenHTTP("127.0.0.1", 80, c.user, *c.user == '\0' ? "" : "secret"));
     const std::string answer = client.SendRequest(c.path, method, {}, true);
