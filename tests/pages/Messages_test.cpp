@@ -161,5 +161,41 @@ TEST_F(Messages, OfTheProgrammingPage) {
   Run("cmdProgram", 2, {});
 }
 
+TEST_F(Messages, OfARunThatFailsLeaveTheOtherDevices) {
+  Start();
+  WalkTo(4);
+  ClickRow("lstDevices", 0);
+  struct Failure {
+    const char* call;
+    int nth;
+    std::int32_t result;
+    Boxes said;
+  };
+  const std::string restart =
+      "YesNo X|An Error occurred Programming Data at Address: 2\r\n\r\nIt is highly recommended to Restart "
+      "Programming of this device\r\n\r\nWould you like to Restart Programming?";
+  for (const int bootVersion : {2, 1}) {  // With version 1 it is the boot loader's renewal that fails.
+    for (const Failure& f : {Failure{"getVersionFromBoot", 1, 1, {}},
+                             {"enterBoot", 1, 0, {"Ok !|Unable to enter boot."}},
+                             {"getHwRevFromBoot", 1, 0, {"Ok !|Unable to enter boot."}},
+                             {"startProgramming", 1, 0, {"Ok !|Unable to start programming."}},
+                             {"getMcState", 4, 2, {"Ok !|Unable to start programming."}},
+                             {"sendData", 3, 0, {restart, "Ok !|Programming Cancelled by User"}},
+                             {"endProgramming", 1, 0, {"Ok !|Unable to end programming."}}}) {
+      SCOPED_TRACE(f.call);
+      Azm().state = Alt().state = 1;
+      Azm().bootVersion = bootVersion;
+      Click("cmdRefresh");
+      user.answers = {ui::Answer::No};
+      link.Fail(f.call, f.nth, f.result);
+      Click("cmdProgram");
+      EXPECT_EQ(Said(), f.said);
+      EXPECT_THAT(Calls(), testing::Not(testing::Contains("getVersionFromBoot 17")));
+      ExpectAtRest();
+      user.answers.clear();
+    }
+  }
+}
+
 }  // namespace
 }  // namespace tarnwick::test

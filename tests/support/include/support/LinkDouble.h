@@ -35,8 +35,10 @@ class LinkDouble final : public ILinkLibrary {
   LinkDouble() { InstallLink(*this); }
   ~LinkDouble() override { UninstallLink(); }
 
-  /// Makes the nth call (from 1) whose name is `name` fail with `result`; 0 for every call.
-  void Fail(const std::string& name, int nth, std::int32_t result = 0) { mFailures[name][nth] = result; }
+  /// Makes the nth call from now on (from 1) whose name is `name` fail with `result`.
+  void Fail(const std::string& name, int nth, std::int32_t result = 0) {
+    mFailures[name][mCounts[name] + nth] = result;
+  }
 
   std::array<std::int32_t, 3> getDllVersion() override {
     Log("getDllVersion");
@@ -61,44 +63,31 @@ class LinkDouble final : public ILinkLibrary {
     return upgradeSupportResult;
   }
   std::int32_t getModelCommon(std::int32_t address, std::int32_t& model) override {
-    Log("getModel", address);
     model = devices[address].model;
-    return devices[address].modelResult;
+    return Answer("getModel", address, devices[address].modelResult);
   }
   std::int32_t getMcStateCommon(std::int32_t address, std::int32_t& major, std::int32_t& minor) override {
-    Log("getMcState", address);
-    std::int32_t result = 0;
-    if (Failing("getMcState", result)) return result;
     const ScriptedDevice& device = devices[address];
-    if (device.state == 1) {
-      major = device.major;
-      minor = device.minor;
-    }
-    return device.state;
+    const std::int32_t state = Answer("getMcState", address, device.state);
+    if (state == 1) major = device.major, minor = device.minor;
+    return state;
   }
   std::int32_t getHwRevCommon(std::int32_t address, std::int32_t& revision) override {
-    Log("getHwRev", address);
     revision = devices[address].hwRev;
-    return devices[address].hwRevResult;
+    return Answer("getHwRev", address, devices[address].hwRevResult);
   }
   std::int32_t getHwRevFromBootCommon(std::int32_t address, std::int32_t& revision) override {
-    Log("getHwRevFromBoot", address);
-    std::int32_t result = 0;
-    if (Failing("getHwRevFromBoot", result)) return result;
     revision = devices[address].bootHwRev;
-    return devices[address].bootHwRevResult;
+    return Answer("getHwRevFromBoot", address, devices[address].bootHwRevResult);
   }
   std::int32_t getVersionFromBootCommon(std::int32_t address, std::int32_t& version) override {
-    Log("getVersionFromBoot", address);
     version = devices[address].bootVersion;
-    return devices[address].bootVersionResult;
+    return Answer("getVersionFromBoot", address, devices[address].bootVersionResult);
   }
   std::int32_t readMcProgMemCommon(std::int32_t address, std::int32_t first, std::int32_t last,
                                    std::span<std::int32_t> words) override {
-    if (logReads) Log("read " + std::to_string(address) + " " + std::to_string(first) + " " + std::to_string(last));
-    ++mCounts["read"];
-    std::int32_t result = 0;
-    if (Failing("read", result, false)) return result;
+    if (logReads)
+      Log("read " + std::to_string(address) + " " + std::to_string(first) + " " + std::to_string(last));
     const auto& memory = devices[address].memory;
     for (std::int32_t word = first; word <= last; ++word) {
       const auto found = memory.find(word);
@@ -108,18 +97,18 @@ class LinkDouble final : public ILinkLibrary {
     return 1;
   }
   std::int32_t enterBootCommon(std::int32_t address) override { return Move("enterBoot", address, 2); }
-  std::int32_t startProgrammingCommon(std::int32_t address) override { return Move("startProgramming", address, 3); }
-  std::int32_t endProgrammingCommon(std::int32_t address) override { return Move("endProgramming", address, 2); }
+  std::int32_t startProgrammingCommon(std::int32_t address) override {
+    return Move("startProgramming", address, 3);
+  }
+  std::int32_t endProgrammingCommon(std::int32_t address) override {
+    return Move("endProgramming", address, 2);
+  }
   std::int32_t sendDataCommon(std::int32_t address, std::span<const std::int32_t> elements) override {
-    if (logBlocks) {
-      Log("sendData", address);
-      blocks.emplace_back(elements.begin(), elements.end());
-    }
-    ++mCounts["sendData"];
-    std::int32_t result = 0;
-    const bool failing = Failing("sendData", result, false);
+    if (!logBlocks) return 1;
+    blocks.emplace_back(elements.begin(), elements.end());
+    const std::int32_t result = Answer("sendData", address, 1);
     if (onSend) onSend();
-    return failing ? result : 1;
+    return result;
   }
 
   /// The calls so far, each ended by ";", and none from now on.
@@ -139,35 +128,26 @@ class LinkDouble final : public ILinkLibrary {
   std::vector<std::string> calls;
   std::vector<std::vector<std::int32_t>> blocks;  ///< Elements of each `sendData`.
   bool logBlocks = true;                          ///< Off for benchmarks.
-  bool logReads = true;
-  std::function<void()> onSend;                        ///< Runs inside each `sendData`.
-  std::function<void(const std::string&)> log;         ///< Told each call, for tests of one recorded order.
+  bool logReads = true;                           ///< The same.
+  std::function<void()> onSend;                   ///< Runs inside each `sendData`.
+  std::function<void(const std::string&)> log;    ///< Told each call, for tests of one recorded order.
 
  private:
   void Log(const std::string& call) {
     calls.push_back(call);
     if (log) log(call);
   }
-  void Log(const std::string& name, std::int32_t address) { Log(name + " " + std::to_string(address)); }
-
-  std::int32_t Move(const std::string& name, std::int32_t address, std::int32_t state) {
-    Log(name, address);
-    std::int32_t result = 0;
-    if (Failing(name, result)) return result;
-    devices[address].state = state;
-    return 1;
+  /// What a call answers that would say `result` had it not been made to fail.
+  std::int32_t Answer(const std::string& name, std::int32_t address, std::int32_t result) {
+    Log(name + " " + std::to_string(address));
+    const auto& failures = mFailures[name];
+    const auto hit = failures.find(++mCounts[name]);
+    return hit == failures.end() ? result : hit->second;
   }
-
-  bool Failing(const std::string& name, std::int32_t& result, bool count = true) {
-    if (mFailures.empty()) return false;
-    if (count) ++mCounts[name];
-    const auto found = mFailures.find(name);
-    if (found == mFailures.end()) return false;
-    auto hit = found->second.find(mCounts[name]);
-    if (hit == found->second.end()) hit = found->second.find(0);
-    if (hit == found->second.end()) return false;
-    result = hit->second;
-    return true;
+  std::int32_t Move(const std::string& name, std::int32_t address, std::int32_t state) {
+    const std::int32_t result = Answer(name, address, 1);
+    if (result == 1) devices[address].state = state;
+    return result;
   }
 
   std::map<std::string, std::map<int, std::int32_t>> mFailures;
