@@ -66,7 +66,7 @@ class ProgrammerFixture : public testing::Test {
 };
 
 inline Box Exclaim(const std::string& text) {
-  return {text, ui::Buttons::Ok, ui::Icon::Exclamation};
+  return {text};
 }
 
 }  // namespace tarnwick::test
