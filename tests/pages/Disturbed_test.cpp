@@ -37,9 +37,17 @@ class Disturbed : public PagesTest {
   /// Everything that a user can try without meaning to stop anything.
   void Fiddle() {
     for (const char* const button : {"cmdStepFwd", "cmdStepFwd", "cmdStepBack", "cmdHelp"}) Click(button);
-    if (OnView("lstFirmware") && Wizard().Frozen()) ClickRow("lstFirmware", 0);
+    if (OnView("lstFirmware") && Wizard().Frozen()) {
+      const int chosen = Selected("lstFirmware");
+      ClickRow("lstFirmware", 1 - chosen);
+      Find("lstFirmware").setFocus();
+      Key(chosen == 0 ? Qt::Key_Down : Qt::Key_Up);
+      window.setFocus();
+      EXPECT_EQ(Selected("lstFirmware"), chosen);
+    }
     if (OnView("cmdProgram")) Click("cmdProgram");
     Key(Qt::Key_Right, Qt::AltModifier);
+    for (const Qt::Key own : {Qt::Key_P, Qt::Key_D}) QTest::keyClick(&window, own, Qt::AltModifier);
     Key(Qt::Key_Space);
     if (gVerifying) return;
     user.answers.assign(3, ui::Answer::No);
@@ -84,7 +92,11 @@ TEST_F(Disturbed, StoppedAtAnyMomentARunLeavesThePageUsable) {
       onPump = [&, now = 0]() mutable {
         if ((!gProgramming && !gVerifying) || ++now != moment) return;
         reached = true;
-        window.close();
+        if (gVerifying) window.close();
+        if (!gProgramming) return;
+        Key(Qt::Key_Escape);
+        EXPECT_TRUE(user.LastText().starts_with("Cancelling Programming"))
+            << "The page is locked, not the frame.";
       };
       Click(button);
       onPump = {};

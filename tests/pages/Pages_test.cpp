@@ -267,6 +267,7 @@ TEST_F(Pages, FourRunsInOneOrder) {
     Click(button);
     user.log = link.log = {};
     ExpectAtRest();
+    EXPECT_EQ(QApplication::focusWidget(), &Find(button));
     return std::exchange(order, {});
   };
   const auto joined = [](std::initializer_list<std::vector<std::string>> parts) {
