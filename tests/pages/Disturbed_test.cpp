@@ -47,7 +47,6 @@ class Disturbed : public PagesTest {
     }
     if (OnView("cmdProgram")) Click("cmdProgram");
     Key(Qt::Key_Right, Qt::AltModifier);
-    for (const Qt::Key own : {Qt::Key_P, Qt::Key_D}) QTest::keyClick(&window, own, Qt::AltModifier);
     Key(Qt::Key_Space);
     if (gVerifying) return;
     user.answers.assign(3, ui::Answer::No);

@@ -1,11 +1,8 @@
 // The real program over the real link library and the mount's process, in bad luck.
-#include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "link/LinkLibrary.h"
 #include "programmer/modProgrammer.h"
-#include "settings/Settings.h"
 #include "support/PackageText.h"
 #include "support/ProgramTest.h"
 #include "support/ReadOnlyFolder.h"
@@ -20,16 +17,12 @@ using testing::StartsWith;
 namespace fs = std::filesystem;
 
 constexpr std::int32_t kAzimuth = 16;
-constexpr std::int32_t kAltitude = 17;
 
 /// What a simulated controller of revision 2 with version 4.02 comes with.
 ImageWords FactoryImage(std::int32_t words) {
   ImageWords image;
   for (std::int32_t word = 0; word < words; ++word) image[word] = 0x1000 + word * 7;
-  image[8] = 0x1A5A;
-  image[9] = 0x25A5;
-  image[10] = 4;
-  image[11] = 2;
+  image[8] = 0x1A5A, image[9] = 0x25A5, image[10] = 4, image[11] = 2;
   return image;
 }
 
@@ -39,7 +32,7 @@ class System : public ProgramTest {
     fs::copy(TARNWICK_LIBRARY, Library());
     const PackageDevice azm{"Azm", kAzimuth, FactoryImage(52), "0402"};
     WriteFile(folder / "MotorControllers/A.qal",
-              PackageText(5, "", {azm, {"Alt", kAltitude, azm.words, "0402"}}));
+              PackageText(5, "", {azm, {"Alt", 17, azm.words, "0402"}}));
   }
   ~System() override { UninstallLink(); }
   /// Loads the link library as it lies in the folder now.
@@ -66,53 +59,24 @@ class System : public ProgramTest {
   tour::MountProcess mount;
 };
 
-TEST_F(System, WithoutAUsableLinkLibraryTheProgramStartsAndOpeningAPortSaysSo) {
+TEST_F(System, AReadOnlyFolderWithoutALinkLibraryIsToldAndNoHindrance) {
+  WriteFile(folder / "Tarnwick.ini", "[TARNWICK]\r\nCOMport = COM3\r\n");
   fs::create_symlink("/dev/null", folder / "ports/COM5");
-  const std::string whole = ReadFile(Library());
-  std::string lacking = whole;
-  lacking.replace(lacking.find("_lockHc"), 7, "_lackHc");
+  fs::remove_all(folder / "MotorControllers");
+  fs::remove(Library());
+  const ReadOnlyFolder lock(folder.Path());
   Load();
   Start();
   WalkTo(2);
   Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM5"));
-  for (const std::string& content :
-       {std::string(), std::string("no library"), whole.substr(0, 5000), lacking}) {
-    UninstallLink();
-    library.reset();
-    fs::remove(Library());
-    if (!content.empty()) WriteFile(Library(), content);
-    Load();
-    Click("cmdStepFwd");
-    EXPECT_THAT(Said(), ElementsAre("Ok !|Error Opening COM5")) << content.size();
-    EXPECT_EQ(Step(), 2);
-    ExpectAtRest();
-  }
-  Find<QComboBox>("cboComPort").setCurrentIndex(0);
-  WalkTo(3, "None");
-  EXPECT_THAT(Text("txtStatus"), HasSubstr("DLL Version: 0.0.0"));
-}
-
-TEST_F(System, AReadOnlyFolderIsNoHindrance) {
-  WriteFile(folder / "Tarnwick.ini", "[TARNWICK]\r\nCOMport = COM3\r\n");
-  fs::remove_all(folder / "MotorControllers");
-  const ReadOnlyFolder lock(folder.Path());
-  Load();
-  Start();
+  Click("cmdStepFwd");
+  EXPECT_THAT(Said(), ElementsAre("Ok !|Error Opening COM5"));
+  ExpectAtRest();
   WalkTo(3, "None");
   EXPECT_THAT(Items("lstFirmware"), ElementsAre());
+  EXPECT_THAT(Text("txtStatus"), HasSubstr("DLL Version: 0.0.0"));
   Leave();
   EXPECT_EQ(ReadFile(folder / "Tarnwick.ini"), "[TARNWICK]\r\nCOMport = COM3\r\n");
-}
-
-TEST_F(System, SettingsThatCannotBeReadAreKeptAside) {
-  WriteFile(folder / "Tarnwick.ini", "[TARNWICK]\r\nTypeOverride = True\r\n");
-  fs::resize_file(folder / "Tarnwick.ini", 100 << 20);
-  Load();
-  Start();
-  EXPECT_FALSE(gTypeOverride);
-  Leave();
-  EXPECT_EQ(fs::file_size(folder / "Tarnwick.ini.old"), 100u << 20);
-  EXPECT_THAT(ReadFile(folder / "Tarnwick.ini"), StartsWith("[TARNWICK]\r\n"));
 }
 
 TEST_F(System, ManyAndLargeAndVanishedPackages) {
@@ -189,42 +153,18 @@ TEST_F(System, ADeviceThatFallsSilentAnywhereInARunGivesThatStepsMessage) {
     for (std::size_t i = 0; i < said.size(); ++i) EXPECT_THAT(said[i], StartsWith(row.said[i]));
     ExpectAtRest();
   }
-}
-
-TEST_F(System, AMountThatIsGoneIsToldOnThePortPage) {
-  StartWithMount();
-  WalkTo(2);
-  mount.State(kAzimuth, "silent");
-  mount.State(kAltitude, "silent");
-  Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM5"));
-  Click("cmdStepFwd");
-  EXPECT_THAT(Said(), ElementsAre("Ok !|Error - No Devices found on COM5"));
-  mount.Stop();
-  Click("cmdStepFwd");
-  EXPECT_THAT(Said(), ElementsAre("Ok !|Error Opening COM5"));
-  ExpectAtRest();
-}
-
-TEST_F(System, AKillWhileSettingsAreSavedLeavesTheOldOrTheNewOnes) {
-  const auto save = [](int number) {
-    gURL = std::string(20000, static_cast<char>('a' + number));
-    SaveSettings();
+  mount.Poke(kAzimuth, 20, 0);
+  user.inputAnswers = {"4"};
+  user.log = [&](const std::string& line) {
+    if (line == "box" && user.LastText().starts_with("Programming Complete")) mount.CyclePower();
   };
-  Load();
-  std::vector<std::string> wanted;
-  for (const int number : {1, 2}) {
-    save(number);
-    wanted.push_back(ReadFile(folder / "Tarnwick.ini"));
-  }
-  for (int kill = 0; kill < 40; ++kill) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-      for (;;) save(1), save(2);
-    }
-    ::usleep(static_cast<useconds_t>(1000 + 137 * kill));
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
-    EXPECT_THAT(wanted, testing::Contains(ReadFile(folder / "Tarnwick.ini")));
+  Click("cmdProgram");
+  EXPECT_THAT(Said(), ElementsAre(StartsWith("Ok i|Programming Complete")));
+  EXPECT_THAT(Text("txtStatus"), HasSubstr("State: Running"));
+  Click("cmdVerify");
+  EXPECT_THAT(Said(), ElementsAre("Ok i|Contents are Identical"));
+  for (const auto& [word, value] : FactoryImage(52)) {
+    EXPECT_EQ(mount.Dump(kAzimuth).at(static_cast<std::size_t>(word)), value);
   }
 }
 
