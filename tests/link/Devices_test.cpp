@@ -5,48 +5,9 @@
 #include "link/Connection.h"
 #include "platform/program.h"
 #include "support/LinkDouble.h"
-#include "support/UserDouble.h"
 
 namespace tarnwick {
 namespace {
-
-TEST(Connection, IsDecidedInTheToldOrder) {
-  const std::string virtualPort =
-      "Tarnwick should not be connected to the Skelmirra virtual port.\r\n"
-      "Make a direction connection to a real hand control instead.";
-  const std::string tooOld =
-      "Hand control firmware does not support upgrade interface.\r\n"
-      "Use your mount's PC Port or update the hand control to the latest version.";
-  const struct {
-    std::int32_t open, mode, skelmirra, upgrade;  // What the library answers.
-    std::string box, calls;                       // The calls behind the one that opens the port.
-  } kCases[] = {
-      {0, 1, 0, 1, "", "getSerialMode;"},
-      {-1, 2, 1, 0, "Error Opening COM7", ""},
-      {-2, 2, 1, 0, "No Telescope found on COM7", ""},
-      {-8, 2, 1, 0, "No Telescope found on COM7", ""},
-      {-9, 2, 1, 0, "", ""},
-      {1, 2, 1, 0, "", ""},
-      {0, 2, 0, 1, virtualPort, "getSerialMode;testSkelmirra;initSerial ;"},
-      {0, 2, 1, 1, tooOld, "getSerialMode;testSkelmirra;testUpgradeSupport;initSerial ;"},
-      {0, 2, -1, 0, "", "getSerialMode;testSkelmirra;testUpgradeSupport;lockHc;"},
-  };
-  for (const auto& c : kCases) {
-    test::LinkDouble link;
-    test::UserDouble user;
-    gComPort = "COM7";
-    link.openResult = c.open;
-    link.serialMode = c.mode;
-    link.skelmirraResult = c.skelmirra;
-    link.upgradeSupportResult = c.upgrade;
-    EXPECT_EQ(OpenConnection(), c.open == 0 && c.box.empty()) << c.open << c.box;
-    EXPECT_EQ(link.TakeCalls(), "initSerial COM7;" + c.calls) << c.open;
-    const test::Box box{c.box, ui::Buttons::Ok, ui::Icon::Exclamation};
-    EXPECT_EQ(user.boxes, std::vector<test::Box>(c.box.empty() ? 0 : 1, box)) << user.LastText();
-    LockHandControl();
-    EXPECT_EQ(link.TakeCalls(), c.mode == 2 ? "getSerialMode;lockHc;" : "getSerialMode;");
-  }
-}
 
 class Devices : public testing::Test {
  protected:

@@ -18,10 +18,13 @@ class Messages : public PagesTest {
       ExpectAtRest();
     }
   }
-  /// As `Refused` on the port page; `closed` tells whether the port is closed again.
-  void NotConnected(const Boxes& boxes, bool closed) {
+  /// As `Refused` on the port page; `calls` are those behind the one that opens the port, devices left out.
+  void NotConnected(const Boxes& boxes, const std::string& calls) {
     Refused(boxes, 2);
-    EXPECT_EQ(Calls().back() == "initSerial ", closed) << testing::PrintToString(boxes);
+    std::string made;
+    for (const std::string& call : Calls())
+      made += call.starts_with("get") && call != "getSerialMode" ? "" : call + ";";
+    EXPECT_EQ(made, "initSerial COM5;" + calls + "initSerial COM5;" + calls);
     EXPECT_EQ(gComPort, "COM5");
   }
   /// The button, with that row of the list chosen (-1: none yet), brings up `boxes`.
@@ -54,27 +57,28 @@ TEST_F(Messages, OfTheConnection) {
                                               {1, {}}};
   for (const auto& [result, boxes] : results) {
     link.openResult = result;
-    NotConnected(boxes, false);
+    NotConnected(boxes, "");
   }
   link.openResult = link.skelmirraResult = 0;
   link.serialMode = 2;
   NotConnected({"Ok !|Tarnwick should not be connected to the Skelmirra virtual port.\r\nMake a direction "
                 "connection to a real hand control instead."},
-               true);
+               "getSerialMode;testSkelmirra;initSerial ;");
   link.skelmirraResult = link.upgradeSupportResult = 1;
   NotConnected({"Ok !|Hand control firmware does not support upgrade interface.\r\nUse your mount's PC Port "
                 "or update the hand control to the latest version."},
-               true);
+               "getSerialMode;testSkelmirra;testUpgradeSupport;initSerial ;");
   link.upgradeSupportResult = Azm().state = Alt().state = 0;
-  NotConnected({"Ok !|Error - No Devices found on COM5"}, true);
+  const std::string through = "getSerialMode;testSkelmirra;testUpgradeSupport;lockHc;";
+  NotConnected({"Ok !|Error - No Devices found on COM5"}, through + "initSerial ;");
   const Boxes tooOld{
       "Ok X|Error - Version of Motor Controller does not support Upgrading!\r\n\r\nContact Halcyrion for a "
       "replacement Motor Controller Board"};
   Alt() = {.state = 1, .major = 2, .minor = 99, .model = 1};
-  NotConnected(tooOld, false);
+  NotConnected(tooOld, through);
   Azm() = {.state = 1, .minor = 1, .model = 1};
   Alt().state = 0;
-  NotConnected(tooOld, false);
+  NotConnected(tooOld, through);
   // Not too old: version not known, exactly 3, another model. One device that answers is enough.
   for (const auto& [major, model] : {std::pair{0, 1}, {3, 1}, {2, 2}}) {
     Azm() = {.state = 1, .major = major, .model = model};
