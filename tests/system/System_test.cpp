@@ -31,8 +31,7 @@ class System : public ProgramTest {
   System() {
     fs::copy(TARNWICK_LIBRARY, Library());
     const PackageDevice azm{"Azm", kAzimuth, FactoryImage(52), "0402"};
-    WriteFile(folder / "MotorControllers/A.qal",
-              PackageText(5, "", {azm, {"Alt", 17, azm.words, "0402"}}));
+    WriteFile(folder / "MotorControllers/A.qal", PackageText(5, "", {azm, {"Alt", 17, azm.words, "0402"}}));
   }
   ~System() override { UninstallLink(); }
   /// Loads the link library as it lies in the folder now.
