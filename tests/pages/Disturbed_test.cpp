@@ -109,10 +109,14 @@ TEST_F(Disturbed, LeavingAtAnyMomentEndsTheProgramAtOnce) {
   // Each time in a process of its own, which is started anew: the toolkit has threads by now.
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   constexpr int kLeft = 0, kVisited = 2, kFailed = 3;
+  const auto end = [this](int status) {
+    std::filesystem::remove_all(folder.Path());
+    ::_exit(status);
+  };
   // Settings are saved on the way out, but for a page that is still at work on its step.
-  program::SetEnd([this] {
+  program::SetEnd([this, end] {
     const bool saved = std::filesystem::exists(folder / "Tarnwick.ini");
-    ::_exit(saved == !stepping && !HasFailure() ? kLeft : kFailed);
+    end(saved == !stepping && !HasFailure() ? kLeft : kFailed);
   });
   const auto leaveAt = [&](int moment) {
     Visit([&, now = 0]() mutable {
@@ -121,7 +125,7 @@ TEST_F(Disturbed, LeavingAtAnyMomentEndsTheProgramAtOnce) {
       Key(Qt::Key_Escape);  // While it says that it is shutting down.
       Key(Qt::Key_Return);
     });
-    ::_exit(HasFailure() ? kFailed : kVisited);
+    end(HasFailure() ? kFailed : kVisited);
   };
   int outcome = kLeft;
   const auto sound = [&](int status) {
