@@ -10,8 +10,8 @@ std::optional<Identity> gIdentity;
 std::function<void()> gEnd;
 
 Identity ReadIdentity() {
-  Identity identity{
-      {}, "Tarnwick", TARNWICK_VERSION_MAJOR, TARNWICK_VERSION_MINOR, TARNWICK_VERSION_PATCH, {}};
+  Identity identity{{}, "Tarnwick", TARNWICK_VERSION_MAJOR, TARNWICK_VERSION_MINOR, TARNWICK_VERSION_PATCH,
+                    {}};
   std::error_code error;
   const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
   if (error) {

@@ -102,7 +102,8 @@ TEST_F(Pages, TwoAddsPortsThatArePluggedInAtTheirPlaces) {
   ports.setCurrentText(QStringLiteral("COM12"));
   const int before = ports.count();
   std::filesystem::remove(folder / "ports/COM5");
-  for (const char* come : {"COM16", "com11"}) std::filesystem::create_symlink("/dev/zero", folder / "ports" / come);
+  for (const char* come : {"COM16", "com11"})
+    std::filesystem::create_symlink("/dev/zero", folder / "ports" / come);
   ASSERT_TRUE(QTest::qWaitFor([&] { return have("COM16") && have("COM11"); }));
   EXPECT_TRUE(have("COM5"));
   EXPECT_EQ(ports.count(), before + 2);
@@ -151,8 +152,7 @@ TEST_F(Pages, ThreeListsPackagesInOrderAndShowsNoteOrHeader) {
   Put(foreign, PackageText(6, "5", kBoth));
   Start();
   WalkTo(3);
-  EXPECT_THAT(Items("lstFirmware"),
-              ElementsAre("A.qal", "B.qal", "C.qal", "a.Qal", "b.QAL", "z\u00E9.qal"));
+  EXPECT_THAT(Items("lstFirmware"), ElementsAre("A.qal", "B.qal", "C.qal", "a.Qal", "b.QAL", "z\u00E9.qal"));
   EXPECT_EQ(Selected("lstFirmware"), 0);
   EXPECT_EQ(Text("txtFirmware"), "Model: Corvane\nVersion: 4.15\nDate: 2024.03.05\nComments: Fine\n");
   EXPECT_EQ(gDevices[2].QalIndex, 2);

@@ -20,8 +20,8 @@ std::string FileNameOf(const FileEntry& entry);
 /// meanwhile has changed the note at most, which nobody looks at without its package.
 std::error_code SavePackage(const std::filesystem::path& folder, FileEntry& entry, std::string_view content);
 
-/// Fetches the package of `entry` and saves it, unless what came is a web page. True when it is in the folder; false after a message, and
-/// without one where no session opens or the answer is empty.
+/// Fetches the package of `entry` and saves it, unless what came is a web page. True when it is in the
+/// folder; false after a message, and without one where no session opens or the answer is empty.
 bool DownloadPackage(HTTPClass& http, const std::filesystem::path& folder, FileEntry& entry);
 
 /// Deletes the package of `entry`, whatever the case of its name there, and the note beside it. True when
