@@ -79,7 +79,7 @@ void frmWebUpdate::OrderControls() {
 }
 
 void frmWebUpdate::CentreOnScreen() {
-  const QRect area = screen()->availableGeometry();
+  const QRect area = screen()->geometry();
   move(area.left() + (area.width() - width()) / 2, area.top() + (area.height() - height()) / 2);
 }
 

@@ -69,7 +69,7 @@ bool WizardWindow::KeyReleased(int key) {
   if (!IsForFrame(code, shift)) return false;
   // A button that has the focus keeps Enter for itself, as everywhere on a desktop.
   auto* const button = qobject_cast<QAbstractButton*>(focusWidget());
-  if (code == 13 && button != nullptr && button->isEnabled()) {
+  if (code == 13 && button != nullptr && button->isEnabled() && !IsLocked(*button)) {
     button->click();
   } else if (code == kHelpKey) {
     At(FrameButton::cmdHelp).widget->click();
@@ -77,6 +77,10 @@ bool WizardWindow::KeyReleased(int key) {
     mWizard->TranslateKey(code, shift);
   }
   return true;
+}
+
+bool WizardWindow::IsLocked(const QWidget& widget) const {
+  return !mPageAreaEnabled && picPage->isAncestorOf(&widget);
 }
 
 bool WizardWindow::eventFilter(QObject* watched, QEvent* event) {
@@ -89,7 +93,7 @@ bool WizardWindow::eventFilter(QObject* watched, QEvent* event) {
   if (!isKey && event->type() != QEvent::Shortcut) return false;
   const auto* const widget = qobject_cast<QWidget*>(isKey ? watched : watched->parent());
   if (widget == nullptr || widget->window() != this) return false;
-  const bool locked = !mPageAreaEnabled && picPage->isAncestorOf(widget);
+  const bool locked = IsLocked(*widget);
   if (!isKey) return locked;
   const auto* const key = static_cast<QKeyEvent*>(event);
   bool taken = false;

@@ -80,6 +80,7 @@ class WizardWindow final : public QWidget, public IWizardFrame {
   void ApplyTabOrder();
   bool KeyPressed(int key, Qt::KeyboardModifiers modifiers);
   bool KeyReleased(int key);
+  bool IsLocked(const QWidget& widget) const;
 
   CWizard* mWizard = nullptr;
   std::array<Button, 4> mButtons;
