@@ -8,6 +8,7 @@
 #include "firmware/QALclass.h"
 #include "platform/files.h"
 #include "platform/text.h"
+#include "webupdate/SelfUpdate.h"
 #include "webupdate/Touch.h"
 
 namespace tarnwick::site {
@@ -87,12 +88,6 @@ std::map<std::string, std::string> VersionsIn(const fs::path& folder) {
   }
   versions.erase("");
   return versions;
-}
-
-/// A program or a library, which has a version; anything else has a date.
-bool HasVersion(std::string_view name) {
-  return name.size() > 4 && (text::EqualNoCase(name.substr(name.size() - 4), ".EXE") ||
-                             text::EqualNoCase(name.substr(name.size() - 4), ".DLL"));
 }
 
 /// Three numbers with full stops between them.

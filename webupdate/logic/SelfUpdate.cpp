@@ -48,6 +48,10 @@ bool IsNewer(const ProgramEntry& entry) {
 
 }  // namespace
 
+bool HasVersion(std::string_view catalogueName) {
+  return KindOf(catalogueName) != FileKind::Other;
+}
+
 std::string InstalledName(std::string_view catalogueName) {
   const FileKind kind = KindOf(catalogueName);
   if (kind == FileKind::Other) return std::string(catalogueName);
@@ -73,7 +77,7 @@ std::string UpdateQuestion(const Catalogue& catalogue) {
   for (std::int32_t i = 1; i <= catalogue.ProgramCount(); ++i) {
     const ProgramEntry& entry = catalogue.Programs(i);
     if (!entry.Newer) continue;
-    question += entry.Name + (KindOf(entry.Name) == FileKind::Other ? "   " : "  v") + entry.Version + "\r\n";
+    question += entry.Name + (HasVersion(entry.Name) ? "  v" : "   ") + entry.Version + "\r\n";
   }
   return question + "\r\nDo you wish to download and install?";
 }

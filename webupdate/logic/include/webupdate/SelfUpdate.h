@@ -16,6 +16,10 @@ namespace tarnwick {
 
 class HTTPClass;
 
+/// Whether a file of that name in the catalogue is a program or a library, which has a version; any other has
+/// a date.
+bool HasVersion(std::string_view catalogueName);
+
 /// The name that a file of the catalogue has where it is installed on this system: programs and libraries
 /// have other endings here, and the running program keeps the name that its user gave it.
 std::string InstalledName(std::string_view catalogueName);
