@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "support/MountProcess.h"
+#include "mount/MountProcess.h"
 #include "support/TempFolder.h"
 #include "tarnwick/Library.h"
 #include "tarnwick/SerialPort.h"
@@ -26,21 +26,20 @@ constexpr int kFrames = 2 * (wire::kHeaderLength + wire::kCrcLength);
 /// state, motor 17 running.
 class Bench {
  public:
-  Bench(int speed, bool paced)
-      : mMount(TARNWICK_MOUNT, mFolder, "5", std::to_string(speed)),
-        mOpener(mFolder.Path()),
-        library(mOpener, mClock) {
+  Bench(int speed, bool paced) : mOpener(mFolder.Path()), library(mOpener, mClock) {
+    mMount.Start(TARNWICK_MOUNT, mFolder / "ports/COM5",
+                 {"--revision", "5", "--baud", std::to_string(speed)});
     mMount.Ask(paced ? "line paced=on" : "line paced=off");
     mReady = library.InitSerial("COM5") == 0 && library.Speed() == speed && library.EnterBoot(kMotor) == 1 &&
              library.StartProgramming(kMotor) == 1;
   }
   bool Ready() const { return mReady; }
-  std::string Device() const { return mMount.ready.substr(mMount.ready.find('/')); }
+  std::string Device() const { return mMount.Device(); }
   double Now() { return std::chrono::duration<double>(mClock.Now()).count(); }
 
  private:
   test::TempFolder mFolder;
-  test::MountProcess mMount;
+  mount::MountProcess mMount;
   wire::SerialPortOpener mOpener;
   wire::SteadyClock mClock;
   bool mReady = false;

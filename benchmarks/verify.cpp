@@ -7,9 +7,9 @@
 #include "firmware/QALclass.h"
 #include "link/Devices.h"
 #include "link/LinkLibrary.h"
+#include "mount/MountProcess.h"
 #include "programmer/Compatibility.h"
 #include "programmer/Verify.h"
-#include "support/MountProcess.h"
 #include "support/PackageText.h"
 #include "support/ResetGlobals.h"
 #include "support/TempFolder.h"
@@ -66,7 +66,8 @@ bool ReadBackwards(std::int32_t words) {
 void Verify(benchmark::State& state) {
   constexpr std::int32_t kSample = 256;
   const test::TempFolder folder;
-  test::MountProcess mount(TARNWICK_MOUNT, folder, "5", std::to_string(kSpeed));
+  mount::MountProcess mount;
+  mount.Start(TARNWICK_MOUNT, folder / "ports/COM5", {"--revision", "5", "--baud", std::to_string(kSpeed)});
   fs::copy(TARNWICK_LIBRARY, folder / "Tarnwick.so");
   const std::unique_ptr<ILinkLibrary> library = LoadLinkLibrary(folder / "Tarnwick.so");
   InstallLink(*library);

@@ -3,7 +3,8 @@
 #pragma once
 
 #include "mount/Console.h"
-#include "support/MountProcess.h"
+#include "mount/MountProcess.h"
+#include "support/TempFolder.h"
 #include "support/VirtualLine.h"
 #include "tarnwick/Library.h"
 #include "tarnwick/SerialPort.h"
@@ -45,16 +46,12 @@ struct TerminalRig : private test::TempFolder,
                      private wire::SerialPortOpener,
                      private wire::SteadyClock,
                      public Rig {
-  TerminalRig(const char* program, int revision)
-      : SerialPortOpener(Path()), Rig(*this, *this), process(program, *this, std::to_string(revision)) {}
-  std::string Ask(const std::string& command) override {
-    std::string answer = process.Ask(command) + "\n";
-    if (command.starts_with("dump") || command.starts_with("state"))
-      while (!answer.ends_with("end\n")) answer += process.Line() + "\n";
-    return answer;
+  TerminalRig(const char* program, int revision) : SerialPortOpener(Path()), Rig(*this, *this) {
+    process.Start(program, *this / "ports/COM5", {"--revision", std::to_string(revision)});
   }
+  std::string Ask(const std::string& command) override { return process.Ask(command); }
 
-  test::MountProcess process;
+  mount::MountProcess process;
 };
 
 }  // namespace tarnwick::campaign

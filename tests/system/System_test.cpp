@@ -1,12 +1,14 @@
 // The real program over the real link library and the mount's process, in bad luck.
 #include <unistd.h>
 
+#include <QProcess>
+
 #include "link/LinkLibrary.h"
+#include "mount/MountProcess.h"
 #include "programmer/modProgrammer.h"
 #include "support/PackageText.h"
 #include "support/ProgramTest.h"
 #include "support/ReadOnlyFolder.h"
-#include "tour/MountProcess.h"
 
 namespace tarnwick::test {
 namespace {
@@ -41,8 +43,7 @@ class System : public ProgramTest {
     InstallLink(*library);
   }
   void StartWithMount() {
-    ASSERT_TRUE(mount.Start(QStringLiteral(TARNWICK_MOUNT),
-                            {QStringLiteral("--link"), QString::fromStdString(folder / "ports/COM5")}));
+    ASSERT_TRUE(mount.Start(TARNWICK_MOUNT, folder / "ports/COM5", {}));
     Load();
     Start();
   }
@@ -55,7 +56,7 @@ class System : public ProgramTest {
   fs::path Library() const { return folder / "Tarnwick.so"; }
 
   std::unique_ptr<ILinkLibrary> library;
-  tour::MountProcess mount;
+  mount::MountProcess mount;
 };
 
 TEST_F(System, AReadOnlyFolderWithoutALinkLibraryIsToldAndNoHindrance) {

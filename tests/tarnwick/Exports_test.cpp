@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "support/MountProcess.h"
+#include "mount/MountProcess.h"
 #include "support/TempFolder.h"
 
 namespace tarnwick {
@@ -68,7 +68,8 @@ TEST(Exports, AreExactlyTheSeventeenDecoratedNames) {
 TEST(Exports, HoldThePortExclusivelyAndGiveItBack) {
   Loaded library;
   EXPECT_EQ(library.Open("COM5"), -1);
-  test::MountProcess mount(TARNWICK_MOUNT, library.folder);
+  mount::MountProcess mount;
+  ASSERT_TRUE(mount.Start(TARNWICK_MOUNT, library.folder / "ports/COM5", {}));
   ASSERT_EQ(library.Open("com5"), 0);
   Loaded second;  // another file, so another library with a state of its own
   std::filesystem::create_symlink(library.folder / "ports/COM5", second.folder / "ports/COM5");
@@ -85,7 +86,7 @@ TEST(Exports, HoldThePortExclusivelyAndGiveItBack) {
   EXPECT_EQ(second.Call("_getMcStateCommon", "12", 16, &major, &minor), 2);
   EXPECT_EQ(second.Call("_getVersionFromBootCommon", "8", 16, &boot), 0);
   EXPECT_EQ(boot, 2);
-  EXPECT_EQ(mount.End(SIGTERM), 0);
+  EXPECT_EQ(mount.Stop(), 0);
   EXPECT_FALSE(std::filesystem::is_symlink(library.folder / "ports/COM5"));
   EXPECT_EQ(second.Call("_enterBootCommon", "4", 16), 0);
 }

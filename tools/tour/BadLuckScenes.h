@@ -5,9 +5,11 @@
 #include <functional>
 
 #include "Director.h"
-#include "tour/MountProcess.h"
+#include "mount/MountProcess.h"
 
 namespace tarnwick::tour {
+
+using mount::MountProcess;
 
 /// On the page of programming, with all devices chosen and written. They are verified and written once more;
 /// `written` is called then.

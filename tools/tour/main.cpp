@@ -21,9 +21,9 @@
 #include "WebScenes.h"
 #include "app/App.h"
 #include "firmware/QALclass.h"
+#include "mount/MountProcess.h"
 #include "platform/program.h"
 #include "platform/text.h"
-#include "tour/MountProcess.h"
 #include "wizard/WizardWindow.h"
 
 namespace tarnwick::tour {
@@ -198,11 +198,8 @@ int Run(QApplication& application, const fs::path& folder, Means means, const QS
   fs::current_path(scratch.path().toStdString());
 
   MountProcess mount;
-  const fs::path port = home / "ports" / kPort;
-  if (!mount.Start(QString::fromStdString((binaries / "tarnwick-mount").string()),
-                   {QStringLiteral("--link"), QString::fromStdString(port.string()),
-                    QStringLiteral("--model"), QStringLiteral("5"), QStringLiteral("--revision"),
-                    QStringLiteral("2"), QStringLiteral("--old-boot"), QStringLiteral("--until-eof")})) {
+  if (!mount.Start(binaries / "tarnwick-mount", home / "ports" / kPort,
+                   {"--model", "5", "--revision", "2", "--old-boot"})) {
     std::cerr << "The simulated mount did not start.\n";
     return 1;
   }
