@@ -10,6 +10,42 @@
 namespace tarnwick::test {
 namespace {
 
+class Keys : public PagesTest {};
+
+TEST_F(Keys, ActOnTheirReleaseOnWhatIsLive) {
+  Start();
+  constexpr Qt::KeyboardModifiers kNone, kAlt = Qt::AltModifier, kShift = Qt::ShiftModifier;
+  // The page and whether it is locked, the key; the page gone to, or what else comes of it.
+  using Case = std::tuple<int, bool, Qt::Key, Qt::KeyboardModifiers, std::string>;
+  for (const auto& [page, locked, key, modifiers, expected] :
+       {Case{1, false, Qt::Key_Return, kNone, "2"}, Case{1, false, Qt::Key_Enter, Qt::KeypadModifier, "2"},
+        Case{1, false, Qt::Key_Return, kAlt, ""}, Case{2, true, Qt::Key_Return, kNone, "beep"},
+        Case{4, false, Qt::Key_Return, kNone, "box"}, Case{1, false, Qt::Key_Escape, kNone, "box"},
+        Case{1, false, Qt::Key_Escape, kShift, ""}, Case{1, true, Qt::Key_Escape, kNone, ""},
+        Case{4, true, Qt::Key_Escape, kNone, "box"}, Case{1, false, Qt::Key_Right, kAlt, "2"},
+        Case{1, false, Qt::Key_Right, kAlt | kShift, ""}, Case{1, false, Qt::Key_Right, kNone, ""},
+        Case{1, true, Qt::Key_Right, kAlt, ""}, Case{4, false, Qt::Key_Right, kAlt, ""},
+        Case{1, false, Qt::Key_Left, kAlt, ""}, Case{2, true, Qt::Key_Left, kAlt, ""},
+        Case{2, false, Qt::Key_Left, kAlt, "1"}}) {
+    SCOPED_TRACE(testing::Message() << key << " on " << page << (locked ? ", locked" : ""));
+    Wizard().StepTo(static_cast<double>(page));
+    Wizard().Frozen(locked);
+    user.answers = {ui::Answer::No};
+    user.beeps = 0;
+    const auto done = [&, page = page] {
+      const std::string to = Step() == page ? "" : std::to_string(Step());
+      return to + (user.boxes.empty() ? "" : "box") + (user.beeps == 0 ? "" : "beep");
+    };
+    QTest::keyRelease(window.windowHandle(), key, modifiers);  // Went down elsewhere.
+    QTest::keyPress(window.windowHandle(), key, modifiers);
+    EXPECT_EQ(done(), "");
+    QTest::keyRelease(window.windowHandle(), key, modifiers);
+    EXPECT_EQ(done(), expected);
+    Wizard().Frozen(false);
+    Said();
+  }
+}
+
 class Window : public PagesTest {
  public:
   Window() { app.Start(); }
@@ -33,33 +69,6 @@ class Window : public PagesTest {
   std::string said;
 };
 
-TEST_F(Window, KeysActOnTheirReleaseWhenTheyWentDownHere) {
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-  struct Row {
-    Qt::Key key;
-    Qt::KeyboardModifiers modifiers;
-    int from, to;
-  };
-  const std::vector<Row> rows{{Qt::Key_Return, {}, 1, 2},
-                              {Qt::Key_Enter, Qt::KeypadModifier, 1, 2},
-                              {Qt::Key_Return, Qt::AltModifier, 1, 1},
-                              {Qt::Key_Right, Qt::AltModifier, 1, 2},
-                              {Qt::Key_Right, Qt::AltModifier | Qt::ShiftModifier, 1, 1},
-                              {Qt::Key_Right, {}, 1, 1},
-                              {Qt::Key_Left, Qt::AltModifier, 1, 1},
-                              {Qt::Key_Left, Qt::AltModifier, 2, 1},
-                              {Qt::Key_Right, Qt::AltModifier, 4, 4}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.key << " " << row.from);
-    Wizard().StepTo(static_cast<double>(row.from));
-    QTest::keyRelease(window.windowHandle(), row.key, row.modifiers);
-    QTest::keyPress(window.windowHandle(), row.key, row.modifiers);
-    EXPECT_EQ(Step(), row.from);
-    QTest::keyRelease(window.windowHandle(), row.key, row.modifiers);
-    EXPECT_EQ(Step(), row.to);
-  }
-}
-
 TEST_F(Window, TheKeyThatAnsweredABoxDoesNothingElse) {
   ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
   WalkTo(2);
@@ -82,26 +91,21 @@ TEST_F(Window, TheKeyThatAnsweredABoxDoesNothingElse) {
   AnswerNextBox(Qt::Key_Return);
   window.close();
   EXPECT_TRUE(ended);
-  EXPECT_EQ(clock.sleeps.size(), 20U);
 }
 
-TEST_F(Window, EnterTakesTheDefaultButtonOrTheOneWithTheFocus) {
+TEST_F(Window, AButtonActsOnItsOwnKeyAndOnEnterUnlessItsPageIsLocked) {
   ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-  WalkTo(4);
-  Calls();
-  Wizard().Frozen(true);
-  QTest::keyClick(&window, Qt::Key_R, Qt::AltModifier);  // A button's own key is locked as the button is.
-  EXPECT_EQ(Calls().size(), 0U);
-  Wizard().Frozen(false);
-  QTest::keyClick(&window, Qt::Key_R, Qt::AltModifier);
-  EXPECT_EQ(Calls().size(), 6U);
-  AnswerNextBox(Qt::Key_Escape);
-  Key(Qt::Key_Return);
-  EXPECT_EQ(Asked(), "Are you sure you want to Exit the program?");
-  Find("cmdRefresh").setFocus();
-  Key(Qt::Key_Return);
-  EXPECT_EQ(Calls().size(), 6U);
-  EXPECT_EQ(Asked(), "");
+  WalkTo(3);
+  for (const bool locked : {true, false}) {
+    Wizard().Frozen(locked);
+    Find("cmdRefresh").setFocus();
+    Calls();
+    QTest::keyClick(&window, Qt::Key_R, Qt::AltModifier);
+    EXPECT_EQ(Calls().size(), locked ? 0U : 7U);
+    Key(Qt::Key_Return);
+    EXPECT_EQ(Calls().size(), locked ? 0U : 7U);
+    EXPECT_EQ(Step(), 3);
+  }
 }
 
 TEST_F(Window, FitsItsPageAndStaysWhereTheUserPutIt) {
@@ -126,11 +130,7 @@ TEST_F(Window, F1ShowsTheHelpOfThePageAsItsButtonDoes) {
     }
     return {};
   };
-  Find("cmdHelp").setEnabled(false);
-  Key(Qt::Key_F1);
-  Find("cmdHelp").setEnabled(true);
   Key(Qt::Key_F1, Qt::AltModifier);
-  QTest::keyRelease(window.windowHandle(), Qt::Key_F1);
   EXPECT_EQ(shown(), "");
   Key(Qt::Key_F1);
   EXPECT_EQ(shown(), "Step1.htm");

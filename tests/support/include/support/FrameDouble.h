@@ -1,4 +1,4 @@
-// The wizard's frame as plain variables: every call recorded, any call made to fail or to refuse.
+// The wizard's frame as plain variables: every call recorded, any call made to fail.
 #pragma once
 
 #include <map>
@@ -20,11 +20,6 @@ struct FrameDouble final : public IWizardFrame {
     if (failing.contains(line)) throw std::runtime_error(line);
   }
   void Note(const std::string& what, int number) { Note(what + " " + std::to_string(number)); }
-  /// Notes a call that may refuse.
-  void Ask(const std::string& line, bool& cancel) {
-    cancel = refusing.contains(line);
-    Note(line);
-  }
   /// Sets a property of a button and notes it.
   template <class Value>
   void Let(std::map<FrameButton, Value>& values, FrameButton button, Value value, const std::string& words) {
@@ -78,7 +73,7 @@ struct FrameDouble final : public IWizardFrame {
   static std::string Name(FrameButton button) { return kNames[static_cast<std::size_t>(button)]; }
 
   Lines calls;
-  std::set<std::string> failing, refusing;         ///< Lines whose calls fail or refuse.
+  std::set<std::string> failing;                   ///< Lines whose calls fail.
   std::function<void(const std::string&)> onCall;  ///< Told each line.
   std::map<const IWizardPage*, std::string> names;
   mutable std::map<FrameButton, bool> off, defaults;
@@ -90,8 +85,8 @@ struct FrameDouble final : public IWizardFrame {
 struct PageDouble final : public IWizardPage {
   PageDouble(FrameDouble& in, const std::string& as) : frame(in), name(in.names[this] = as) {}
   void BeforePageShow(CWizard&, std::int16_t from) override { frame.Note(name + " BeforePageShow", from); }
-  void BeforePageHide(CWizard&, std::int16_t next, bool& cancel) override {
-    frame.Ask(name + " BeforePageHide " + std::to_string(next), cancel);
+  void BeforePageHide(CWizard&, std::int16_t next, bool&) override {
+    frame.Note(name + " BeforePageHide", next);
   }
   FrameDouble& frame;
   const std::string name;
