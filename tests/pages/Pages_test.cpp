@@ -10,7 +10,6 @@
 #include "PagesTest.h"
 #include "firmware/QALclass.h"
 #include "link/Devices.h"
-#include "programmer/Progress.h"
 #include "programmer/modProgrammer.h"
 #include "settings/Settings.h"
 
@@ -113,9 +112,7 @@ TEST_F(Pages, TwoTellsHowToGetTheRightToAPort) {
       "You may not open this port yet. Become a member of the group tty with this command in a terminal, "
       "then log out and in again:\nsudo usermod -aG tty $USER";
   EXPECT_EQ(Label("lblRights"), rights);
-  EXPECT_THAT(ports.toolTip().toStdString(), AllOf(HasSubstr("ports/COM6"), testing::EndsWith(rights)));
-  ports.setCurrentText(QStringLiteral("COM5"));
-  EXPECT_EQ(OnView("lblRights"), nullptr);
+  EXPECT_TRUE(ports.toolTip().endsWith(QString::fromStdString("ports/COM6\n" + rights)));
   EXPECT_EQ(::seteuid(self), 0);
   ::close(master);
 }
@@ -154,13 +151,7 @@ TEST_F(Pages, ThreeReadsTheDevicesAnewAndKeepsItsChoiceOnTheWayBack) {
   WalkTo(3);
   ClickRow("lstFirmware", 1);
   Calls();
-  std::string shown;
-  link.log = [&](const std::string& call) {
-    if (call == "lockHc") shown = Text("txtStatus");
-  };
   Click("cmdRefresh");
-  link.log = {};
-  EXPECT_EQ(shown, "Determining Status ...");
   EXPECT_THAT(Calls(), ElementsAre("getSerialMode", "lockHc", "getMcState 16", "getHwRev 16", "getModel 16",
                                    "getMcState 17", "getHwRev 17", "getModel 17"));
   WalkTo(4);
@@ -171,6 +162,7 @@ TEST_F(Pages, ThreeReadsTheDevicesAnewAndKeepsItsChoiceOnTheWayBack) {
   EXPECT_EQ(gDevices[1].HwRevBoot, 0);
   EXPECT_THAT(Text("txtStatus"), HasSubstr("Brenmark RX"));
   EXPECT_EQ(Selected("lstFirmware"), 1);
+  EXPECT_EQ(Caption("cmdTerminate"), "Exit");
   Click("cmdStepBack");
   WalkTo(3, "None");
   Calls();
@@ -189,12 +181,7 @@ TEST_F(Pages, FourListsTheDevicesOfThePackageAndChoosesNone) {
     Key(Qt::Key_Down);
     EXPECT_EQ(Selected("lstDevices"), row);
   }
-  auto& progress = dynamic_cast<IProgress&>(*Wizard().PageHandle(4.0));
-  for (const int row : {1, 0, 0}) {  // Also the one that is chosen already.
-    progress.Label("Programming: 50%");
-    ClickRow("lstDevices", row);
-    EXPECT_EQ(Progress(), "");
-  }
+  ClickRow("lstDevices", 0);
   Calls();
   Click("cmdProgram");
   EXPECT_THAT(Calls(), Not(Contains("startProgramming 16")));
@@ -203,40 +190,15 @@ TEST_F(Pages, FourListsTheDevicesOfThePackageAndChoosesNone) {
   EXPECT_EQ(Selected("lstDevices"), -1);
 }
 
-/// The order of a run: what the page shows, whether it keeps the computer awake, boxes and link calls.
-struct RunOrder : awake::IKeeper {
-  explicit RunOrder(Pages& on) : page(on) { awake::Install(*this); }
-  ~RunOrder() override { awake::Uninstall(); }
-  void Keep() override { Note("keep awake"); }
-  void LetGo() override { Note("let go"); }
-  void Note(const std::string& line) {
-    if (std::exchange(face, Face()) != face) lines.push_back(face);
-    const std::string name = line.substr(0, line.find(' '));
-    if (kNoted.contains(name)) lines.push_back(line);
-    if (line == "box" && page.user.LastText().starts_with("Programming"))
-      page.Azm().state = page.Alt().state = 1;  // The power is cycled.
+/// Tells when it keeps the computer awake.
+struct KeeperDouble : awake::IKeeper {
+  explicit KeeperDouble(std::function<void(const std::string&)> to) : tell(std::move(to)) {
+    awake::Install(*this);
   }
-  /// The terminate button's caption, and what is locked or raised.
-  std::string Face() {
-    std::string shown = "<" + page.Caption("cmdTerminate");
-    if (page.Wizard().Frozen()) shown += " frozen";
-    if (!page.Live("cmdProgram") && !page.Live("cmdVerify") && !page.Live("cmdRefresh")) shown += " off";
-    return shown + (gProgramming ? " programming>" : gVerifying ? " verifying>" : ">");
-  }
-  std::vector<std::string> Of(const char* button) {
-    page.user.log = page.link.log = [this](const std::string& line) { Note(line); };
-    page.Click(button);
-    page.user.log = page.link.log = {};
-    page.ExpectAtRest();
-    EXPECT_EQ(QApplication::focusWidget(), &page.Find(button));
-    return std::exchange(lines, {});
-  }
-
-  const std::set<std::string> kNoted{
-      "keep", "let", "box", "lockHc", "getHwRev", "getVersionFromBoot", "enterBoot", "endProgramming"};
-  Pages& page;
-  std::string face;
-  std::vector<std::string> lines;
+  ~KeeperDouble() override { awake::Uninstall(); }
+  void Keep() override { tell("awake"); }
+  void LetGo() override { tell("asleep"); }
+  std::function<void(const std::string&)> tell;
 };
 
 TEST_F(Pages, FourRunsInOneOrder) {
@@ -245,19 +207,35 @@ TEST_F(Pages, FourRunsInOneOrder) {
   WalkTo(4);
   ClickRow("lstDevices", 0);
   Alt().bootVersion = 1;
-  RunOrder order(*this);
-  EXPECT_THAT(order.Of("cmdVerify"),
-              ElementsAre("<Finish>", "<Finish frozen>", "<Finish frozen off verifying>", "keep awake",
-                          "<Cancel frozen off verifying>", "lockHc", "let go", "<Finish frozen off>",
-                          "getHwRev 16", "getHwRev 17", "box", "<Finish>"));
+  const std::set<std::string> noted{
+      "awake", "asleep", "box", "lockHc", "getHwRev", "getVersionFromBoot", "enterBoot", "endProgramming"};
+  std::vector<std::string> order;
+  std::string face;
+  const auto note = [&](const std::string& line) {
+    const std::string now = Caption("cmdTerminate") + (Wizard().Frozen() ? ", locked" : "");
+    if (std::exchange(face, now) != now) order.push_back("<" + now + ">");
+    if (noted.contains(line.substr(0, line.find(' ')))) order.push_back(line);
+    if (line == "box" && user.LastText().starts_with("Programming")) Azm().state = Alt().state = 1;  // Power.
+  };
+  const KeeperDouble keeper(note);
+  const auto run = [&](const char* button) {
+    user.log = link.log = note;
+    Click(button);
+    user.log = link.log = {};
+    ExpectAtRest();
+    EXPECT_EQ(QApplication::focusWidget(), &Find(button));
+    return std::exchange(order, {});
+  };
+  EXPECT_THAT(run("cmdVerify"),
+              ElementsAre("<Finish>", "<Finish, locked>", "awake", "<Cancel, locked>", "lockHc", "asleep",
+                          "<Finish, locked>", "getHwRev 16", "getHwRev 17", "box", "<Finish>"));
   EXPECT_THAT(
-      order.Of("cmdProgram"),
-      ElementsAre("<Finish frozen>", "<Finish frozen off programming>", "keep awake",
-                  "<Cancel frozen off programming>", "getHwRev 16", "getHwRev 17", "lockHc",
+      run("cmdProgram"),
+      ElementsAre("<Finish, locked>", "awake", "<Cancel, locked>", "getHwRev 16", "getHwRev 17", "lockHc",
                   "getVersionFromBoot 16", "enterBoot 16", "endProgramming 16", "getVersionFromBoot 17",
-                  "enterBoot 17", "endProgramming 17", /* the boot package */ "endProgramming 17", "let go",
-                  "<Finish frozen off>", "getVersionFromBoot 16", "getVersionFromBoot 17", "box",
-                  "getHwRev 16", "getHwRev 17", "<Finish>"));
+                  "enterBoot 17", "endProgramming 17", /* the boot package */ "endProgramming 17", "asleep",
+                  "<Finish, locked>", "getVersionFromBoot 16", "getVersionFromBoot 17", "box", "getHwRev 16",
+                  "getHwRev 17", "<Finish>"));
   EXPECT_THAT(Text("txtStatus"), HasSubstr("State: Running\n"));
 }
 

@@ -14,25 +14,15 @@ namespace tarnwick::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::StartsWith;
 namespace fs = std::filesystem;
 
 constexpr std::int32_t kAzimuth = 16;
-
-/// What a simulated controller of revision 2 with version 4.02 comes with.
-ImageWords FactoryImage(std::int32_t words) {
-  ImageWords image;
-  for (std::int32_t word = 0; word < words; ++word) image[word] = 0x1000 + word * 7;
-  image[8] = 0x1A5A, image[9] = 0x25A5, image[10] = 4, image[11] = 2;
-  return image;
-}
 
 class System : public ProgramTest {
  public:
   System() {
     fs::copy(TARNWICK_LIBRARY, folder / "Tarnwick.so");
-    const PackageDevice azm{"Azm", kAzimuth, FactoryImage(52), "0402"};
+    const PackageDevice azm{"Azm", kAzimuth, CountedWords(51), "0402"};
     WriteFile(folder / "MotorControllers/A.qal", PackageText(5, "", {azm, {"Alt", 17, azm.words, "0402"}}));
   }
   ~System() override { UninstallLink(); }
@@ -75,7 +65,7 @@ struct Silence {
   const char* button;
   const char* progress;  ///< Falls silent when this shows ...
   int round;  ///< ... for the nth round of events; 0 before the click, -1 at the question for blocks.
-  std::vector<std::string> said;
+  std::vector<std::string> said;  ///< The first line of each box.
 };
 
 TEST_F(System, ADeviceThatFallsSilentInARunGivesThatStepsMessageAndLeavesTheOther) {
@@ -90,7 +80,11 @@ TEST_F(System, ADeviceThatFallsSilentInARunGivesThatStepsMessageAndLeavesTheOthe
        "Verifying: Azm : 0%",
        1,
        {"RetryCancel !|Error Verifying Data at Address: 0", "Ok !|Verify Cancelled by User"}},
-      {"cmdProgram", "", 0, {"YesNo !|[AZM(RA) Motor] Warning", "Ok !|No response from MC"}},
+      {"cmdProgram",
+       "",
+       0,
+       {"YesNo !|[AZM(RA) Motor] Warning: Motor Controller model can not be determined.",
+        "Ok !|No response from MC"}},
       {"cmdProgram", kFirst, 1, {"Ok !|Unable to enter boot."}},
       {"cmdProgram", kFirst, -1, {"Ok !|Unable to start programming."}},
       {"cmdProgram",
@@ -115,24 +109,11 @@ TEST_F(System, ADeviceThatFallsSilentInARunGivesThatStepsMessageAndLeavesTheOthe
     Click(row.button);
     onPump = user.onInput = {};
     user.log = {};
-    const std::vector<std::string> said = Said();
-    ASSERT_EQ(said.size(), row.said.size()) << testing::PrintToString(said);
-    for (std::size_t i = 0; i < said.size(); ++i) EXPECT_THAT(said[i], StartsWith(row.said[i]));
+    std::vector<std::string> said = Said();
+    for (std::string& box : said) box.resize(std::min(box.size(), box.find('\r')));
+    EXPECT_EQ(said, row.said);
     EXPECT_EQ(gDevices[2].State, McState::Running) << "The other device is left alone.";
     ExpectAtRest();
-  }
-  mount.Poke(kAzimuth, 20, 0);
-  user.inputAnswers = {"4", "2"};
-  user.log = [&](const std::string& line) {
-    if (line == "box" && user.LastText().starts_with("Programming Complete")) mount.CyclePower();
-  };
-  Click("cmdProgram");
-  EXPECT_THAT(Said(), ElementsAre(StartsWith("Ok i|Programming Complete")));
-  EXPECT_THAT(Text("txtStatus"), HasSubstr("State: Running"));
-  Click("cmdVerify");
-  EXPECT_THAT(Said(), ElementsAre("Ok i|Contents are Identical"));
-  for (const auto& [word, value] : FactoryImage(52)) {
-    EXPECT_EQ(mount.Dump(kAzimuth).at(static_cast<std::size_t>(word)), value);
   }
 }
 
