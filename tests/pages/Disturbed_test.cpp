@@ -39,7 +39,9 @@ class Disturbed : public PagesTest {
   /// Everything that a user can try without meaning to stop anything.
   void Fiddle() {
     for (const char* const button : {"cmdStepFwd", "cmdStepFwd", "cmdStepBack", "cmdHelp"}) Click(button);
-    if (OnView("lstFirmware") && Wizard().Frozen()) {
+    const bool locked = Wizard().Frozen();
+    EXPECT_TRUE(!locked || (window.cursor().shape() == Qt::WaitCursor && !Live("cmdHelp")));
+    if (OnView("lstFirmware") && locked) {
       const int chosen = Selected("lstFirmware");
       ClickRow("lstFirmware", 1 - chosen);
       Find("lstFirmware").setFocus();
