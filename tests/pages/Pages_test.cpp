@@ -10,7 +10,6 @@
 #include "PagesTest.h"
 #include "firmware/QALclass.h"
 #include "link/Devices.h"
-#include "programmer/modProgrammer.h"
 #include "settings/Settings.h"
 
 namespace tarnwick::test {

@@ -6,7 +6,6 @@
 #include "link/Devices.h"
 #include "link/LinkLibrary.h"
 #include "mount/MountProcess.h"
-#include "programmer/modProgrammer.h"
 #include "support/PackageText.h"
 #include "support/ProgramTest.h"
 
