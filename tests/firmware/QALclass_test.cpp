@@ -96,15 +96,6 @@ TEST(QALclass, MakesOfOddCasesWhatTheyTell) {
   }
 }
 
-TEST(QALclass, KeepsWrittenDeviceFieldsApart) {
-  QALclass package;
-  package.LoadQALfile({}, kDevice + kDevice + kBlock);
-  package.DeviceName(1, "new");
-  package.DeviceAddress(1, 99);
-  package.DeviceVersion(1, 3.5);
-  ExpectTold(package, "; > 0\n; > 1 new/99/X1/3.5\n; > 2 M/16/X1/0\n");
-}
-
 TEST(QALclass, LoadsFilesAndForgetsTheLastOne) {
   const TempFolder folder;
   const fs::path good = folder / "good.qal";
@@ -141,15 +132,6 @@ TEST(QALclass, ReadsAFileOfManyPiecesAsIfItWereOne) {
   EXPECT_EQ(package.LastError(), 8);
 }
 
-TEST(QALclass, ReadsHexadecimalNumbers) {
-  QALclass package;
-  EXPECT_EQ(package.HexToLong("") + package.HexToLong("1aF"), 0x1AF);
-  EXPECT_EQ(package.HexToLong("FFFFFFFF"), -1);
-  EXPECT_EQ(Outcome(package), "0");
-  EXPECT_EQ(package.HexToLong("1x2"), 0x102);
-  EXPECT_EQ(Outcome(package), "6 : Hex Line Invalid Character at 0");
-}
-
 /// Of the lines told, "..." stands for what a line may go on with.
 TEST(BootPackages, AreAsTold) {
   const std::pair<const char*, std::string> packages[] = {
@@ -171,24 +153,7 @@ TEST(BootPackages, AreAsTold) {
   }
 }
 
-TEST(Samples, CarryTheirVersionWhereTheSimulatedMountLooks) {
-  int good = 0;
-  for (const fs::directory_entry& file : fs::recursive_directory_iterator(TARNWICK_PORTABLE)) {
-    QALclass package;
-    if (file.path().extension() == ".qal") package.LoadQALfile(file.path());
-    for (const PlainDevice& device : PictureOf(package).devices) {
-      if (package.ErrorsFound()) break;  // damaged on purpose
-      EXPECT_THAT(ImageText(device),
-                  testing::MatchesRegex("( ....){8} 1A5A 25A5( ....){150}( 3FFF.){16} .*"));
-      EXPECT_EQ(*device.words[10].lo + *device.words[11].lo / 100.0, device.version) << file.path();
-      for (const PlainWord& word : device.words) EXPECT_LE(*word.hi, package.HwRevCount() == 0 ? 0x3F : 0xFF);
-      ++good;
-    }
-  }
-  EXPECT_EQ(good, 9);
-}
-
-TEST(HostilePackage, SurvivesEveryFailingAllocation) {
+TEST(QALclass, SurvivesEveryFailingAllocation) {
   const std::string text = "HWREV=5,6\r\n" + BootJumpFixText();
   QALclass package;
   int failures = 0;
@@ -200,34 +165,6 @@ TEST(HostilePackage, SurvivesEveryFailingAllocation) {
     ASSERT_EQ(package.Devices(), package.ErrorsFound() ? 0 : 2);
   } while (package.ErrorsFound());
   EXPECT_GT(failures, 10);
-}
-
-/// A loader whose cost grows with anything but the size of the text does not come to the end within the
-/// time that a test has.
-TEST(HostilePackage, CostsNoMoreThanItsSize) {
-  const std::string device = "DEVICE_ADDRESS_VERSION=a,1,b\r\n", top = ":02FFFE001A2BBC\r\n";
-  std::string devices;
-  for (int i = 0; i < 50'000; ++i) devices += device;
-  /// How the text begins, how it goes on, and its megabytes.
-  const std::tuple<std::string, std::string, std::size_t, std::string_view> cases[] = {
-      {"", "junk\r\n", 64, "0"},
-      {"an endless line ", "junk", 16, "0"},
-      {"carriage returns", "\r", 4, "0"},
-      {"HWREV=", ",", 1, "0"},
-      {"DEVICE_ADDRESS_VERSION=", ",", 1, "7 : No Data Found For Device at 1"},
-      {"MODELNUMBER=", "9", 1, "0"},
-      {"START_HEX=b\r\n", device + top + ":02000200FFEE0F\r\n", 4, "0"},
-      {devices + "START_HEX=b\r\n", top, 4, "0"},
-  };
-  for (const auto& [head, repeated, megabytes, outcome] : cases) {
-    std::string block, text = head;
-    while (block.size() < 4096) block += repeated;
-    while (text.size() < megabytes << 20) text += block;
-    QALclass package;
-    package.LoadQALfile({}, text + "\r\n");
-    for (std::int32_t i = 1; i <= package.HwRevCount(); ++i) EXPECT_EQ(package.HwRevValue(i), 0);
-    EXPECT_EQ(Outcome(package), outcome) << text.substr(0, 40);
-  }
 }
 
 }  // namespace

@@ -22,11 +22,10 @@ using Texts = std::vector<std::string>;
 class ProgressDouble final : public IProgress {
  public:
   void Label(const std::string& text) override { labels.push_back(text), Log("label " + text); }
-  void Bar(double fraction) override { bars.push_back(fraction), Log("bar"); }
+  void Bar(double) override { Log("bar"); }
   void Caption(const std::string& text) override { captions.push_back(text), Log("caption " + text); }
 
   std::vector<std::string> labels;
-  std::vector<double> bars;
   std::vector<std::string> captions;
   std::function<void(const std::string&)> log;
 

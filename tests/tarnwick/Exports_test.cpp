@@ -91,15 +91,5 @@ TEST(Exports, HoldThePortExclusivelyAndGiveItBack) {
   EXPECT_EQ(second.Call("_enterBootCommon", "4", 16), 0);
 }
 
-TEST(Exports, TakeNullPointersForFailures) {
-  Loaded library;
-  std::int32_t* const none = nullptr;
-  library.Call("_getDllVersion", "12", none, none, none);
-  library.Call("_debugFilter", "8", 1, 4);
-  EXPECT_EQ(library.Call("_initSerialCommon", "4", static_cast<const char*>(nullptr)), -1);
-  EXPECT_EQ(library.Call("_readMcProgMemCommon", "16", 16, 0, 2, none), 0);
-  EXPECT_EQ(library.Call("_sendDataCommon", "12", 16, 10, none), 0);
-}
-
 }  // namespace
 }  // namespace tarnwick

@@ -79,25 +79,20 @@ TEST(Library, TellsWhyNoTelescopeIsThere) {
 TEST(Library, GivesTheFailureResultOnBadArgumentsAndWithoutAPort) {
   Bench bench;
   Library& library = bench.library;
+  std::int32_t out = 77;
+  const std::int32_t packet[10] = {}, wrongByte[4] = {0, 0, 256, 0}, atTheEnd[6] = {0xFF, 0xFF, 0, 0, 0, 0};
   for (const bool open : {false, true}) {
     EXPECT_EQ(library.InitSerial(open ? "COM5" : ""), 0);
-    std::int32_t out[2] = {77, 77};
-    const std::int32_t packet[10] = {};
-    const std::int32_t wrongByte[4] = {0, 0, 256, 0};
-    const std::int32_t atTheEnd[6] = {0xFF, 0xFF, 0, 0, 0, 0};
     for (const std::int32_t address : {-1, 0, 256, 0x10010, open ? 300 : 16}) {
-      EXPECT_EQ(library.GetState(address, out, out + 1) + library.GetModel(address, out), 0);
-      EXPECT_EQ(library.GetBootVersion(address, out), -1);
-      EXPECT_EQ(library.ReadMemory(address, 0, 0, out) + library.ReadMemory(address, 0, 1, out), 0);
+      EXPECT_EQ(library.GetState(address, &out, &out) + library.ReadMemory(address, 0, 0, &out), 0);
+      EXPECT_EQ(library.GetBootVersion(address, &out), -1);
       EXPECT_EQ(library.EnterBoot(address) + library.SendData(address, 4, packet), 0);
-      EXPECT_EQ(library.EndProgramming(address), 0);
     }
     for (const auto& [first, last] : {std::pair(1, 0), std::pair(-1, 0), std::pair(0xFFFF, 0x10000)})
-      EXPECT_EQ(library.ReadMemory(16, first, last, out), 0);
-    for (const std::int32_t count : {-1, 0, 5, 8, 12, 1 << 30})
-      EXPECT_EQ(library.SendData(16, count, packet), 0);
+      EXPECT_EQ(library.ReadMemory(16, first, last, &out), 0);
+    for (const std::int32_t count : {-1, 0, 5, 12}) EXPECT_EQ(library.SendData(16, count, packet), 0);
     EXPECT_EQ(library.SendData(16, 4, wrongByte) + library.SendData(16, 6, atTheEnd), 0);
-    EXPECT_EQ(out[0] + out[1], 77 * 2);
+    EXPECT_EQ(out, 77);
   }
 }
 
