@@ -1,14 +1,21 @@
+// The built Tarnwick.so as the program uses it, before a simulated mount and damaged.
 #include "link/LinkLibrary.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <array>
+#include <cstdio>
+#include <set>
+
+#include "mount/MountProcess.h"
 #include "platform/program.h"
 #include "support/TempFolder.h"
 
 namespace tarnwick {
 namespace {
 
+namespace fs = std::filesystem;
 using Words = std::vector<std::int32_t>;
 
 /// What a library answers to each call in turn: results, and behind each the words it filled.
@@ -18,53 +25,92 @@ Words AnswersOf(ILinkLibrary& link) {
   link.debugFilter(4), link.lockHc();
   const auto version = link.getDllVersion();
   // clang-format off
-  return {version[0], version[1], version[2], link.getSerialMode(), link.initSerialCommon("COM4"),
+  return {version[0], link.initSerialCommon("com5"), link.getSerialMode(),
       link.doTestForSkelmirra(), link.doTestForUpgradeSupport(), link.getModelCommon(at, a), a,
       link.getMcStateCommon(at, b, c), b, c, link.getHwRevCommon(at, d), d,
-      link.getHwRevFromBootCommon(at, e), e, link.getVersionFromBootCommon(at, f), f,
       link.readMcProgMemCommon(at, 5, 7, w), w[0], w[2], link.enterBootCommon(at),
-      link.startProgrammingCommon(at), link.sendDataCommon(at, w), link.endProgrammingCommon(at)};
+      link.getHwRevFromBootCommon(at, e), e, link.getVersionFromBootCommon(at, f), f,
+      link.startProgrammingCommon(at), link.sendDataCommon(at, Words(4)), link.endProgrammingCommon(at)};
   // clang-format on
 }
 
 /// Each call's own failure result, and nothing filled.
-const Words kUnusable{0, 0, 0, 0, -1, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, -1, 0, 0, 0, 0, 0, 0, 0, 0};
+const Words kUnusable{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -1, 0, 0, 0, 0};
 
-/// The answers of a library of that content.
-Words AnswersOfFile(std::string_view content) {
-  const test::TempFolder folder;
-  test::WriteFile(folder / "Tarnwick.so", content);
-  return AnswersOf(*LoadLinkLibrary(folder / "Tarnwick.so"));
+/// A folder with a copy of the library, or with other `content` in its place.
+struct Copy {
+  explicit Copy(std::string_view content = test::ReadFile(TARNWICK_LIBRARY)) {
+    fs::create_directory(folder / "ports");
+    test::WriteFile(folder / "Tarnwick.so", content);
+    library = LoadLinkLibrary(folder / "Tarnwick.so");
+  }
+  test::TempFolder folder;
+  std::unique_ptr<ILinkLibrary> library;
+};
+
+TEST(LinkLibrary, ExportsExactlyTheSeventeenDecoratedNames) {
+  FILE* const listing = ::popen("nm -D --defined-only --with-symbol-versions " TARNWICK_LIBRARY, "r");
+  std::multiset<std::string> names;
+  std::array<char, 256> name{};
+  while (std::fscanf(listing, "%*s %*s %255s", name.data()) == 1) {
+    std::string text = name.data();
+    if (const std::size_t at = text.find("@@"); at != std::string::npos) text.erase(at, 1);
+    names.insert(text);
+  }
+  ::pclose(listing);
+  EXPECT_EQ(names,
+            (std::multiset<std::string>{
+                "_getDllVersion@12", "_debugFilter@8", "_initSerialCommon@4", "_getSerialMode@0", "_lockHc@0",
+                "_doTestForSkelmirra@0", "_doTestForUpgradeSupport@0", "_getModelCommon@8",
+                "_getMcStateCommon@12", "_getHwRevCommon@8", "_getHwRevFromBootCommon@8",
+                "_getVersionFromBootCommon@8", "_readMcProgMemCommon@16", "_enterBootCommon@4",
+                "_startProgrammingCommon@4", "_sendDataCommon@12", "_endProgrammingCommon@4"}));
 }
 
-const std::string kStub = test::ReadFile(STUB_LIBRARY);
-
 TEST(LinkLibrary, OfTheProgramsFolderPassesArgumentsAndAnswersUnchanged) {
-  program::Set({std::filesystem::path(STUB_LIBRARY).parent_path(), "Renamed", 0, 0, 0});
-  EXPECT_EQ(AnswersOf(Link()), Words({7,  8,  9,  114, -5, 21, 22, 17, 17, 20, 18, 19, 21,
-                                      21, 22, 22, 23,  23, 1,  21, 23, 24, 25, 39, 26}));
+  const Copy copy;
+  mount::MountProcess mount;
+  ASSERT_TRUE(mount.Start(TARNWICK_MOUNT, copy.folder / "ports/COM5", {"--device", "16:model=9,revision=6"}));
+  program::Set({copy.folder.Path(), "Renamed", 0, 0, 0});
+  EXPECT_EQ(AnswersOf(Link()), Words({1, 0, 1, 1, 0, 1, 9, 1, 4, 2, 1, 6, 1, 0x1000 + 5 * 7, 0x1000 + 7 * 7,
+                                      1, 1, 6, 0, 2, 1, 1, 1}));
+  EXPECT_EQ(mount.Dump(16).at(0), 0);
   Words words(2);
   for (const std::int32_t first : {0, 3, INT32_MIN}) {
     EXPECT_EQ(Link().readMcProgMemCommon(16, first, 2, words), 0) << "no room for the words from " << first;
   }
 }
 
-TEST(LinkLibrary, IsNotUsedWhenItIsMissingTornOrNone) {
+TEST(LinkLibrary, HoldsThePortExclusivelyAndGivesItBack) {
+  const Copy first, second;  // Two files, so two libraries with a state each.
+  EXPECT_EQ(first.library->initSerialCommon("COM5"), -1);
+  mount::MountProcess mount;
+  ASSERT_TRUE(mount.Start(TARNWICK_MOUNT, first.folder / "ports/COM5", {}));
+  fs::create_symlink(first.folder / "ports/COM5", second.folder / "ports/COM5");
+  EXPECT_EQ(first.library->initSerialCommon("COM5"), 0);
+  EXPECT_EQ(second.library->initSerialCommon("COM5"), -1);
+  first.library->initSerialCommon("");
+  EXPECT_EQ(second.library->initSerialCommon("COM5"), 0);
+  EXPECT_EQ(first.library->initSerialCommon("COM5"), -1);
+  EXPECT_EQ(mount.Stop(), 0);
+  EXPECT_FALSE(fs::is_symlink(first.folder / "ports/COM5"));
+  EXPECT_EQ(second.library->enterBootCommon(16), 0);
+}
+
+TEST(LinkLibrary, IsNotUsedWhenItIsMissingTornOrLacksAnExport) {
   const test::TempFolder folder;
   EXPECT_EQ(AnswersOf(*LoadLinkLibrary(folder / "missing")), kUnusable);
   ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
   EXPECT_EQ(AnswersOf(*LoadLinkLibrary(folder / "pipe")), kUnusable);
-  EXPECT_EQ(AnswersOfFile(std::string(5000, 'x')), kUnusable);
-  for (std::size_t size = 0; size < kStub.size(); size += 1 + kStub.size() / 100) {
-    EXPECT_EQ(AnswersOfFile(kStub.substr(0, size)), kUnusable) << "torn at " << size;
+  EXPECT_EQ(AnswersOf(*Copy(std::string(5000, 'x')).library), kUnusable);
+  const std::string whole = test::ReadFile(TARNWICK_LIBRARY);
+  for (std::size_t size = 0; size < whole.size(); size += 1 + whole.size() / 100) {
+    EXPECT_EQ(AnswersOf(*Copy(whole.substr(0, size)).library), kUnusable) << "torn at " << size;
   }
-}
-
-TEST(LinkLibrary, IsNotUsedWhenOneExportIsMissing) {
   for (const std::string name : {"_getDllVersion", "_endProgrammingCommon"}) {
-    std::string lacking = kStub;
+    std::string lacking = whole;
     for (std::size_t at = 0; (at = lacking.find(name, at)) != std::string::npos;) lacking[at] = 'X';
-    EXPECT_EQ(AnswersOfFile(lacking), kUnusable) << name;
+    EXPECT_EQ(AnswersOf(*Copy(lacking).library), kUnusable) << name;
   }
 }
 
