@@ -174,6 +174,22 @@ TEST_F(WizardTest, AStepIsOneOrderAndAFailureIsDroppedWhereItHappens) {
   }
 }
 
+TEST_F(WizardTest, PagesAreFoundByPlaceOrKeyAndAStepCanBeLedElsewhere) {
+  for (const auto& [name, key] : {std::pair{"a", "Key"}, {"b", "Key"}, {"c", "KEY"}, {"d", "2"}})
+    wizard->AddPage(std::make_unique<PageDouble>(frame, name), key);
+  // "b" is dropped. A key that reads as a number is never found: the number is a place.
+  const std::pair<Designation, const char*> cases[] = {
+      {"Key", "a"}, {"KEY", "c"}, {"key", ""}, {" 2 ", "Two"}, {2.5, "Two"}, {5.5, "c"},
+      {0.5, ""},    {8.0, ""},    {1e9, ""},   {"", ""},       {{}, ""}};
+  for (const auto& [value, name] : cases) EXPECT_EQ(frame.names[wizard->PageHandle(value)], name);
+  wizard->ClientHandle(this);
+  frame.onCall = [&](const std::string& line) {
+    if (line == "BeforeStep 1") wizard->NextStep("Key");
+  };
+  wizard->Step(1);
+  EXPECT_EQ(wizard->CurrentStep(), 5);
+}
+
 TEST_F(WizardTest, TheWayOutIsOneOrder) {
   wizard->Step(1);
   user.answers = {ui::Answer::No};
