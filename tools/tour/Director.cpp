@@ -103,6 +103,7 @@ bool Director::AnswerBox() {
   if (button == nullptr) button = box->buttons().back();
   Note("  of " + ButtonNames(*box) + ": " + button->text().remove(QLatin1Char('&')).toStdString());
   Press(*button);
+  mBox = nullptr;  // The next one may lie where this one lay.
   return true;
 }
 

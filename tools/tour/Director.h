@@ -83,7 +83,7 @@ class Director final : public QObject {
   std::ofstream mProtocol;
   std::deque<std::function<void()>> mScenes;
   std::deque<Cue> mCues;
-  QMessageBox* mBox = nullptr;  ///< The box on view, to tell a new one from the one just answered.
+  QMessageBox* mBox = nullptr;  ///< The box on view that waits for its answer.
   int mQuietTicks = 0;
   int mTicksLeft = 0;
   std::set<std::string> mRunsPictured;
