@@ -1,9 +1,11 @@
-// The rules that a simulated device keeps, each asked for as a program would.
+// The rules that a simulated device keeps, each asked for as a program would, and how it is set up.
 #include "mount/Device.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
+
+#include "mount/Options.h"
 
 namespace tarnwick::mount {
 namespace {
@@ -79,6 +81,28 @@ TEST(Device, IsRenewedByTheBootPackageThatFitsIt) {
     Asked asked({.revision = c.revision, .bootVersion = 1, .state = RunState::Boot});
     EXPECT_EQ(asked.Program(c.image), c.taken ? 0 : static_cast<int>(Reason::NotTaken));
     EXPECT_EQ(asked.device.BootVersion(), c.taken ? 2 : 1) << c.revision;
+  }
+}
+
+TEST(Options, SetMotorControllersAndSingleDevicesOrAreRefusedWithAReason) {
+  std::string error;
+  const auto options =
+      ParseOptions({"--revision", "6", "--old-boot", "--device", "17:revision=0x5,version=3.14,state=silent",
+                    "--hand-control", "old", "--line", "paced=on,latency=100,piece=1,poor-above=19200"},
+                   error);
+  ASSERT_TRUE(options) << error;
+  EXPECT_FALSE(options->path.upgradeSupported);
+  EXPECT_EQ(DescribeLine(options->line), "paced=on latency=100 piece=1 poor-above=19200");
+  const DeviceSetup &first = options->devices.at(16), &second = options->devices.at(17);
+  EXPECT_EQ(first.revision * 10 + first.bootVersion, 61);
+  EXPECT_EQ(second.revision * 1000 + second.major * 100 + second.minor, 5314);
+  EXPECT_EQ(second.state, RunState::Silent);
+  for (const char* bad :
+       {"--revision=256", "--revision=2x", "--state=asleep", "--device=16", "--device=0:model=1",
+        "--baud=38400", "--line=latency", "--line=colour=1", "stray="}) {
+    const std::string text = bad, name = text.substr(0, text.find('='));
+    EXPECT_FALSE(ParseOptions({name, text.substr(name.size() + 1)}, error)) << bad;
+    EXPECT_NE(error.find(name), std::string::npos);
   }
 }
 
