@@ -13,10 +13,10 @@
 #include <chrono>
 #include <thread>
 
+#include "NginxProcess.h"
 #include "platform/http/CurlTransport.h"
 #include "platform/ui.h"
 #include "settings/Settings.h"
-#include "support/NginxProcess.h"
 #include "support/UserDouble.h"
 #include "webupdate/HTTPClass.h"
 #include "webupdate/frmWebUpdate.h"
@@ -74,7 +74,7 @@ class Desk {
   /// Seconds that the client takes; negative when it did not get the file. What came is in `answer`.
   double Fetch(std::uint16_t port, std::int64_t size) {
     std::string().swap(answer);
-    const test::PortMap map(mTransport, port);
+    test::AskByWayOf(port);
     const Clock::time_point start = Clock::now();
     HTTPClass client;
     client.Progress = [this, size](std::int32_t count) {
@@ -136,7 +136,7 @@ class Desk {
     std::filesystem::copy_file(mNginx.site / std::to_string(size), mNginx.site / "p.qal",
                                std::filesystem::copy_options::overwrite_existing);
     test::WriteFile(mNginx.site / "list.txt", "@p.qal,2024-03-05," + std::to_string(size) + "\r\nNote\r\n");
-    const test::PortMap map(mTransport, mNginx.port);
+    test::AskByWayOf(mNginx.port);
     frmWebUpdate window(nullptr);
     window.Form_Load();
     window.show();
@@ -158,7 +158,7 @@ class Desk {
 
   test::UserDouble mUser;  ///< A box would wait for ever.
   http::CurlTransport mTransport;
-  test::NginxProcess mNginx;
+  NginxProcess mNginx;
   test::TempFolder mPackages;
   QWidget mWindow;
   ProgressBar mBar;

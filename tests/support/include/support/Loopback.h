@@ -1,16 +1,14 @@
-// Servers on the loopback for the real HTTP transport, at any free port.
+// Servers on the loopback, at any free port.
 #pragma once
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <stdlib.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
-
-#include "platform/http.h"
 
 namespace tarnwick::test {
 
@@ -39,33 +37,11 @@ class Listener {
   std::uint16_t mPort = 0;
 };
 
-/// Leads what the program sends to port 80 to another one. Installs itself over `real` for its lifetime.
-class PortMap final : public http::ITransport {
- public:
-  PortMap(http::ITransport& real, std::uint16_t port) : mReal(real), mPort(port) { http::Install(*this); }
-  ~PortMap() override { http::Install(mReal); }
-  PortMap(const PortMap&) = delete;
-  PortMap& operator=(const PortMap&) = delete;
-
-  std::unique_ptr<http::ISession> OpenSession(const std::string& agent) override {
-    auto session = mReal.OpenSession(agent);
-    return session ? std::make_unique<Session>(std::move(session), mPort) : nullptr;
-  }
-
- private:
-  struct Session final : http::ISession {
-    Session(std::unique_ptr<http::ISession> what, std::uint16_t where) : real(std::move(what)), port(where) {}
-    std::unique_ptr<http::IConnection> Connect(const std::string& server, std::uint16_t asked,
-                                               const std::string& userName,
-                                               const std::string& password) override {
-      return real->Connect(server, asked == 80 ? port : asked, userName, password);
-    }
-    std::unique_ptr<http::ISession> real;
-    std::uint16_t port;
-  };
-
-  http::ITransport& mReal;
-  std::uint16_t mPort;
-};
+/// From now on this port of the loopback is the proxy, which gets all that is asked by HTTP.
+inline void AskByWayOf(std::uint16_t port) {
+  ::setenv("http_proxy", ("127.0.0.1:" + std::to_string(port)).c_str(), 1);
+  ::unsetenv("no_proxy");
+  ::unsetenv("NO_PROXY");
+}
 
 }  // namespace tarnwick::test

@@ -1,0 +1,55 @@
+// The web server nginx, on a port of the loopback.
+#pragma once
+
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
+#include "support/Loopback.h"
+#include "support/TempFolder.h"
+
+namespace tarnwick::bench {
+
+/// Serves the folder `site` within its own folder.
+class NginxProcess {
+ public:
+  explicit NginxProcess(const std::string& program) : site(mFolder / "site"), port(test::Listener().Port()) {
+    std::filesystem::create_directory(site);
+    std::filesystem::permissions(mFolder.Path(), std::filesystem::perms(0755));
+    std::string temporary;
+    for (const char* const kind : {"client_body", "proxy", "fastcgi", "uwsgi", "scgi"}) {
+      temporary.append(kind).append("_temp_path ").append(mFolder / "temporary").append(";");
+    }
+    test::WriteFile(mFolder / "nginx.conf", std::string(::geteuid() == 0 ? "user root;" : "") +
+                                                "daemon off; master_process off; pid pid; events {} http { " +
+                                                temporary +
+                                                "access_log off;"
+                                                "server { listen 127.0.0.1:" +
+                                                std::to_string(port) + "; root site; } }");
+    mPid = ::fork();
+    if (mPid == 0) {
+      ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a bench that is killed leaves no server behind
+      ::execl(program.c_str(), "nginx", "-p", mFolder.Path().c_str(), "-c", "nginx.conf", "-e", "errors",
+              nullptr);
+      ::_exit(127);
+    }
+    while (::waitpid(mPid, nullptr, WNOHANG) == 0 && !std::filesystem::exists(mFolder / "pid"))
+      ::usleep(1000);
+  }
+  ~NginxProcess() {
+    ::kill(mPid, SIGKILL);
+    ::waitpid(mPid, nullptr, 0);
+  }
+  NginxProcess(const NginxProcess&) = delete;
+  NginxProcess& operator=(const NginxProcess&) = delete;
+
+ private:
+  test::TempFolder mFolder;
+  pid_t mPid = -1;
+
+ public:
+  const std::filesystem::path site;
+  const std::uint16_t port;
+};
+
+}  // namespace tarnwick::bench
