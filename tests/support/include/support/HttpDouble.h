@@ -1,22 +1,13 @@
-// A scripted update site: an answer for each path, what was asked recorded.
+// A scripted update site: an answer for each path.
 #pragma once
 
-#include <algorithm>
 #include <functional>
 #include <map>
 #include <string>
-#include <vector>
 
 #include "platform/http.h"
 
 namespace tarnwick::test {
-
-struct HttpReply {
-  std::string content;
-  std::int32_t status = 200;
-  bool reached = true;  ///< False: the request cannot be sent.
-  bool whole = true;    ///< False: the answer breaks off behind `content`.
-};
 
 /// Installs itself for its lifetime. A path without a reply is missing on the site.
 class HttpDouble final : public http::ITransport {
@@ -25,49 +16,41 @@ class HttpDouble final : public http::ITransport {
   ~HttpDouble() override { http::Uninstall(); }
 
   std::unique_ptr<http::ISession> OpenSession(const std::string& agent) override {
-    Note("session " + agent);
+    log("session " + agent);
     return opens ? std::make_unique<Session>(*this) : nullptr;
   }
 
-  std::map<std::string, HttpReply> replies;
+  std::map<std::string, std::string> replies;
   bool opens = true;
-  bool connects = true;
-  std::vector<std::string> calls;
-  std::function<void(const std::string&)> log;  ///< Told each call as well, for tests of one recorded order.
+  /// Told each call, for tests of one recorded order.
+  std::function<void(const std::string&)> log = [](const std::string&) {};
 
  private:
-  void Note(const std::string& call) {
-    calls.push_back(call);
-    if (log) log(call);
-  }
-
   struct Request final : http::IRequest {
-    Request(HttpDouble& owner, HttpReply what) : site(owner), reply(std::move(what)) {}
-    ~Request() override { site.Note("close"); }
-    bool Send(std::string_view headers, std::string_view body) override {
-      site.Note("send " + std::string(headers) + "|" + std::string(body));
-      return reply.reached;
+    Request(HttpDouble& owner, const std::string& path) : site(owner), there(site.replies.contains(path)) {
+      if (there) content = site.replies[path];
     }
-    std::int32_t Status() const override { return reply.status; }
+    ~Request() override { site.log("close"); }
+    bool Send(std::string_view, std::string_view) override { return true; }
+    std::int32_t Status() const override { return there ? 200 : 404; }
     std::optional<std::uint64_t> Length() const override { return std::nullopt; }
     bool Read(std::span<char> piece, std::size_t& count) override {
-      count = reply.content.copy(piece.data(), piece.size(), taken);
+      count = content.copy(piece.data(), piece.size(), taken);
       taken += count;
-      site.Note("read " + std::to_string(count));
-      return count > 0 || reply.whole;
+      site.log("read " + std::to_string(count));
+      return true;
     }
     HttpDouble& site;
-    HttpReply reply;
+    const bool there;
+    std::string content;
     std::size_t taken = 0;
   };
   struct Connection final : http::IConnection {
     explicit Connection(HttpDouble& owner) : site(owner) {}
     std::unique_ptr<http::IRequest> OpenRequest(const std::string& method, const std::string& path,
                                                 bool reload) override {
-      site.Note(method + " " + path + (reload ? " reload" : ""));
-      const auto found = site.replies.find(path);
-      return std::make_unique<Request>(site,
-                                       found != site.replies.end() ? found->second : HttpReply{"", 404});
+      site.log(method + " " + path + (reload ? " reload" : ""));
+      return std::make_unique<Request>(site, path);
     }
     HttpDouble& site;
   };
@@ -76,8 +59,8 @@ class HttpDouble final : public http::ITransport {
     std::unique_ptr<http::IConnection> Connect(const std::string& server, std::uint16_t port,
                                                const std::string& userName,
                                                const std::string& password) override {
-      site.Note("connect " + server + ":" + std::to_string(port) + " " + userName + " " + password);
-      return site.connects ? std::make_unique<Connection>(site) : nullptr;
+      site.log("connect " + server + ":" + std::to_string(port) + " " + userName + " " + password);
+      return std::make_unique<Connection>(site);
     }
     HttpDouble& site;
   };
