@@ -28,8 +28,12 @@ using testing::HasSubstr;
 using testing::StartsWith;
 namespace fs = std::filesystem;
 
-constexpr const char* kNoConnection = "Internet connection";
-constexpr const char* kRefused = "Unauthorised";
+const Box kNoConnection{
+    "Unable to connect to the Halcyrion download site.\r\n"
+    "Check your Internet connection and firewall settings.\r\nSee Help for more details."};
+const Box kRefused{
+    "Unable to connect to the Halcyrion download site.\r\nUser is Unauthorised!\r\n"
+    "See Help for more details."};
 
 enum class End { Close, Reset, Hold };
 
@@ -156,14 +160,13 @@ std::map<std::string, std::string> FilesBelow(const TempFolder& folder) {
 class HttpServerTest : public testing::Test {
  protected:
   HttpServerTest() { DomainName = "127.0.0.1", DomainUser = "me", DomainPassword = "secret"; }
-  /// Runs one request. Then there is a box with these words, or none.
-  void Ask(const char* box, const std::function<void(HTTPClass&)>& work) {
+  /// Runs one request, which says this, or nothing.
+  void Ask(const Box* box, const std::function<void(HTTPClass&)>& work) {
     user.boxes.clear();
     HTTPClass client;
     ASSERT_TRUE(OpenSite(client));
     work(client);
-    EXPECT_EQ(user.boxes.size(), box == nullptr ? 0U : 1U);
-    EXPECT_THAT(user.LastText(), HasSubstr(box == nullptr ? "" : box));
+    EXPECT_EQ(user.boxes, box == nullptr ? std::vector<Box>{} : std::vector{*box});
   }
   UserDouble user;
 };
@@ -180,13 +183,13 @@ TEST_F(HttpServerTest, IsAskedForTheFileAndShownCredentialsOnlyWhenItAsks) {
     std::string first;
     const Behaviour& then;
     std::vector<std::string> asked;
-    const char* box;
+    const Box* box;
   } cases[] = {
       {"/a b (100%) \xE9#1.qal?%41", "", answers, {a + "%20b%20(100%25)%20%E9%231.qal?%41"}, nullptr},
       {"/a", asks, answers, {a, a + shown}, nullptr},
-      {"/a", "", insists, {a, a + shown}, kRefused},
-      {"/a", moves, insists, {a, there, there}, kRefused},
-      {"/a", "", circles, {a, there, there, there, there, there}, kNoConnection},
+      {"/a", "", insists, {a, a + shown}, &kRefused},
+      {"/a", moves, insists, {a, there, there}, &kRefused},
+      {"/a", "", circles, {a, there, there, there, there, there}, &kNoConnection},
   };
   const http::CurlTransport transport;
   for (const auto& each : cases) {
@@ -234,13 +237,13 @@ TEST_F(HttpServerTest, ThatDoesWhatNoneShouldGivesAllOrNothing) {
     const std::string content = behaviour.content.value_or("");
     const bool refused = behaviour.name.starts_with("refuses");
     const bool page = behaviour.name.starts_with("answers");
-    const char* const box = behaviour.content ? nullptr : kNoConnection;
+    const Box* const box = behaviour.content ? nullptr : &kNoConnection;
 
     std::string answer, method = "GET";
     Ask(box, [&](HTTPClass& client) { answer = client.SendRequestBinary("/", method); });
     EXPECT_TRUE(answer == content) << answer.substr(0, 100);
 
-    Ask(refused ? kRefused : box, [&](HTTPClass& client) { answer = FetchText(client, CataloguePath()); });
+    Ask(refused ? &kRefused : box, [&](HTTPClass& client) { answer = FetchText(client, CataloguePath()); });
     EXPECT_TRUE(answer == (refused ? "" : content)) << answer.substr(0, 100);
     Catalogue catalogue;
     catalogue.Load(answer, 0);
@@ -255,8 +258,8 @@ TEST_F(HttpServerTest, ThatDoesWhatNoneShouldGivesAllOrNothing) {
     if (catalogue.FileCount() > 0) entries.push_back(catalogue.Files(1));
     for (FileEntry& entry : entries) {
       const bool comes = !refused && !page && !content.empty();
-      Ask(refused ? kRefused
-          : page  ? kNoConnection
+      Ask(refused ? &kRefused
+          : page  ? &kNoConnection
                   : box,
           [&](HTTPClass& client) { EXPECT_EQ(DownloadPackage(client, folder / "packages", entry), comes); });
       if (!comes) continue;

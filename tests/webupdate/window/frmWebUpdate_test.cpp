@@ -29,8 +29,8 @@ class WebUpdateTest : public ProgramTest {
     WriteFile(Folder() / "bravo.qal", "old bravo");
     WriteFile(Folder() / "zulu.qal", "zulu");
     WriteFile(Folder() / "zulu.txt", "Note of zulu\r\n");
-    site.replies[std::string(kSite) + "list.txt"] = {kText};
-    site.replies[std::string(kSite) + "Alpha.QAL"] = {"alpha!"};
+    site.replies[std::string(kSite) + "list.txt"] = kText;
+    site.replies[std::string(kSite) + "Alpha.QAL"] = "alpha!";
     gFirmwareDir = Folder();
     ReadUrl(gDefaultURL);
     web.emplace(nullptr);
@@ -86,14 +86,14 @@ class WebUpdateTest : public ProgramTest {
 
 TEST_F(WebUpdateTest, OpensWithBothLists) {
   ReadUrl("Me:Secret@other.example/a/b/list.txt");
-  site.replies["/a/b/list.txt"] = {kText};
+  site.replies["/a/b/list.txt"] = kText;
   Open();
   EXPECT_EQ(web->windowTitle(), " Web Updates [other.example/a/b/list.txt]");
   EXPECT_THAT(Rows(), ElementsAre("Alpha 2004-02-29 6 Remote *", "bravo 2005-03-01 2000 Local",
                                   "delta soon 0 Remote *", testing::MatchesRegex("zulu .* 4 Local")));
   EXPECT_EQ(State(), "001|");
-  Choose(1);
-  EXPECT_EQ(State(), "101|About Alpha\n");
+  QTest::keyClick(&On("Grid"), Qt::Key_Down);
+  EXPECT_EQ(State(), "101|About Alpha\n") << "The first step down chooses the first row.";
   QTest::keyClick(&On("Grid"), Qt::Key_End, Qt::ControlModifier);
   EXPECT_EQ(State(), "011|Note of zulu\n");
   QTest::keyClick(&*web, Qt::Key_Escape);
@@ -101,17 +101,15 @@ TEST_F(WebUpdateTest, OpensWithBothLists) {
   EXPECT_EQ(web->FirmwareText(), "zulu");
 }
 
-TEST_F(WebUpdateTest, OpensWithoutASite) {
+TEST_F(WebUpdateTest, OpensWithNeitherSiteNorFolder) {
   site.replies.clear();
+  std::filesystem::remove_all(Folder());
   Open();
   EXPECT_EQ(web->windowTitle(), "Web Updates");
-  EXPECT_THAT(Said(), ElementsAre(testing::StartsWith("Ok !|Unable to connect to the Halcyrion")));
-  QTest::keyClick(&On("Grid"), Qt::Key_Down);
-  EXPECT_EQ(State(), "011|") << "The first step down chooses the first row.";
-  std::filesystem::remove_all(Folder());
-  web.emplace(nullptr);
-  Open();
+  EXPECT_EQ(Said().size(), 1U);
   EXPECT_THAT(Rows(), IsEmpty());
+  QTest::keyClick(&On("Grid"), Qt::Key_Down);
+  EXPECT_EQ(State(), "001|");
   Press("cmdDone");
   EXPECT_EQ(web->FirmwareText(), "");
 }
@@ -134,35 +132,10 @@ TEST_F(WebUpdateTest, TransferIsLeftAloneUntilItEnds) {
   onPump = {};
   EXPECT_TRUE(during);
   EXPECT_EQ(State(), "011Download Complete|About bravo\n") << "The row chosen meanwhile.";
-  EXPECT_EQ(ReadFile(Folder() / "Alpha.QAL") + ReadFile(Folder() / "Alpha.txt"), "alpha!About Alpha\r\n");
-  EXPECT_THAT(Rows(), testing::Contains("Alpha 2004-02-29 6 Local"));
-  Choose(1);
-  EXPECT_EQ(State(), "011|About Alpha\n");
   Choose(3);
   Press("cmdDownload");
   EXPECT_EQ(State(), "101|") << "Not on the site.";
   EXPECT_EQ(Said().size(), 1U);
-}
-
-TEST_F(WebUpdateTest, ProgressThatShowsAlreadyPaintsNothing) {
-  constexpr int kPieces = 5000;
-  site.replies[std::string(kSite) + "list.txt"] = {"@Alpha.QAL,2004-02-29," + std::to_string(kPieces * 1024)};
-  site.replies[std::string(kSite) + "Alpha.QAL"] = {std::string(kPieces * 1024, 'x')};
-  struct : QObject {
-    bool eventFilter(QObject*, QEvent* event) override {
-      paints += event->type() == QEvent::Paint;
-      return false;
-    }
-    int paints = 0;
-  } watch;
-  Open();
-  Choose(1);
-  On("progress").installEventFilter(&watch);
-  const int pumps = user.pumps;
-  Press("cmdDownload");
-  EXPECT_GT(user.pumps - pumps, 2 * kPieces) << "One by the client and one by the window for each piece.";
-  EXPECT_GT(watch.paints, 100);
-  EXPECT_LT(watch.paints, On("progress").width() + 150) << "One for each pixel and one for each percent.";
 }
 
 TEST_F(WebUpdateTest, RemovesAfterAQuestion) {
@@ -173,7 +146,6 @@ TEST_F(WebUpdateTest, RemovesAfterAQuestion) {
   EXPECT_EQ(State(), "011|About bravo\n");
   Press("cmdRemove");
   EXPECT_EQ(State(), "101|About bravo\n");
-  EXPECT_THAT(Rows(), testing::Contains("bravo 2005-03-01 2000 Remote *"));
   const std::string question = "Are you sure you want to Remove this file from your computer?";
   EXPECT_THAT(Said(), ElementsAre("YesNo ?|" + question, "YesNo ?|" + question));
   Choose(4);
@@ -184,8 +156,6 @@ TEST_F(WebUpdateTest, RemovesAfterAQuestion) {
   EXPECT_EQ(Rows().size(), 3U);
   EXPECT_EQ(State(), "101|") << "The row above is current.";
   EXPECT_TRUE(std::filesystem::is_empty(Folder()));
-  Press("cmdDone");
-  EXPECT_EQ(web->FirmwareText(), "delta");
 }
 
 TEST_F(WebUpdateTest, PageSelectsWhatWasCurrent) {
@@ -203,8 +173,6 @@ TEST_F(WebUpdateTest, PageSelectsWhatWasCurrent) {
   closing.start(10);
   Click("cmdWebUpdate");
   EXPECT_EQ(Items("lstFirmware").at(static_cast<std::size_t>(Selected("lstFirmware"))), "zulu.qal");
-  EXPECT_EQ(window.findChild<frmWebUpdate*>(), nullptr);
-  EXPECT_TRUE(Live("cmdWebUpdate"));
   ExpectAtRest();
 }
 
@@ -212,11 +180,14 @@ TEST_F(WebUpdateTest, ANewerProgramIsOfferedAndInstalledOnlyWhenAllIsRight) {
   const KeyPair keys = *MakeKeyPair();
   TrustKey(keys.open);
   const std::string good = "new" + SignatureLine("new", "Tarnwick.EXE", "2.2.5", keys.secret);
-  site.replies[std::string(kSite) + "list.txt"] = {"$Tarnwick.EXE, 2.2.5, " + std::to_string(good.size()) +
-                                                   "\r\n" + kText};
+  const std::string notes = "<html>" + SignatureLine("<html>", "New.htm", "2026-01-02", keys.secret);
+  site.replies[std::string(kSite) + "list.txt"] =
+      "$Tarnwick.EXE, 2.2.5, " + std::to_string(good.size()) + "\r\n$Tarnwick.EXE, 2.2.4, 1\r\n" +
+      "$New.htm, 2026-01-02, " + std::to_string(notes.size()) + "\r\n" + kText;
+  site.replies[std::string(kSite) + "New.htm"] = notes;
   const std::string question =
-      "YesNo ?|A newer version of this program is available.\r\n\r\nTarnwick.EXE  v2.2.5\r\n\r\n"
-      "Do you wish to download and install?";
+      "YesNo ?|A newer version of this program is available.\r\n\r\nTarnwick.EXE  v2.2.5\r\n"
+      "New.htm   2026-01-02\r\n\r\nDo you wish to download and install?";
   bool started = false;
   process::SetStarter([&](const process::Command&) { return started = true; });
   std::string during;
@@ -226,7 +197,7 @@ TEST_F(WebUpdateTest, ANewerProgramIsOfferedAndInstalledOnlyWhenAllIsRight) {
     during = State();
   };
   const auto load = [&](const std::string& file, ui::Answer answer) {
-    site.replies[std::string(kSite) + "Tarnwick.EXE"] = {file};
+    site.replies[std::string(kSite) + "Tarnwick.EXE"] = file;
     user.answers = {answer};
     return web->Form_Load();
   };
