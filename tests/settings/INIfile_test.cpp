@@ -47,31 +47,14 @@ TEST_F(Document, LoadsEachKindOfLine) {
     test::WriteFile(file, content);
     EXPECT_EQ(Loaded(), lines) << content;
   }
-  ini.INIlines()->Add("[G]", "K", "V");
-  fs::remove(file);
-  EXPECT_EQ(Loaded(), "");
 }
 
 TEST_F(Document, WritesEachKindOfLine) {
-  EXPECT_EQ(Saved(""), "\r\n");
   EXPECT_EQ(Saved(" [group] ", " ", "unwritten"), "[GROUP]\r\n");
   EXPECT_EQ(Saved("[g]", " Key ", " the value "), "   Key          = the value\r\n");
-  EXPECT_EQ(Saved("", "K234567890123", "1"), "   K234567890123= 1\r\n");
   EXPECT_EQ(Saved("", "K2345678901234", " "), "   K2345678901234=\r\n");
   ini.UcaseSection(true), ini.LeadingSpaces(-1), ini.EqualPos(5);
   EXPECT_EQ(Saved("[g]", "Key", "a=B"), "KEY = a=B\r\n");
-  ini.INIlines(nullptr);
-  ini.SaveFile(file);
-  EXPECT_EQ(test::ReadFile(file), "");
-}
-
-TEST_F(Document, SharesItsLines) {
-  const auto lines = ini.INIlines();
-  const auto line = lines->Add("[G]", "K");
-  lines->Add("[G]", "L");
-  lines->Remove(1);
-  EXPECT_EQ(lines->Item(1)->Section + line->Section, "LK");
-  EXPECT_THROW(lines->Item(2), std::out_of_range);
 }
 
 TEST_F(Document, KeepsAFileThatItCouldNotRead) {

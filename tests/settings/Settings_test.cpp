@@ -89,7 +89,7 @@ TEST(Locator, IsSplitIntoItsParts) {
     const UrlParts p = SplitUrl(locator);
     EXPECT_EQ(p.user + ", " + p.password + ", " + p.name + ", " + p.path + ", " + p.dir, shown) << locator;
   }
-  EXPECT_TRUE(BuiltInUrl().size() == 52 && SplitUrl(BuiltInUrl()).name.ends_with(".example")) << BuiltInUrl();
+  EXPECT_TRUE(SplitUrl(BuiltInUrl()).name.ends_with(".example")) << BuiltInUrl();
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // A scripted update site: an answer for each path.
 #pragma once
 
-#include <functional>
 #include <map>
 #include <string>
 
@@ -15,51 +14,41 @@ class HttpDouble final : public http::ITransport {
   HttpDouble() { http::Install(*this); }
   ~HttpDouble() override { http::Uninstall(); }
 
-  std::unique_ptr<http::ISession> OpenSession(const std::string& agent) override {
-    log("session " + agent);
+  std::unique_ptr<http::ISession> OpenSession(const std::string&) override {
     return opens ? std::make_unique<Session>(*this) : nullptr;
   }
 
   std::map<std::string, std::string> replies;
   bool opens = true;
-  /// Told each call, for tests of one recorded order.
-  std::function<void(const std::string&)> log = [](const std::string&) {};
 
  private:
   struct Request final : http::IRequest {
-    Request(HttpDouble& owner, const std::string& path) : site(owner), there(site.replies.contains(path)) {
+    Request(HttpDouble& site, const std::string& path) : there(site.replies.contains(path)) {
       if (there) content = site.replies[path];
     }
-    ~Request() override { site.log("close"); }
     bool Send(std::string_view, std::string_view) override { return true; }
     std::int32_t Status() const override { return there ? 200 : 404; }
     std::optional<std::uint64_t> Length() const override { return std::nullopt; }
     bool Read(std::span<char> piece, std::size_t& count) override {
       count = content.copy(piece.data(), piece.size(), taken);
       taken += count;
-      site.log("read " + std::to_string(count));
       return true;
     }
-    HttpDouble& site;
     const bool there;
     std::string content;
     std::size_t taken = 0;
   };
   struct Connection final : http::IConnection {
     explicit Connection(HttpDouble& owner) : site(owner) {}
-    std::unique_ptr<http::IRequest> OpenRequest(const std::string& method, const std::string& path,
-                                                bool reload) override {
-      site.log(method + " " + path + (reload ? " reload" : ""));
+    std::unique_ptr<http::IRequest> OpenRequest(const std::string&, const std::string& path, bool) override {
       return std::make_unique<Request>(site, path);
     }
     HttpDouble& site;
   };
   struct Session final : http::ISession {
     explicit Session(HttpDouble& owner) : site(owner) {}
-    std::unique_ptr<http::IConnection> Connect(const std::string& server, std::uint16_t port,
-                                               const std::string& userName,
-                                               const std::string& password) override {
-      site.log("connect " + server + ":" + std::to_string(port) + " " + userName + " " + password);
+    std::unique_ptr<http::IConnection> Connect(const std::string&, std::uint16_t, const std::string&,
+                                               const std::string&) override {
       return std::make_unique<Connection>(site);
     }
     HttpDouble& site;
