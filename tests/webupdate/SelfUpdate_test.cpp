@@ -70,20 +70,16 @@ class SelfUpdateTest : public testing::Test {
 TEST_F(SelfUpdateTest, ComparesLevelByLevelAndDatesAsText) {
   WriteFile(folder / "Read me.txt", "old");
   Touch(folder / "Read me.txt", *ReadDate("2024-05-06"));
-  const std::pair<const char*, bool> cases[] = {{"Tarnwick.exe, 2.2.5", true},
-                                                {"Tarnwick.EXE, 2.2.4", false},
-                                                {"Tarnwick.EXE, 1.9.9", false},
-                                                {"a.EXE, 2. 2x.10 beta", true},
-                                                {"a.EXE, 2.9", false},
-                                                {"a.dll, 1.10.0", true},
-                                                {"a.DLL, 1.9.9", false},
-                                                {"missing.htm, 1999-01-01", true},
-                                                {"Read me.txt, 2024-05-07", true},
-                                                {"Read me.txt, 2024-05-06", false}};
-  for (const auto& [offer, newer] : cases) {
-    rows = "$" + std::string(offer) + ", 1";
-    EXPECT_EQ(Check(), newer) << offer;
-  }
+  const auto isNewer = [this](const std::string& offer) {
+    rows = "$" + offer + ", 1";
+    return Check();
+  };
+  for (const char* const offer : {"Tarnwick.exe, 2.2.5", "a.EXE, 2. 2x.10 beta", "a.dll, 1.10.0",
+                                  "Read me.txt, 2024-05-07", "missing.htm, 1999-01-01"})
+    EXPECT_TRUE(isNewer(offer)) << offer;
+  for (const char* const offer : {"Tarnwick.EXE, 2.2.4", "Tarnwick.EXE, 1.9.9", "a.EXE, 2.9", "a.DLL, 1.9.9",
+                                  "Read me.txt, 2024-05-06"})
+    EXPECT_FALSE(isNewer(offer)) << offer;
 }
 
 TEST_F(SelfUpdateTest, MakesTheBatchText) {

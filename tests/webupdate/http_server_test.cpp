@@ -35,15 +35,13 @@ const Box kRefused{
     "Unable to connect to the Halcyrion download site.\r\nUser is Unauthorised!\r\n"
     "See Help for more details."};
 
-enum class End { Close, Reset, Hold };
-
 struct Behaviour {
   std::string name;                         ///< Of a refusal and of a page, its first word says that.
   std::string once;                         ///< The answer to each request.
   std::optional<std::string> content = {};  ///< What a client for bytes makes of it; none for a box.
   std::string again = {};                   ///< Sent behind it over and over, until the client goes.
-  int pause = 0;         ///< Before each of these, in ms; then little time is given in all.
-  End end = End::Close;  ///< Hold: until the client goes.
+  int pause = 0;      ///< Before each of these, in ms; then little time is given in all.
+  bool hold = false;  ///< Leaves the connection open until the client goes.
 };
 
 /// Answers every request with one behaviour, one connection after the other.
@@ -75,8 +73,6 @@ class Server {
       if (!Comes(mListener.Socket(), 10)) continue;
       const int client = ::accept4(mListener.Socket(), nullptr, nullptr, SOCK_CLOEXEC);
       Answer(client);
-      const linger abort{1, 0};
-      if (mBehaviour.end == End::Reset) ::setsockopt(client, SOL_SOCKET, SO_LINGER, &abort, sizeof abort);
       ::close(client);
     }
   }
@@ -90,7 +86,7 @@ class Server {
       if (mBehaviour.pause > 0) ::usleep(static_cast<useconds_t>(mBehaviour.pause) * 1000);
       there = Send(client, mBehaviour.again);
     }
-    while (there && !mStop && mBehaviour.end == End::Hold) there = !Comes(client, 10);
+    while (there && !mStop && mBehaviour.hold) there = !Comes(client, 10);
   }
 
   const Behaviour& mBehaviour;
@@ -111,13 +107,12 @@ std::vector<Behaviour> Behaviours() {
       "@../x.qal,2005-03-01,1\r\n@/tmp/x.qal,2005-03-01,1\r\n@b.qal,2005-03-01,1\r\nnew note";
   return {
       {"closes without a word", ""},
-      {"resets without a word", "", {}, {}, 0, End::Reset},
-      {"says nothing", "", {}, {}, 0, End::Hold},
+      {"says nothing", "", {}, {}, 0, true},
       {"closes in the status line", "HTTP/1.1 20"},
       {"closes in the headers", ok + "Content-Le"},
       {"closes in the content", ok + "Content-Length: 40\r\n\r\n" + some.substr(0, 39)},
-      {"stalls in the headers", ok + "Content-Length: 4\r\n", {}, {}, 0, End::Hold},
-      {"stalls in the content", ok + "Content-Length: 40\r\n\r\nabcd", {}, {}, 0, End::Hold},
+      {"stalls in the headers", ok + "Content-Length: 4\r\n", {}, {}, 0, true},
+      {"stalls in the content", ok + "Content-Length: 40\r\n\r\nabcd", {}, {}, 0, true},
       {"tells too short a length", ok + "Content-Length: 4\r\n\r\nabcdefgh", "abcd"},
       {"tells two lengths", ok + "Content-Length: 4\r\nContent-Length: 8\r\n\r\nabcdefgh", "abcdefgh"},
       {"tells a length of a terabyte", ok + "Content-Length: 1099511627776\r\n\r\n", {}, some},
@@ -134,7 +129,7 @@ std::vector<Behaviour> Behaviours() {
       {"packs what was not to be packed", ok + "Content-Encoding: GZIP\r\nContent-Length: 4\r\n\r\nabcd"},
       {"packs the transfer", ok + "Transfer-Encoding: deflate, chunked\r\n\r\n4\r\nabcd\r\n0\r\n\r\n"},
       {"redirects to a file", "HTTP/1.1 302 Oh\r\nLocation: file:///etc/passwd\r\n\r\n"},
-      {"speaks something else", "SSH-2.0-x\r\n", {}, {}, 0, End::Hold},
+      {"speaks something else", "SSH-2.0-x\r\n", {}, {}, 0, true},
       {"sends a part", "HTTP/1.1 206 Part\r\nContent-Range: bytes 0-3/8\r\nContent-Length: 4\r\n\r\nabcd"},
       {"sends nothing, by status", "HTTP/1.1 204 No\r\n\r\n", ""},
       {"answers for another, as portals do", ok + "\r\n<html>Log in", "<html>Log in"},
@@ -231,7 +226,7 @@ TEST_F(HttpServerTest, ThatDoesWhatNoneShouldGivesAllOrNothing) {
     SCOPED_TRACE(behaviour.name);
     const Server server(behaviour);
     http::Limits limits;
-    if (behaviour.end == End::Hold) limits.stall = std::chrono::milliseconds(200);
+    if (behaviour.hold) limits.stall = std::chrono::milliseconds(200);
     if (behaviour.pause > 0) limits.total = std::chrono::milliseconds(500);
     const http::CurlTransport transport(limits);
     const std::string content = behaviour.content.value_or("");

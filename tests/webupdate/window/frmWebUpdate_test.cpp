@@ -25,22 +25,14 @@ constexpr const char* kText =
 class WebUpdateTest : public ProgramTest {
  protected:
   WebUpdateTest() {
-    std::filesystem::create_directories(Folder());
     WriteFile(Folder() / "bravo.qal", "old bravo");
     WriteFile(Folder() / "zulu.qal", "zulu");
     WriteFile(Folder() / "zulu.txt", "Note of zulu\r\n");
     site.replies[std::string(kSite) + "list.txt"] = kText;
     site.replies[std::string(kSite) + "Alpha.QAL"] = "alpha!";
     gFirmwareDir = Folder();
-    ReadUrl(gDefaultURL);
+    LoadSettings();
     web.emplace(nullptr);
-  }
-  static void ReadUrl(const std::string& url) {
-    gURL = url;
-    const UrlParts parts = SplitUrl(url);
-    DomainName = parts.name;
-    DomainPath = parts.path;
-    DomainDir = parts.dir;
   }
   void Open() {
     web->Form_Load();
@@ -85,7 +77,8 @@ class WebUpdateTest : public ProgramTest {
 };
 
 TEST_F(WebUpdateTest, OpensWithBothLists) {
-  ReadUrl("Me:Secret@other.example/a/b/list.txt");
+  WriteFile(folder / "Tarnwick.ini", "[TARNWICK]\r\nURL=Me:Secret@other.example/a/b/list.txt\r\n");
+  LoadSettings();
   site.replies["/a/b/list.txt"] = kText;
   Open();
   EXPECT_EQ(web->windowTitle(), " Web Updates [other.example/a/b/list.txt]");
