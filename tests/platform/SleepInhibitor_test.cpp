@@ -27,13 +27,12 @@ TEST(SleepInhibitor, HoldsTheSystemsLockAsLongAsAHoldLives) {
   EXPECT_FALSE(ChildrenLeft());
 
   const std::filesystem::path program = folder / "systemd-inhibit";
-  test::WriteFile(program, "#!/bin/sh\necho \"$*\" >'" + said.string() + ".new'\nmv '" + said.string() +
-                               ".new' '" + said.string() + "'\nexec cat\n");
+  test::WriteFile(program, "#!/bin/sh\necho \"$*\" >'" + said.string() + "'\nexec cat\n");
   ::chmod(program.c_str(), 0755);
   ::setenv("PATH", (folder.Path().string() + ":" + path).c_str(), 1);
   {
     const awake::Hold hold;
-    for (int i = 0; i < 1000 && !std::filesystem::exists(said); ++i) ::usleep(10000);
+    for (int i = 0; i < 1000 && !test::ReadFile(said).ends_with("\n"); ++i) ::usleep(10000);
     EXPECT_EQ(test::ReadFile(said),
               "--what=sleep:idle:handle-lid-switch --mode=block --who=Tarnwick "
               "--why=Working on the telescope mount cat\n");

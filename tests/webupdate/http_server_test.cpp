@@ -108,15 +108,12 @@ std::vector<Behaviour> Behaviours() {
   return {
       {"closes without a word", ""},
       {"says nothing", "", {}, {}, 0, true},
-      {"closes in the status line", "HTTP/1.1 20"},
       {"closes in the headers", ok + "Content-Le"},
       {"closes in the content", ok + "Content-Length: 40\r\n\r\n" + some.substr(0, 39)},
       {"stalls in the headers", ok + "Content-Length: 4\r\n", {}, {}, 0, true},
       {"stalls in the content", ok + "Content-Length: 40\r\n\r\nabcd", {}, {}, 0, true},
       {"tells too short a length", ok + "Content-Length: 4\r\n\r\nabcdefgh", "abcd"},
-      {"tells two lengths", ok + "Content-Length: 4\r\nContent-Length: 8\r\n\r\nabcdefgh", "abcdefgh"},
       {"tells a length of a terabyte", ok + "Content-Length: 1099511627776\r\n\r\n", {}, some},
-      {"tells a length beyond numbers", ok + "Content-Length: 99999999999999999999\r\n\r\n", {}, some},
       {"trickles headers", ok, {}, "a: b\r\n", 40},
       {"trickles content", ok + "Content-Length: 4000\r\n\r\n", {}, "x", 40},
       {"never ends", ok + "\r\n", {}, some},
@@ -208,12 +205,10 @@ TEST_F(HttpServerTest, GetsAForm) {
   const http::CurlTransport transport;
   const Server server(answers);
   Ask(nullptr, [](HTTPClass& client) {
-    client.Fields("B\x80 c", "1");
-    client.Fields("y", "");
-    client.Fields("b\x80 C", "A b-c\n\xE9");
+    client.Fields("B\x80 c", "A b-c\n\xE9");
     for (std::string method : {"post", "get"}) EXPECT_EQ(client.SendRequest("/f", method), "content");
   });
-  const std::string form = "B%AC%20c=A%20b%2Dc%0A%E9&y=";
+  const std::string form = "B%AC%20c=A%20b%2Dc%0A%E9";
   EXPECT_THAT(server.requests,
               ElementsAre(AllOf(StartsWith("POST http://127.0.0.1/f HTTP/1.1\r\n"),
                                 HasSubstr("\r\nContent-Type: application/x-www-form-urlencoded\r\n"),

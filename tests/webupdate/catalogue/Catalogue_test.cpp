@@ -37,7 +37,6 @@ TEST(Catalogue, ReadsWhatItBelieves) {
     std::int32_t deviceClass;
     std::vector<std::string> listed;
   } cases[] = {
-      {"", 0, {}},
       {"<html>captive</html>", 0, {}},
       {mixed, 0, {"a|qal|d|1|one\r\ntwo\r\n\r\n|R", "$P.EXE|1.2.3|4"}},
       {mixed, 1, {"b|qal|d|2|for b\r\ntwo\r\n\r\n|R", "$P.EXE|1.2.3|4"}},

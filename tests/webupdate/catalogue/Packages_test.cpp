@@ -43,7 +43,6 @@ class PackagesTest : public testing::Test {
     HTTPClass http;
     return DownloadPackage(http, home, entry);
   }
-  bool Remove() { return RemovePackage(home, entry); }
 
   TempFolder folder;
   fs::path home = folder / "packages";
@@ -90,11 +89,11 @@ TEST_F(PackagesTest, RemovalLeavesTheListTrue) {
         EXPECT_EQ(user.boxes, left.empty() ? std::vector<Box>{} : std::vector{unable[left != kOld]});
       }
       entry.Local = true;
-      EXPECT_EQ(Remove(), left.contains("a.qal"));
+      EXPECT_EQ(RemovePackage(home, entry), left.contains("a.qal"));
       EXPECT_FALSE(Found().contains("a.qal"));
     };
     EXPECT_GE(EachFault(
-                  fault, [this] { Prepare(kOld); }, [this] { Remove(); }, check),
+                  fault, [this] { Prepare(kOld); }, [this] { RemovePackage(home, entry); }, check),
               3);
   }
 }
