@@ -112,6 +112,26 @@ TEST_F(SwapTest, KilledBeforeEachCommandOfTheScriptTheNextStartFindsOldOrNew) {
   ::setenv("PATH", path.c_str(), 1);
 }
 
+TEST_F(SwapTest, TheScriptWaitsForTheProgramToEnd) {
+  Prepare();
+  WriteSwap(home, kSwap);
+  const pid_t program = ::fork();
+  if (program == 0) {
+    WriteFile(home / (StartSwap(home, kSwap, "/bin/true") ? "runs" : "fails"), "");
+    ::pause();
+  }
+  const auto wait = [this](const char* name, bool there) {
+    for (int waits = 0; fs::exists(home / name) != there && waits < 500; ++waits) ::usleep(10'000);
+  };
+  wait("runs", true);
+  ::usleep(200'000);
+  EXPECT_FALSE(IsNew("P"));
+  ::kill(program, SIGKILL);
+  ::waitpid(program, nullptr, 0);
+  wait("WebUpdate.sh", false);
+  EXPECT_TRUE(IsNew("P") && IsNew("L.so"));
+}
+
 TEST_F(SwapTest, HostileNamesAndFoldersRunNothingAndReachNothing) {
   const std::vector<std::string> pieces{
       "$(touch X)", "`touch X`", ";touch X;", "'",    "\"", "\\", "$HOME", "&&", "|touch X", " ", "\n", "-rf",
