@@ -13,10 +13,10 @@
 #include <chrono>
 #include <thread>
 
-#include "NginxProcess.h"
 #include "platform/http/CurlTransport.h"
 #include "platform/ui.h"
 #include "settings/Settings.h"
+#include "support/NginxProcess.h"
 #include "support/UserDouble.h"
 #include "webupdate/HTTPClass.h"
 #include "webupdate/frmWebUpdate.h"
@@ -158,7 +158,7 @@ class Desk {
 
   test::UserDouble mUser;  ///< A box would wait for ever.
   http::CurlTransport mTransport;
-  NginxProcess mNginx;
+  test::NginxProcess mNginx;
   test::TempFolder mPackages;
   QWidget mWindow;
   ProgressBar mBar;

@@ -82,6 +82,22 @@ TEST_F(SelfUpdateTest, ComparesLevelByLevelAndDatesAsText) {
     EXPECT_FALSE(isNewer(offer)) << offer;
 }
 
+TEST_F(SelfUpdateTest, MakesTheBatchText) {
+  rows = "$Tarnwick.EXE,2.2.5,1\r\n$Tarnwick.DLL,1.0.0,1\r\n$New.htm,2026-01-02,1\r\n";
+  Check();
+  EXPECT_EQ(
+      BatchText(catalogue, "C:\\A B", "Mine"),
+      "@ECHO OFF\r\n:RETRY\r\n"
+      "IF NOT EXIST \"C:\\A B\\$Tarnwick.EXE\" GOTO DONE\r\nERASE \"C:\\A B\\Tarnwick.EXE\"\r\n"
+      "IF EXIST \"C:\\A B\\Tarnwick.EXE\" GOTO RETRY\r\n"
+      "IF NOT EXIST \"C:\\A B\\$New.htm\" GOTO DONE\r\nERASE \"C:\\A B\\New.htm\"\r\n"
+      "IF EXIST \"C:\\A B\\New.htm\" GOTO RETRY\r\n"
+      "RENAME \"C:\\A B\\$Tarnwick.EXE\" \"Tarnwick.EXE\"\r\nRENAME \"C:\\A B\\$New.htm\" \"New.htm\"\r\n"
+      "CLS\r\nECHO Upgrade Complete.\r\n"
+      "ECHO If this window remains open when finished, it is safe to close.\r\n"
+      "START \"C:\\A B\\Mine.exe\" \"C:\\A B\\Mine.exe\"\r\n:DONE\r\nERASE \"C:\\A B\\WebUpdate.bat\"");
+}
+
 TEST_F(SelfUpdateTest, InstallsAllThatIsNewerInOneSwap) {
   Offer("MY UPDATER.exe", "2.2.5", "new program");
   Offer("Old.EXE", "2.2.3", "not asked for");

@@ -8,27 +8,28 @@
 #include "support/Loopback.h"
 #include "support/TempFolder.h"
 
-namespace tarnwick::bench {
+namespace tarnwick::test {
 
-/// Serves the folder `site` within its own folder.
+/// Serves the folder `site` within its own folder, by the rules `locations` of nginx's configuration.
 class NginxProcess {
  public:
-  explicit NginxProcess(const std::string& program) : site(mFolder / "site"), port(test::Listener().Port()) {
+  explicit NginxProcess(const std::string& program, const std::string& locations = {})
+      : site(mFolder / "site"), port(Listener().Port()) {
     std::filesystem::create_directory(site);
     std::filesystem::permissions(mFolder.Path(), std::filesystem::perms(0755));
     std::string temporary;
     for (const char* const kind : {"client_body", "proxy", "fastcgi", "uwsgi", "scgi"}) {
       temporary.append(kind).append("_temp_path ").append(mFolder / "temporary").append(";");
     }
-    test::WriteFile(mFolder / "nginx.conf", std::string(::geteuid() == 0 ? "user root;" : "") +
-                                                "daemon off; master_process off; pid pid; events {} http { " +
-                                                temporary +
-                                                "access_log off;"
-                                                "server { listen 127.0.0.1:" +
-                                                std::to_string(port) + "; root site; } }");
+    WriteFile(mFolder / "nginx.conf", std::string(::geteuid() == 0 ? "user root;" : "") +
+                                          "daemon off; master_process off; pid pid; events {} http { " +
+                                          temporary +
+                                          "access_log off;"
+                                          "server { listen 127.0.0.1:" +
+                                          std::to_string(port) + "; root site; " + locations + " } }");
     mPid = ::fork();
     if (mPid == 0) {
-      ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a bench that is killed leaves no server behind
+      ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // whoever is killed leaves no server behind
       ::execl(program.c_str(), "nginx", "-p", mFolder.Path().c_str(), "-c", "nginx.conf", "-e", "errors",
               nullptr);
       ::_exit(127);
@@ -44,7 +45,7 @@ class NginxProcess {
   NginxProcess& operator=(const NginxProcess&) = delete;
 
  private:
-  test::TempFolder mFolder;
+  TempFolder mFolder;
   pid_t mPid = -1;
 
  public:
@@ -52,4 +53,4 @@ class NginxProcess {
   const std::uint16_t port;
 };
 
-}  // namespace tarnwick::bench
+}  // namespace tarnwick::test
