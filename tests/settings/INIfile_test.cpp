@@ -49,14 +49,6 @@ TEST_F(Document, LoadsEachKindOfLine) {
   }
 }
 
-TEST_F(Document, WritesEachKindOfLine) {
-  EXPECT_EQ(Saved(" [group] ", " ", "unwritten"), "[GROUP]\r\n");
-  EXPECT_EQ(Saved("[g]", " Key ", " the value "), "   Key          = the value\r\n");
-  EXPECT_EQ(Saved("", "K2345678901234", " "), "   K2345678901234=\r\n");
-  ini.UcaseSection(true), ini.LeadingSpaces(-1), ini.EqualPos(5);
-  EXPECT_EQ(Saved("[g]", "Key", "a=B"), "KEY = a=B\r\n");
-}
-
 TEST_F(Document, KeepsAFileThatItCouldNotRead) {
   Saved("[g]");
   fs::resize_file(file, INIfile::kLargestFile + 1);
