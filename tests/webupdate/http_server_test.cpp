@@ -205,7 +205,9 @@ TEST_F(HttpServerTest, GetsAForm) {
   const http::CurlTransport transport;
   const Server server(answers);
   Ask(nullptr, [](HTTPClass& client) {
-    client.Fields("B\x80 c", "A b-c\n\xE9");
+    client.Fields("B\x80 c", "1");
+    client.Fields("b\x80 C", "A b-c\n\xE9");
+    EXPECT_EQ(client.Fields("b\x80 c") + client.Fields("none"), "A b-c\n\xE9");
     for (std::string method : {"post", "get"}) EXPECT_EQ(client.SendRequest("/f", method), "content");
   });
   const std::string form = "B%AC%20c=A%20b%2Dc%0A%E9";

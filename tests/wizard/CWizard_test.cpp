@@ -188,6 +188,12 @@ TEST_F(WizardTest, PagesAreFoundByPlaceOrKeyAndAStepCanBeLedElsewhere) {
   };
   wizard->Step(1);
   EXPECT_EQ(wizard->CurrentStep(), 5);
+  wizard->CurrentStep("KEY");
+  EXPECT_EQ(wizard->CurrentStep(), 6);
+  frame.Take();
+  wizard->TransferFocus();
+  EXPECT_THAT(frame.calls, ElementsAre("Next at 0", "Terminate at 1", "Help at 2", "Back at 3",
+                                       "Page area at 4", "Focus Next"));
 }
 
 TEST_F(WizardTest, TheWayOutIsOneOrder) {
