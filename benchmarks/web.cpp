@@ -115,9 +115,10 @@ class Desk {
     const std::filesystem::path target = mPackages / "curl";
     std::filesystem::remove(target);
     std::string url = "http://127.0.0.1:" + std::to_string(mNginx.port) + "/" + std::to_string(size);
-    std::string program = "curl", silent = "-sf", option = "-o", file = target.string();
-    char* const arguments[] = {program.data(), silent.data(), option.data(),
-                               file.data(),    url.data(),    nullptr};
+    std::string program = "curl", silent = "-sf", proxy = "--noproxy", none = "*";
+    std::string option = "-o", file = target.string();
+    char* const arguments[] = {program.data(), silent.data(), proxy.data(), none.data(),
+                               option.data(),  file.data(),   url.data(),   nullptr};
     const Clock::time_point start = Clock::now();
     pid_t process = -1;
     int status = -1;
