@@ -122,6 +122,7 @@ TEST_F(SelfUpdateTest, OneThatCannotBeHadStopsAll) {
       [&] { site.opens = false; },
       [&] { std::filesystem::create_directories(folder / "$Tarnwick.DLL/in the way"); },
       [&] { starts = false; },
+      [&] { std::filesystem::create_directories(folder / "WebUpdate.sh.new/in the way"); },
   };
   for (const auto& trouble : troubles) {
     Offer("Tarnwick.DLL", "2.0.0", "new library");

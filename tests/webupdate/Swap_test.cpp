@@ -112,12 +112,14 @@ TEST_F(SwapTest, KilledBeforeEachCommandOfTheScriptTheNextStartFindsOldOrNew) {
   ::setenv("PATH", path.c_str(), 1);
 }
 
-TEST_F(SwapTest, TheScriptWaitsForTheProgramToEnd) {
+TEST_F(SwapTest, TheScriptWaitsForTheProgramToEndAndStartsTheNewOne) {
   Prepare();
+  WriteFile(home / "new one", "#!/bin/sh\n: >'" + (home / "started").string() + "'\n");
+  fs::permissions(home / "new one", fs::perms(0755));
   WriteSwap(home, kSwap);
   const pid_t program = ::fork();
   if (program == 0) {
-    WriteFile(home / (StartSwap(home, kSwap, "/bin/true") ? "runs" : "fails"), "");
+    WriteFile(home / (StartSwap(home, kSwap, home / "new one") ? "runs" : "fails"), "");
     ::pause();
   }
   const auto wait = [this](const char* name, bool there) {
@@ -128,8 +130,9 @@ TEST_F(SwapTest, TheScriptWaitsForTheProgramToEnd) {
   EXPECT_FALSE(IsNew("P"));
   ::kill(program, SIGKILL);
   ::waitpid(program, nullptr, 0);
+  wait("started", true);
   wait("WebUpdate.sh", false);
-  EXPECT_TRUE(IsNew("P") && IsNew("L.so"));
+  EXPECT_TRUE(IsNew("P") && IsNew("L.so") && fs::exists(home / "started"));
 }
 
 TEST_F(SwapTest, HostileNamesAndFoldersRunNothingAndReachNothing) {
