@@ -43,6 +43,7 @@ bool MountProcess::Start(const std::filesystem::path& program, const std::filesy
   if (mChild == 0) Become(command.data(), sockets[1]);
   ::close(sockets[1]);
   mSocket = sockets[0];
+  if (mChild < 0) return false;
   constexpr std::string_view kReady = "ready ";
   const std::string line = Line();
   if (!line.starts_with(kReady)) return false;
@@ -51,12 +52,12 @@ bool MountProcess::Start(const std::filesystem::path& program, const std::filesy
 }
 
 int MountProcess::Stop() {
+  if (mSocket >= 0) ::close(std::exchange(mSocket, -1));  // A mount that waits to be read goes on.
+  mArrived.clear();
   if (mChild <= 0) return -1;
   int status = 0;
   ::kill(mChild, SIGTERM);
   ::waitpid(std::exchange(mChild, -1), &status, 0);
-  ::close(mSocket);
-  mArrived.clear();
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
