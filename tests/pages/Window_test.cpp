@@ -1,10 +1,8 @@
-// The frame's window round the real pages: keys, focus, place and help; with the real message boxes.
+// The frame's window round the real pages: keys, focus and place; with the real message boxes.
 #include <QMessageBox>
-#include <QTextBrowser>
 #include <QTimer>
 
 #include "PagesTest.h"
-#include "platform/help.h"
 #include "platform/qt/QtUser.h"
 
 namespace tarnwick::test {
@@ -119,24 +117,6 @@ TEST_F(Window, FitsItsPageAndStaysWhereTheUserPutIt) {
   EXPECT_EQ(QCursor::pos(), Find("cmdStepFwd").mapToGlobal(QPoint(40, 11)));
   Find<QPushButton>("cmdTerminate").setText(QStringLiteral("&Exit"));
   EXPECT_EQ(window.Caption(FrameButton::cmdTerminate), "Exit");
-}
-
-TEST_F(Window, F1ShowsTheHelpOfThePageAsItsButtonDoes) {
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-  const auto shown = []() -> std::string {
-    for (const QWidget* const top : QApplication::topLevelWidgets()) {
-      if (top->objectName() != "help" || !top->isVisible()) continue;
-      return top->findChild<QTextBrowser*>()->source().toString().toStdString();
-    }
-    return {};
-  };
-  Key(Qt::Key_F1, Qt::AltModifier);
-  EXPECT_EQ(shown(), "");
-  Key(Qt::Key_F1);
-  EXPECT_EQ(shown(), "Step1.htm");
-  Key(Qt::Key_Right, Qt::AltModifier);
-  Click("cmdHelp");
-  EXPECT_EQ(shown(), "Step2.htm");
 }
 
 }  // namespace

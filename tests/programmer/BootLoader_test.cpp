@@ -85,18 +85,14 @@ TEST_F(BootLoaderTest, WritesThePackageOfTheRevisionAndLoadsTheSelectedOneAgain)
   EXPECT_FALSE(Upgrade(1, 2));
   EXPECT_THAT(std::exchange(user.boxes, {}), ElementsAre(kQuestion));
   EXPECT_THAT(link.calls, IsEmpty());
-  struct Case {
-    std::int32_t hwRev, firstLow, firstHigh, word, low;  // `low`: what tells the packages apart.
-  };
-  for (const Case& c : {Case{5, 0xFF, 0xD8, 0x347, 5}, {6, 0xFF, 0xD8, 0x347, 6}, {4, 0x0A, 0x12, 114, 0}}) {
-    SCOPED_TRACE(c.hwRev);
+  using Case = std::tuple<std::int32_t, std::size_t, std::int32_t>;  // A word tells which package it is.
+  for (const auto& [hwRev, word, low] : {Case{5, 0x347, 5}, {6, 0x347, 6}, {4, 0, 0x0A}}) {
     link.blocks.clear(), progress.labels.clear();
     link.devices[16].state = 1;
-    link.devices[16].bootHwRev = c.hwRev;
-    EXPECT_TRUE(Upgrade(1, c.hwRev));
+    link.devices[16].bootHwRev = hwRev;
+    EXPECT_TRUE(Upgrade(1, hwRev));
     EXPECT_EQ(progress.labels.front(), "Upgrading BootLoader: Azm : 0%");
-    EXPECT_EQ(link.blocks.front(), (std::vector<std::int32_t>{0, 0, c.firstLow, c.firstHigh}));
-    EXPECT_EQ(link.blocks[static_cast<std::size_t>(c.word)][2], c.low);
+    EXPECT_EQ(link.blocks.at(word)[2], low) << hwRev;
     EXPECT_EQ(gQAL->RealFilename(), path);
     EXPECT_EQ(gDevices[1].QalIndex * 10 + gDevices[2].QalIndex, 42);
   }
@@ -111,7 +107,7 @@ TEST_F(BootLoaderTest, ALostPackageIsToldAndNeverWritten) {
   link.calls.clear();
   EXPECT_FALSE(ProgramDevice(1, "Programming: ", progress));
   EXPECT_THAT(link.calls, IsEmpty());
-  EXPECT_THAT(user.boxes, ElementsAre(Exclaim("Error 1 : QAL File Not Found at Line 0")));
+  EXPECT_THAT(user.boxes, ElementsAre(Box{"Error 1 : QAL File Not Found at Line 0"}));
 }
 
 }  // namespace

@@ -17,7 +17,6 @@ namespace tarnwick::test {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Calls = std::vector<std::string>;
-using Texts = std::vector<std::string>;
 
 class ProgressDouble final : public IProgress {
  public:
@@ -53,19 +52,9 @@ class ProgrammerFixture : public testing::Test {
     link.calls.clear();
   }
 
-  Texts BoxTexts() const {
-    Texts texts;
-    for (const Box& box : user.boxes) texts.push_back(box.text);
-    return texts;
-  }
-
   UserDouble user;
   LinkDouble link;
   ProgressDouble progress;
 };
-
-inline Box Exclaim(const std::string& text) {
-  return {text};
-}
 
 }  // namespace tarnwick::test
