@@ -118,7 +118,7 @@ class Desk {
 
   /// Devices that run what is in the small package.
   void ConnectDevices() {
-    mLink.logBlocks = mLink.logReads = false;
+    mLink.logTransfers = false;
     test::ScriptedDevice device;
     device.major = 5;
     device.minor = 12;

@@ -3,28 +3,11 @@
 #include <gmock/gmock.h>
 
 #include <iomanip>
-#include <new>
 #include <sstream>
 
 #include "firmware/BootPackages.h"
 #include "support/PlainReader.h"
 #include "support/TempFolder.h"
-
-/// How many allocations still succeed before every one fails; negative for all.
-static int gAllocationsLeft = -1;
-
-void* operator new(std::size_t size) {
-  void* memory = gAllocationsLeft == 0 ? nullptr : std::malloc(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  gAllocationsLeft -= gAllocationsLeft > 0;
-  return memory;
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 namespace tarnwick::test {
 namespace {
@@ -151,20 +134,6 @@ TEST(BootPackages, AreAsTold) {
     EXPECT_EQ(package.RealFilename(), "");
     EXPECT_EQ(PictureOf(package).devices[0].words, PictureOf(package).devices[1].words);
   }
-}
-
-TEST(QALclass, SurvivesEveryFailingAllocation) {
-  const std::string text = "HWREV=5,6\r\n" + BootJumpFixText();
-  QALclass package;
-  int failures = 0;
-  do {
-    gAllocationsLeft = failures++;
-    package.LoadQALfile({}, text);
-    gAllocationsLeft = -1;
-    ASSERT_EQ(Outcome(package), package.ErrorsFound() ? "1 : QAL File Not Found at 0" : "0");
-    ASSERT_EQ(package.Devices(), package.ErrorsFound() ? 0 : 2);
-  } while (package.ErrorsFound());
-  EXPECT_GT(failures, 10);
 }
 
 }  // namespace

@@ -101,7 +101,7 @@ TEST_F(BootLoaderTest, WritesThePackageOfTheRevisionAndLoadsTheSelectedOneAgain)
 
 TEST_F(BootLoaderTest, ALostPackageIsToldAndNeverWritten) {
   Select(shuffled);
-  link.onSend = [this] { std::filesystem::remove(path); };
+  link.log = [this](const std::string&) { std::filesystem::remove(path); };
   EXPECT_TRUE(Upgrade(1, 5));
   EXPECT_EQ(gDevices[1].QalIndex, 0);
   link.calls.clear();

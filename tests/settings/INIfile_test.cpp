@@ -1,10 +1,8 @@
 #include "settings/INIfile.h"
 
 #include <gmock/gmock.h>
-#include <sys/wait.h>
 
-#include <csignal>
-
+#include "support/FileFaults.h"
 #include "support/TempFolder.h"
 
 namespace tarnwick {
@@ -57,19 +55,17 @@ TEST_F(Document, KeepsAFileThatItCouldNotRead) {
   EXPECT_EQ(fs::file_size(folder / "Tarnwick.ini.old"), INIfile::kLargestFile + 1);
 }
 
-TEST_F(Document, IsOldOrNewWhenTheProgramIsKilledWhileSaving) {
-  const std::string value(200'000, 'x'), odd = Saved("[g]", "odd", value), even = Saved("[g]", "even", value);
-  for (useconds_t round = 0; round < 30; ++round) {
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    while (child == 0) Saved("[g]", "odd", value), Saved("[g]", "even", value);
-    ::usleep(1000 + round * 397);
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
-    EXPECT_TRUE(test::ReadFile(file) == odd || test::ReadFile(file) == even) << "torn after round " << round;
+TEST_F(Document, IsOldOrNewWhereverASaveFailsOrIsCut) {
+  for (const auto fault : {test::Fault::Fail, test::Fault::Kill}) {
+    const auto check = [this, fault] {
+      EXPECT_THAT(test::ReadFile(file), testing::AnyOf("[OLD]\r\n", "[NEW]\r\n"));
+      if (fault == test::Fault::Kill) Saved("[g]");  // It clears away what a kill leaves beside.
+      EXPECT_FALSE(fs::exists(folder / "Tarnwick.ini.new"));
+    };
+    EXPECT_GE(EachFault(
+                  fault, [this] { Saved("[old]"); }, [this] { Saved("[new]"); }, check),
+              6);
   }
-  Saved("[g]");
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 1) << "a half is left beside";
 }
 
 }  // namespace

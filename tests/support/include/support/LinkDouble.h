@@ -86,7 +86,7 @@ class LinkDouble final : public ILinkLibrary {
   }
   std::int32_t readMcProgMemCommon(std::int32_t address, std::int32_t first, std::int32_t last,
                                    std::span<std::int32_t> words) override {
-    if (logReads)
+    if (logTransfers)
       Log("read " + std::to_string(address) + " " + std::to_string(first) + " " + std::to_string(last));
     const auto& memory = devices[address].memory;
     for (std::int32_t word = first; word <= last; ++word) {
@@ -104,11 +104,9 @@ class LinkDouble final : public ILinkLibrary {
     return Move("endProgramming", address, 2);
   }
   std::int32_t sendDataCommon(std::int32_t address, std::span<const std::int32_t> elements) override {
-    if (!logBlocks) return 1;
+    if (!logTransfers) return 1;
     blocks.emplace_back(elements.begin(), elements.end());
-    const std::int32_t result = Answer("sendData", address, 1);
-    if (onSend) onSend();
-    return result;
+    return Answer("sendData", address, 1);
   }
 
   /// The calls so far, each ended by ";", and none from now on.
@@ -127,9 +125,7 @@ class LinkDouble final : public ILinkLibrary {
 
   std::vector<std::string> calls;
   std::vector<std::vector<std::int32_t>> blocks;  ///< Elements of each `sendData`.
-  bool logBlocks = true;                          ///< Off for benchmarks.
-  bool logReads = true;                           ///< The same.
-  std::function<void()> onSend;                   ///< Runs inside each `sendData`.
+  bool logTransfers = true;                       ///< Of blocks and reads. Off for benchmarks.
   std::function<void(const std::string&)> log;    ///< Told each call, for tests of one recorded order.
 
  private:
