@@ -1,6 +1,10 @@
 // What somebody needs who sees little, or uses no mouse: that each control has name, role and its place in
 // the order of the focus, and that no text is cut off. Run at several scales.
+#include <fcntl.h>
+#include <grp.h>
+#include <sys/stat.h>
 #include <QAccessible>
+
 #include <QTextBrowser>
 #include <QTimer>
 
@@ -51,16 +55,27 @@ class Accessibility : public SystemFont, public PagesTest {
     }
   }
 
-  /// With what has to be done to be allowed to open a port.
+  /// The port page with one that the user may not open, and with what has to be done about it.
   void WalkRights() {
-    auto& rights = *window.findChild<QLabel*>("lblRights");
-    rights.setText(
-        "You may not open this port yet. Become a member of the group dialout with this command in a "
-        "terminal, then log out and in again:\nsudo usermod -aG dialout $USER");
-    rights.show();
-    Find("Label2").hide();
-    QCoreApplication::processEvents();
+    const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(::grantpt(master) == 0 && ::unlockpt(master) == 0);
+    const char* const device = ::ptsname(master);
+    std::filesystem::create_symlink(device, folder / "ports/COM6");
+    std::filesystem::permissions(folder.Path(), std::filesystem::perms(0755));
+    const uid_t self = ::geteuid();
+    ASSERT_TRUE(::chown(device, self, ::getgrnam("tty")->gr_gid) == 0 || self != 0);
+    ASSERT_EQ(::chmod(device, 0060), 0);
+    ASSERT_TRUE(self != 0 || ::seteuid(65534) == 0) << "Root may open anything.";
+    Click("cmdStepBack");
+    Click("cmdStepFwd");
+    Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM6"));
+    EXPECT_EQ(Label("lblRights"),
+              "You may not open this port yet. Become a member of the group tty with this command in a "
+              "terminal, then log out and in again:\nsudo usermod -aG tty $USER");
+    EXPECT_TRUE(Find("cboComPort").toolTip().contains(QLatin1String("ports/COM6\nYou may not")));
     Walk(window);
+    EXPECT_EQ(::seteuid(self), 0);
+    ::close(master);
   }
 
  private:

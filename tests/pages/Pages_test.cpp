@@ -1,7 +1,4 @@
 // What the four pages show, keep and ask of the link.
-#include <fcntl.h>
-#include <grp.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -84,28 +81,6 @@ TEST_F(Pages, TwoAddsPortsThatArePluggedInAtTheirPlaces) {
   EXPECT_TRUE(QTest::qWaitFor([&] { return place("COM4") > 0 && place("COM16") > place("COM5"); }));
   EXPECT_LT(place("COM4"), place("COM5"));
   EXPECT_EQ(ports.currentText(), QLatin1String("COM5"));
-}
-
-TEST_F(Pages, TwoTellsHowToGetTheRightToAPort) {
-  const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
-  ASSERT_TRUE(::grantpt(master) == 0 && ::unlockpt(master) == 0);
-  const char* const device = ::ptsname(master);
-  std::filesystem::create_symlink(device, folder / "ports/COM6");
-  const uid_t self = ::geteuid();
-  ASSERT_TRUE(::chown(device, self, ::getgrnam("tty")->gr_gid) == 0 || self != 0);
-  ASSERT_EQ(::chmod(device, 0060), 0);
-  std::filesystem::permissions(folder.Path(), std::filesystem::perms(0755));
-  ASSERT_TRUE(self != 0 || ::seteuid(65534) == 0) << "Root may open anything.";
-  Start();
-  WalkTo(2);
-  Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM6"));
-  EXPECT_EQ(
-      Label("lblRights"),
-      "You may not open this port yet. Become a member of the group tty with this command in a terminal, "
-      "then log out and in again:\nsudo usermod -aG tty $USER");
-  EXPECT_TRUE(Find("cboComPort").toolTip().contains(QLatin1String("ports/COM6\nYou may not")));
-  EXPECT_EQ(::seteuid(self), 0);
-  ::close(master);
 }
 
 TEST_F(Pages, ThreeListsPackagesInOrderAndShowsNoteOrHeader) {

@@ -53,30 +53,29 @@ TEST_F(BootLoaderTest, ComparesTheWordsOfRevision2) {
 
 TEST_F(BootLoaderTest, AsksRevisions5And6AndSettlesTheRow) {
   Load(5, "6,5", {{"Azm", 16, CountedWords(3)}});
-  struct Case {
+  using enum BootLoaderCheck;
+  const struct {
     std::int32_t hwRev, hwRevApp, result, version;
     BootLoaderCheck check;
-    std::int32_t hwRevAfter, appAfter, bootAfter;
-  };
-  const std::vector<Case> cases = {
-      {5, 0, 1, 1, BootLoaderCheck::NoAnswer, 5, 0, 9},  {5, 0, 0, 0, BootLoaderCheck::NotNeeded, 5, 0, 9},
-      {6, 0, 0, 2, BootLoaderCheck::NotNeeded, 6, 0, 9}, {5, 0, 0, 1, BootLoaderCheck::Outdated, 6, 6, 6},
-      {6, 5, 0, 1, BootLoaderCheck::Outdated, 5, 5, 9},
-  };
-  for (const Case& c : cases) {
+    std::tuple<std::int32_t, std::int32_t, std::int32_t> after;  // Revision now, running and in boot mode.
+  } cases[] = {{5, 0, 1, 1, NoAnswer, {5, 0, 9}},
+               {5, 0, 0, 0, NotNeeded, {5, 0, 9}},
+               {6, 0, 0, 2, NotNeeded, {6, 0, 9}},
+               {5, 0, 0, 1, Outdated, {6, 6, 6}},
+               {6, 5, 0, 1, Outdated, {5, 5, 9}}};
+  for (const auto& c : cases) {
     link.devices[16].bootVersionResult = c.result;
     link.devices[16].bootVersion = c.version;
     DeviceEntry& row = gDevices[1];
     row.HwRev = c.hwRev, row.HwRevApp = c.hwRevApp, row.HwRevBoot = 9;
     EXPECT_EQ(CheckBootLoader(1), c.check);
-    EXPECT_EQ(std::tuple(row.HwRev, row.HwRevApp, row.HwRevBoot),
-              std::tuple(c.hwRevAfter, c.appAfter, c.bootAfter));
+    EXPECT_EQ(std::tuple(row.HwRev, row.HwRevApp, row.HwRevBoot), c.after);
   }
   for (const std::int32_t hwRev : {0, 1, 3, 4, 7}) {
     gDevices[1].HwRev = hwRev;
     EXPECT_EQ(CheckBootLoader(1), BootLoaderCheck::NotNeeded);
   }
-  EXPECT_EQ(link.calls, Calls(cases.size(), "getVersionFromBoot 16"));
+  EXPECT_EQ(link.calls, Calls(std::size(cases), "getVersionFromBoot 16"));
 }
 
 TEST_F(BootLoaderTest, WritesThePackageOfTheRevisionAndLoadsTheSelectedOneAgain) {
