@@ -9,7 +9,7 @@
 
 #include "firmware/BootPackages.h"
 #include "firmware/QalWriter.h"
-#include "support/PackageCheck.h"
+#include "support/PlainReader.h"
 #include "support/TempFolder.h"
 
 namespace tarnwick::test {

@@ -1,6 +1,6 @@
 // libFuzzer's way into the loader, which begins with the odd cases beside it: whatever the text, the plain
 // reader makes the same of it.
-#include "support/PackageCheck.h"
+#include "support/PlainReader.h"
 
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t most);
 
