@@ -3,8 +3,13 @@
 #include <array>
 #include <iostream>
 
-#include "Rig.h"
 #include "firmware/QALclass.h"
+#include "mount/Console.h"
+#include "mount/MountProcess.h"
+#include "support/TempFolder.h"
+#include "support/VirtualLine.h"
+#include "tarnwick/Library.h"
+#include "tarnwick/SerialPort.h"
 
 namespace tarnwick::campaign {
 namespace {
@@ -24,11 +29,42 @@ Number OptionNumber(const std::string& name) {
   return static_cast<Number>(std::stoul(gOptions[name]));
 }
 
+const test::TempFolder gFolder;
+
+/// A simulated mount with the link library's core before it, commanded and judged by the mount's own
+/// commands: in this process on virtual time or, with --terminal, over a real pseudo terminal.
+struct Rig {
+  /// A pulled cable is silence or, with `hangsUp`, the loss of the port until the cable is plugged in.
+  Rig(int revision, bool hangsUp)
+      : faults(mount, line.line, [=, this](const auto& told) {
+          line.hungUp = line.hungUp || (hangsUp && told.starts_with("cable pulled"));
+        }) {
+    mount.Put(kDevice, {.revision = revision});
+    if (gTerminal) process.Start(TARNWICK_MOUNT, gFolder / "ports/COM5", {"--revision", to_string(revision)});
+  }
+  /// All lines that the mount answers to a command.
+  std::string Ask(const std::string& command) {
+    if (gTerminal) return process.Ask(command);
+    line.hungUp = line.hungUp && command != "plug";
+    return console.Execute(command);
+  }
+
+  mount::Mount mount;
+  test::VirtualLine line{mount};
+  mount::Faults faults;
+  mount::Console console{mount, line.line, faults};
+  mount::MountProcess process;
+  wire::SerialPortOpener terminal{gFolder.Path()};
+  wire::SteadyClock steady;
+  wire::IClock& clock = gTerminal ? static_cast<wire::IClock&>(steady) : line;
+  wire::Library library{gTerminal ? static_cast<wire::IPortOpener&>(terminal) : line, clock};
+};
+
 struct Sample {
   Sample() {
     QALclass package;
     package.LoadQALfile(TARNWICK_SAMPLE);
-    VirtualRig scratch(2, false);
+    Rig scratch(2, false);
     for (std::int32_t w = 0; w <= package.DeviceWords(1); ++w) {
       words.push_back(*package.DeviceHiByte(1, w) * 256 + *package.DeviceLoByte(1, w));
       scratch.Ask("poke 16 " + to_string(w) + " " + to_string(words.back()));
@@ -43,21 +79,18 @@ const Sample gSample;
 
 struct Run {
   Run(Number n, Number seed) : number(n) {
-    const int revision = (n + n / 6) % 2 == 0 ? 2 : 5;
-    if (gTerminal) rig = std::make_unique<TerminalRig>(TARNWICK_MOUNT, revision);
-    if (!gTerminal) rig = std::make_unique<VirtualRig>(revision, hangsUp);
     dice.Seed(seed * 1'000'003U + n);
     Play("fault seed " + to_string(dice.Below(1U << 30)));
     if (dice.Below(2) == 1) Play("hand-control real");
   }
   void Play(const std::string& command) {
-    if (rig->Ask(command) != "ok\n") wrong = "cannot play " + command;
+    if (rig.Ask(command) != "ok\n") wrong = "cannot play " + command;
   }
   template <class... Parameters, class... Arguments>
   std::int32_t Call(std::int32_t (Library::*function)(Parameters...), Arguments... arguments) {
-    const wire::Duration begin = rig->clock.Now();
-    const std::int32_t result = (rig->library.*function)(arguments...);
-    longest = std::max(longest, rig->clock.Now() - begin);
+    const wire::Duration begin = rig.clock.Now();
+    const std::int32_t result = (rig.library.*function)(arguments...);
+    longest = std::max(longest, rig.clock.Now() - begin);
     return result;
   }
   std::size_t Blocks() const { return gSample.words.size() / size; }
@@ -67,7 +100,7 @@ struct Run {
   /// The whole way as the program goes it, without its boxes; `before` is asked before each block. False
   /// when a call failed. A success that the memory does not bear out is wrong.
   bool Program(const std::function<void(std::size_t)>& before = {}) {
-    rig->library.LockHandControl();
+    rig.library.LockHandControl();
     const std::int32_t state = State();
     std::int32_t revision = 0;
     if (state == 0 || (state == 1 && Call(&Library::GetRevision, kDevice, &revision) == 0)) return false;
@@ -85,14 +118,14 @@ struct Run {
       if (Call(&Library::SendData, kDevice, count, packet.data()) == 0) return false;
     }
     if (Call(&Library::EndProgramming, kDevice) == 0) return false;
-    if (rig->Ask("dump 16 " + to_string(gSample.words.size())) != gSample.dump) wrong = "a wrong word";
-    if (rig->Ask("state").find("complete=yes") == std::string::npos) wrong = "an incomplete image";
+    if (rig.Ask("dump 16 " + to_string(gSample.words.size())) != gSample.dump) wrong = "a wrong word";
+    if (rig.Ask("state").find("complete=yes") == std::string::npos) wrong = "an incomplete image";
     return true;
   }
 
   const Number number;
   const bool hangsUp = number / 2 % 2 == 0;  ///< A pulled cable takes the port away; else it is silence.
-  std::unique_ptr<Rig> rig;
+  Rig rig{(number + number / 6) % 2 == 0 ? 2 : 5, hangsUp};
   mount::Dice dice;
   std::size_t size = kSizes[number % kSizes.size()];  ///< Words in a block.
   wire::Duration longest{};                           ///< The longest call of the library.
@@ -199,7 +232,7 @@ bool PlayAll(const Campaign& campaign) {
     Run run(one ? OptionNumber("--run") : drawn, OptionNumber("--seed"));
     const bool complete = campaign.play(run);
     run.Play("fault none");
-    const bool open = complete || run.rig->library.SerialMode() != 0 || run.Open();
+    const bool open = complete || run.rig.library.SerialMode() != 0 || run.Open();
     if (!complete && !(open && run.Program())) run.wrong = "no recovery";
     if (!complete && campaign.complete == 1) run.wrong = "not completed";
     if (run.longest > kLongestCall) run.wrong = "a call of more than 5 seconds";

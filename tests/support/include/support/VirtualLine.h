@@ -13,64 +13,45 @@ namespace tarnwick::test {
 
 /// The line, the clock and the opener of the one port "COM5". Time passes only while the library
 /// waits. What happens to the bytes on their way is the test's to say, by `line`.
-class VirtualLine : public wire::IClock, public wire::IPortOpener {
- public:
-  explicit VirtualLine(mount::Mount& mount) : mEndpoint(mount) {}
-
- private:
-  mount::Endpoint mEndpoint;
-  int mSpeed = wire::kBaseSpeed;
-  wire::Duration mNow = std::chrono::seconds(1000);
-  wire::Bytes mArrived;
-
- public:
-  mount::Line line{mEndpoint};
-  std::size_t piece = 256;  ///< Most bytes that one read gives.
-  bool hungUp = false;      ///< Each use of the line fails.
-
-  wire::Duration Now() override { return mNow; }
-  void Pass(wire::Duration time) { mNow += time; }
-
+struct VirtualLine : wire::IClock, wire::IPortOpener {
+  explicit VirtualLine(mount::Mount& mount) : endpoint(mount) {}
+  wire::Duration Now() override { return now; }
   std::unique_ptr<wire::ISerialPort> Open(const std::string& name) override {
-    if (name != "COM5") return nullptr;
-    mSpeed = wire::kBaseSpeed;
-    return std::make_unique<Port>(*this);
+    return name == "COM5" ? std::make_unique<Port>(*this) : nullptr;
   }
 
+  mount::Endpoint endpoint;
+  mount::Line line{endpoint};
+  wire::Duration now = std::chrono::seconds(1000);
+  bool hungUp = false;  ///< Each use of the line fails.
+
  private:
-  class Port : public wire::ISerialPort {
-   public:
-    explicit Port(VirtualLine& line) : mLine(line) {}
-    bool Speed(int speed) override {
-      mLine.mSpeed = speed;
-      return !mLine.hungUp;
+  struct Port : wire::ISerialPort {
+    explicit Port(VirtualLine& virtualLine) : at(virtualLine) {}
+    bool Speed(int to) override {
+      speed = to;
+      return !at.hungUp;
     }
     bool Write(std::span<const std::uint8_t> bytes, wire::Duration) override {
-      mLine.line.Send(bytes, mLine.mSpeed, mLine.mNow);
-      return !mLine.hungUp;
+      at.line.Send(bytes, speed, at.now);
+      return !at.hungUp;
     }
+    /// What does not fit into the buffer is lost.
     int Read(std::span<std::uint8_t> buffer, wire::Duration limit) override {
-      return mLine.Receive(buffer, limit);
+      wire::Bytes bytes;
+      for (const wire::Duration end = at.now + limit; !at.hungUp;
+           at.now = std::clamp(at.line.Due().value_or(end), at.now, end)) {
+        bytes = at.line.Take(speed, at.now);
+        if (!bytes.empty() || at.now >= end) break;
+      }
+      bytes.resize(std::min(bytes.size(), buffer.size()));
+      std::copy(bytes.begin(), bytes.end(), buffer.begin());
+      return at.hungUp ? -1 : static_cast<int>(bytes.size());
     }
 
-   private:
-    VirtualLine& mLine;
+    VirtualLine& at;
+    int speed = wire::kBaseSpeed;
   };
-
-  int Receive(std::span<std::uint8_t> buffer, wire::Duration limit) {
-    for (const wire::Duration end = mNow + limit; !hungUp;
-         mNow = std::clamp(line.Due().value_or(end), mNow, end)) {
-      const wire::Bytes bytes = line.Take(mSpeed, mNow);
-      mArrived.insert(mArrived.end(), bytes.begin(), bytes.end());
-      if (!mArrived.empty() || mNow >= end) break;
-    }
-    if (hungUp) return -1;
-    const std::size_t count = std::min({buffer.size(), mArrived.size(), piece});
-    const auto stop = mArrived.begin() + static_cast<std::ptrdiff_t>(count);
-    std::copy(mArrived.begin(), stop, buffer.begin());
-    mArrived.erase(mArrived.begin(), stop);
-    return static_cast<int>(count);
-  }
 };
 
 }  // namespace tarnwick::test
