@@ -59,14 +59,12 @@ TEST(HelpPages, ExplainEveryTextOfTwoWordsOrMore) {
 
 TEST(HelpPages, LinkToWhatIsThere) {
   std::set<std::string> there, wanted;
-  Scan("help", "<a (name|href)=\"([^\"#]*)(#?[^\"]*)\"", [&](const std::string& page, const auto& anchor) {
-    const std::string first = anchor.captured(2).toStdString(), section = anchor.captured(3).toStdString();
-    there.insert(page);
-    if (anchor.captured(1) == "name") {
-      there.insert(page + "#" + first);
-    } else {
-      wanted.insert((first.empty() ? page : first) + section);
-    }
+  Scan("help", "<a name=\"([^\"]*)", [&](const std::string& page, const auto& anchor) {
+    there.insert({page, page + "#" + anchor.captured(1).toStdString()});
+  });
+  Scan("help", "<a href=\"([^\"#]*)([^\"]*)", [&](const std::string& page, const auto& link) {
+    const std::string to = link.captured(1).toStdString();
+    wanted.insert((to.empty() ? page : to) + link.captured(2).toStdString());
   });
   EXPECT_GT(wanted.size(), 5U);
   EXPECT_THAT(there, testing::IsSupersetOf(wanted));
@@ -74,12 +72,7 @@ TEST(HelpPages, LinkToWhatIsThere) {
 
 TEST(HelpWindow, ShowsGoesBackAndFindsInItsOwnPages) {
   qt::HelpWindow help;
-  const auto view = [] {
-    for (QWidget* const window : QApplication::topLevelWidgets()) {
-      if (window->objectName() == "help") return window;
-    }
-    return static_cast<QWidget*>(nullptr);
-  };
+  const auto view = [] { return QApplication::topLevelWidgets().constFirst(); };
   help::Show(kSource / "help", "Step2.htm");
   ASSERT_TRUE(QTest::qWaitForWindowActive(view()));
   auto& page = *view()->findChild<QTextBrowser*>();
