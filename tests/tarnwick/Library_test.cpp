@@ -149,6 +149,27 @@ TEST(Library, TakesTheFastestSpeedThatTheLineBears) {
   }
 }
 
+TEST(Library, FindsItsWayBackAfterAPowerCycleWithinTheCall) {
+  for (const int latency : {0, 200}) {
+    Bench bench({LinkKind::HandControl, true});
+    bench.line.line.setup = {true, milliseconds(latency)};
+    ASSERT_EQ(bench.Open(), 0);
+    const auto enter = [&] { return bench.Within(kAskLimit, [&] { return bench.library.EnterBoot(16); }); };
+    EXPECT_EQ(enter(), 0);
+    bench.library.LockHandControl();
+    for (int i = 0; i < 2; ++i) {
+      bench.mount.PowerCycle();
+      EXPECT_EQ(enter(), 1);
+      EXPECT_EQ(bench.library.Speed(), latency == 0 ? 115200 : bench.mount.Speed());
+    }
+    bench.line.line.toMount = [](Bytes& bytes) { bytes.clear(); };
+    EXPECT_EQ(bench.State(16), 0);
+    bench.mount.PowerCycle();
+    bench.line.line.toMount = nullptr;
+    EXPECT_EQ(bench.State(16), 1);
+  }
+}
+
 TEST(Library, HoldsTheDeviceAgainstWhatItWasSentSinceStartAlone) {
   Bench bench;
   const std::int32_t last[4] = {1, 0, 0x34, 0x12}, first[4] = {0, 0, 0x78, 0x16};
@@ -176,12 +197,12 @@ TEST(Library, ReadsAheadWhatNothingCanHaveChanged) {
   const auto change = [&](std::uint32_t index) {
     bench.mount.Devices().at(16).Words().ImageWord(index, 0x0ABC);
   };
-  change(205);
+  change(204);
   bench.line.now += milliseconds(1000);
-  EXPECT_EQ(bench.Word(205), 0x0ABC);
-  change(206);
+  EXPECT_EQ(bench.Word(204), 0x0ABC);
+  change(205);
   bench.State(17);
-  EXPECT_EQ(bench.Word(206), 0x0ABC);
+  EXPECT_EQ(bench.Word(205), 0x0ABC);
   requests = 0;
   for (const std::int32_t place : {0x3FFE, 0x3FFF, 0xFFFC, 0xFFFD, 0xFFFE, 0xFFFF})
     EXPECT_GE(bench.Word(place), 0);
