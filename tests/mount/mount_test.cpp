@@ -1,4 +1,4 @@
-// What a simulated device makes of a boot package, and how a mount is set up.
+// How a simulated device goes through its states to a boot package, and how a mount is set up.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -9,6 +9,7 @@
 namespace tarnwick::mount {
 namespace {
 
+using wire::Command;
 using Words = std::array<std::uint16_t, 3>;
 
 TEST(Device, IsRenewedByTheBootPackageThatFitsIt) {
@@ -21,14 +22,22 @@ TEST(Device, IsRenewedByTheBootPackageThatFitsIt) {
   } kCases[] = {{2, kJumpFix, 2, true}, {4, kJumpFix, 4, false}, {4, kUpdate, 4, false},
                 {5, kUpdate, 5, true},  {6, kUpdate, 6, true},   {5, kUpdate, 6, false}};
   for (const auto& c : kCases) {
-    Device device({.revision = c.revision, .bootVersion = 1, .claims = 3, .state = RunState::Boot});
-    EXPECT_EQ(device.Handle(wire::Command::BootRevision, {}).payload, wire::Bytes{3});
-    device.Handle(wire::Command::Start, {});
+    Device device({.revision = c.revision, .bootVersion = 1, .claims = 3});
+    const auto refuses = [&](Command command, const wire::Bytes& payload = {}) {
+      return device.Handle(command, payload).kind == wire::Kind::Refused;
+    };
+    EXPECT_TRUE(refuses(Command::Start));
+    EXPECT_FALSE(refuses(Command::Enter));
+    EXPECT_TRUE(refuses(Command::Model));
+    EXPECT_EQ(device.Handle(Command::BootRevision, {}).payload, wire::Bytes{3});
+    EXPECT_FALSE(refuses(Command::Start));
     for (std::uint32_t i = 0; i < c.image.size(); ++i) device.Words().ImageWord(i, c.image[i]);
     device.Words().ImageWord(0x347, static_cast<std::uint16_t>(0x0E00 | c.fits));
-    EXPECT_EQ(device.Handle(wire::Command::End, {}).kind, c.taken ? wire::Kind::Done : wire::Kind::Refused);
+    EXPECT_TRUE(refuses(Command::Write2, {0xFF, 0xFF, 0, 0, 0, 0})) << "Its second word is outside.";
+    EXPECT_EQ(refuses(Command::End), !c.taken);
     EXPECT_EQ(device.BootVersion(), c.taken ? 2 : 1) << c.revision;
-    EXPECT_FALSE(device.Complete());
+    device.PowerCycle();
+    EXPECT_EQ(device.State(), RunState::Boot);
   }
 }
 
