@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstring>
 #include <utility>
 
@@ -18,14 +17,10 @@ int gAt = 0;  ///< The call that goes wrong, from 1; 0 for none.
 std::vector<std::string> gCalls;
 
 /// True when the call at hand fails.
-bool Faulty(
-    const std::string& call, const std::function<void()>& half = [] {}) {
+bool Faulty(const std::string& call) {
   gCalls.push_back(call);
   if (static_cast<int>(gCalls.size()) != gAt) return false;
-  if (gFault == Fault::Kill) {
-    half();
-    ::raise(SIGKILL);
-  }
+  if (gFault == Fault::Kill) ::raise(SIGKILL);
   errno = ENOSPC;
   return true;
 }
@@ -34,31 +29,30 @@ bool Faulty(
 bool RunFaulty(Fault fault, int at, const std::function<void()>& work) {
   gFault = fault, gAt = at;
   gCalls.clear();
-  if (fault == Fault::Fail) {
-    work();
-    return static_cast<int>(gCalls.size()) >= std::exchange(gAt, 0);
-  }
-  const pid_t child = ::fork();
-  if (child == 0) {
-    work();
-    ::_exit(0);
-  }
+  const pid_t child = fault == Fault::Kill ? ::fork() : -1;
+  if (child <= 0) work();
+  if (child == 0) ::_exit(0);
   gAt = 0;
   int status = 0;
-  ::waitpid(child, &status, 0);
-  return WIFSIGNALED(status);
+  if (child > 0) ::waitpid(child, &status, 0);
+  return WIFSIGNALED(status) || static_cast<int>(gCalls.size()) >= at;
 }
 
 }  // namespace
 
-int EachFault(Fault fault, const std::function<void()>& prepare, const std::function<void()>& work,
-              const std::function<void()>& check) {
-  for (int at = 1;; ++at) {
-    prepare();
-    const bool met = RunFaulty(fault, at, work);
-    check();
-    if (!met) return at - 1;
+int EachFault(const std::function<void()>& prepare, const std::function<void()>& work,
+              const std::function<void(Fault)>& check) {
+  int faults = 0;
+  for (const Fault fault : {Fault::Fail, Fault::Kill}) {
+    bool met = true;
+    for (int at = 1; met; ++at) {
+      prepare();
+      met = RunFaulty(fault, at, work);
+      check(fault);
+      faults += met;
+    }
   }
+  return faults;
 }
 
 std::vector<std::string> FileCalls(const std::function<void()>& work) {
@@ -80,31 +74,18 @@ std::string Named(const char* path) {
 
 }  // namespace
 
-// Declared here, for they are the linker's names and no header's. What is not told has no name.
-#define WRAP(name, parameters, arguments, told)         \
-  extern "C" int __real_##name parameters;              \
-  extern "C" int __wrap_##name parameters;              \
-  extern "C" int __wrap_##name parameters {             \
+// The linker's names, which no header has. What is not told has no name.
+#define WRAP(result, name, parameters, arguments, told) \
+  extern "C" result __real_##name parameters;           \
+  extern "C" result __wrap_##name parameters {          \
     return Faulty(told) ? -1 : __real_##name arguments; \
   }
-WRAP(fsync, (int fd), (fd), "fsync")
-WRAP(fchmod, (int fd, mode_t mode), (fd, mode), "")
-WRAP(rename, (const char* from, const char* to), (from, to), "rename" + Named(from) + Named(to))
-WRAP(unlink, (const char* path), (path), "unlink" + Named(path))
-WRAP(utimensat, (int folder, const char* path, const timespec* times, int flags),
+// Where the caller gives no mode there is any, and the system does not look at it.
+WRAP(int, open, (const char* path, int flags, mode_t mode), (path, flags, mode), "")
+WRAP(ssize_t, write, (int fd, const void* data, size_t size), (fd, data, size), "")
+WRAP(int, fsync, (int fd), (fd), "fsync")
+WRAP(int, fchmod, (int fd, mode_t mode), (fd, mode), "")
+WRAP(int, rename, (const char* from, const char* to), (from, to), "rename" + Named(from) + Named(to))
+WRAP(int, unlink, (const char* path), (path), "unlink" + Named(path))
+WRAP(int, utimensat, (int folder, const char* path, const timespec* times, int flags),
      (folder, path, times, flags), "")
-
-extern "C" int __real_open(const char* path, int flags, ...);
-extern "C" int __wrap_open(const char* path, int flags, ...);
-extern "C" int __wrap_open(const char* path, int flags, ...) {
-  va_list more;
-  va_start(more, flags);
-  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
-  va_end(more);
-  return Faulty("") ? -1 : __real_open(path, flags, mode);
-}
-extern "C" ssize_t __real_write(int fd, const void* data, size_t size);
-extern "C" ssize_t __wrap_write(int fd, const void* data, size_t size);
-extern "C" ssize_t __wrap_write(int fd, const void* data, size_t size) {
-  return Faulty("", [&] { __real_write(fd, data, size / 2); }) ? -1 : __real_write(fd, data, size);
-}

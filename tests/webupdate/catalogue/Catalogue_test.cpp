@@ -1,29 +1,40 @@
 // The catalogue: what is read, what is not believed, what the folder adds, and dates in all time zones.
+// Packages fetched and removed, with every operation on a file failed and cut in turn: old or new, byte for
+// byte, nothing but its own half left beside, and the next attempt works.
 #include "webupdate/Catalogue.h"
 
 #include <gmock/gmock.h>
 
+#include <map>
+
 #include "platform/files.h"
+#include "support/FileFaults.h"
+#include "support/HttpDouble.h"
 #include "support/TempFolder.h"
+#include "support/UserDouble.h"
+#include "webupdate/HTTPClass.h"
 #include "webupdate/HarmlessName.h"
+#include "webupdate/Packages.h"
 #include "webupdate/Touch.h"
 
 namespace tarnwick::test {
 namespace {
 
-using testing::ElementsAre;
+namespace fs = std::filesystem;
+using testing::AnyOf;
+using Files = std::map<std::string, std::string>;
 
-/// Each package as "Name|Ext|Date|Size|Description|places", then each file of the program as "$Name|...".
-std::vector<std::string> Listed(Catalogue& catalogue) {
-  std::vector<std::string> listed;
+/// Each package as "Name|Ext|Date|Size|Description|places;", then each file of the program as "$Name|...;".
+std::string Listed(Catalogue& catalogue) {
+  std::string listed;
   for (std::int32_t i = 1; i <= catalogue.FileCount(); ++i) {
     const FileEntry& file = catalogue.Files(i);
-    listed.push_back(file.Name + "|" + file.Ext + "|" + file.Date + "|" + std::to_string(file.Size) + "|" +
-                     file.Description + (file.Local ? "|L" : "|") + (file.Remote ? "R" : ""));
+    listed += file.Name + "|" + file.Ext + "|" + file.Date + "|" + std::to_string(file.Size) + "|" +
+              file.Description + (file.Local ? "|L" : "|") + (file.Remote ? "R;" : ";");
   }
   for (std::int32_t i = 1; i <= catalogue.ProgramCount(); ++i) {
     const ProgramEntry& program = catalogue.Programs(i);
-    listed.push_back("$" + program.Name + "|" + program.Version + "|" + std::to_string(program.Size));
+    listed += "$" + program.Name + "|" + program.Version + "|" + std::to_string(program.Size) + ";";
   }
   return listed;
 }
@@ -35,25 +46,23 @@ TEST(Catalogue, ReadsWhatItBelieves) {
   const struct {
     std::string text;
     std::int32_t deviceClass;
-    std::vector<std::string> listed;
+    std::string listed;
   } cases[] = {
-      {"<html>captive</html>", 0, {}},
-      {mixed, 0, {"a|qal|d|1|one\r\ntwo\r\n\r\n|R", "$P.EXE|1.2.3|4"}},
-      {mixed, 1, {"b|qal|d|2|for b\r\ntwo\r\n\r\n|R", "$P.EXE|1.2.3|4"}},
-      {mixed, 2, {"$P.EXE|1.2.3|4"}},
-      {"  @ a b(1).QAL , 2005-03-01 ,  12 bytes, more \r\n  said  \r\n",
-       0,
-       {"a b(1)|QAL|2005-03-01|12|said\r\n\r\n|R"}},
-      {"@a.qal,d,-5\n", 0, {"a|qal|d|0||R"}},
-      {"@a.qal,,99999999999", 0, {"a|qal||2147483647||R"}},
+      {"<html>captive</html>", 0, ""},
+      {mixed, 0, "a|qal|d|1|one\r\ntwo\r\n\r\n|R;$P.EXE|1.2.3|4;"},
+      {mixed, 1, "b|qal|d|2|for b\r\ntwo\r\n\r\n|R;$P.EXE|1.2.3|4;"},
+      {mixed, 2, "$P.EXE|1.2.3|4;"},
+      {" @ a b(1).QAL , 2005-03-01 ,  12 b, c \r\n said \r\n", 0, "a b(1)|QAL|2005-03-01|12|said\r\n\r\n|R;"},
+      {"@a.qal,d,-5\n", 0, "a|qal|d|0||R;"},
+      {"@a.qal,,99999999999", 0, "a|qal||2147483647||R;"},
       // A row that is skipped takes its description along; a broken line of a program does not.
-      {"@a.qal,d,1\r\n@b.qal,d\r\nfor b", 0, {"a|qal|d|1||R"}},
-      {"@a.qal,d,1\r\n$5 off\r\nfor a", 0, {"a|qal|d|1|for a\r\n|R"}},
-      {"@a.qal,d,1\r\n" + longLine + "\r\nfor a", 0, {"a|qal|d|1|for a\r\n|R"}},
-      {"@a.txt,d,1\r\n@.qal,d,1\r\n@qal,d,1\r\n@,d,1\r\n@../a.qal,d,1\r\n@CONxqal,d,1", 0, {}},
-      {"@" + longName + ".qal,d,1\r\n@n" + longName + ".qal,d,1", 0, {longName + "|qal|d|1||R"}},
-      {"@a.qal,d\n,1\r\n$../P.EXE,1,1", 0, {}},
-      {"@a.qal,d,1\r\n" + std::string(Catalogue::kLongestText, ' '), 0, {}},
+      {"@a.qal,d,1\r\n@b.qal,d\r\nfor b", 0, "a|qal|d|1||R;"},
+      {"@a.qal,d,1\r\n$5 off\r\nfor a", 0, "a|qal|d|1|for a\r\n|R;"},
+      {"@a.qal,d,1\r\n" + longLine + "\r\nfor a", 0, "a|qal|d|1|for a\r\n|R;"},
+      {"@a.txt,d,1\r\n@.qal,d,1\r\n@qal,d,1\r\n@,d,1\r\n@../a.qal,d,1\r\n@CONxqal,d,1", 0, ""},
+      {"@" + longName + ".qal,d,1\r\n@n" + longName + ".qal,d,1", 0, longName + "|qal|d|1||R;"},
+      {"@a.qal,d\n,1\r\n$../P.EXE,1,1", 0, ""},
+      {"@a.qal,d,1\r\n" + std::string(Catalogue::kLongestText, ' '), 0, ""},
   };
   Catalogue catalogue;
   for (const auto& each : cases) {
@@ -69,12 +78,10 @@ TEST(Catalogue, ReadsWhatItBelieves) {
 TEST(HarmlessName, IsOneComponentOnAnySystem) {
   for (const char* const name : {"MC 0514 (beta) [2].qal", "Zo\xEB.qal", "a..b", "CONS.qal", "COM.qal"})
     EXPECT_TRUE(IsHarmlessName(name)) << name;
-  using namespace std::string_view_literals;
-  for (const auto name :
-       {""sv,     "."sv,    ".."sv,   ".a"sv,    "a."sv,      " a"sv,  "a "sv,       "a/b"sv,
-        "a\\b"sv, "a:b"sv,  "a*b"sv,  "a?b"sv,   "a\"b"sv,    "a<b"sv, "a>b"sv,      "a|b"sv,
-        "a%41"sv, "a\nb"sv, "a\0b"sv, "a\x7F"sv, "con.qal"sv, "NUL"sv, "Com1.qal"sv, "lpt9 .qal"sv})
+  for (const char* const name : {"", ".a", "a.", " a", "a ", "con.qal", "NUL", "Com1.qal", "lpt9 .qal"})
     EXPECT_FALSE(IsHarmlessName(name)) << name;
+  for (const char forbidden : std::string("/\\:*?\"<>|%\n\0\x7F", 13))
+    EXPECT_FALSE(IsHarmlessName(std::string("a") + forbidden + "b")) << forbidden;
 }
 
 TEST(Catalogue, MergesTheFolderAndSorts) {
@@ -90,15 +97,15 @@ TEST(Catalogue, MergesTheFolderAndSorts) {
   put("zulu.txt", "for zulu\r\n", "2003-03-03");
   put("Bravo.qal", "x", "2004-04-04");
   put("no package.txt", "x", "2004-04-04");
-  std::filesystem::create_directory(folder / "folder.qal");
+  fs::create_directory(folder / "folder.qal");
   Catalogue catalogue;
   catalogue.Load("@alpha.qal,2020-01-01,1\r\nabout\r\n@delta.qal,2020-01-01,2\r\n@alpha.QAL,x,3", 0);
   catalogue.MergeLocalFiles(folder.Path());
   catalogue.SortFiles();
-  EXPECT_THAT(Listed(catalogue),
-              ElementsAre("Bravo||2004-04-04|1||L", "alpha|qal|2020-01-01|1|about\r\n|LR", "alpha|QAL|x|3||R",
-                          "delta|qal|2020-01-01|2||R", "only||2002-02-02|5|one\r\ntwo\r\n|L",
-                          "zulu||2003-03-03|0|for zulu\r\n|L"));
+  EXPECT_EQ(
+      Listed(catalogue),
+      "Bravo||2004-04-04|1||L;alpha|qal|2020-01-01|1|about\r\n|LR;alpha|QAL|x|3||R;"
+      "delta|qal|2020-01-01|2||R;only||2002-02-02|5|one\r\ntwo\r\n|L;zulu||2003-03-03|0|for zulu\r\n|L;");
 }
 
 TEST(Touch, ShowsItsDateInEveryTimeZone) {
@@ -115,6 +122,77 @@ TEST(Touch, ShowsItsDateInEveryTimeZone) {
   ::tzset();
   for (const char* const none : {"", "soon", "2005-3-001", "2005-02-29", "2005-13-01", "+005-01-01"})
     EXPECT_FALSE(ReadDate(none)) << none;
+}
+
+const Files kOld{{"a.qal", "old package"}, {"a.txt", "old note"}};
+const Files kOldNote{{"a.txt", "old note"}};
+const Files kNew{{"a.qal", "new package"}, {"a.txt", "new note\r\n"}};
+
+class PackagesTest : public testing::Test {
+ protected:
+  PackagesTest() { site.replies["/a.qal"] = {kNew.at("a.qal")}; }
+  void Prepare(const Files& before) {
+    fs::remove_all(home);
+    fs::create_directory(home);
+    for (const auto& [name, content] : before) WriteFile(home / name, content);
+    entry = {"a", "qal", "2005-03-01", 3, "new note\r\n", before.contains("a.qal"), true};
+    user.boxes.clear();
+  }
+  Files Found() const {
+    Files found;
+    for (const auto& file : fs::directory_iterator(home))
+      found[file.path().filename()] = ReadFile(file.path());
+    return found;
+  }
+  bool Download() {
+    HTTPClass http;
+    return DownloadPackage(http, home, entry);
+  }
+
+  TempFolder folder;
+  fs::path home = folder / "packages";
+  UserDouble user;
+  HttpDouble site;
+  FileEntry entry;
+};
+
+TEST_F(PackagesTest, DownloadLeavesOldOrNew) {
+  const Box unable{"Unable to save the file a.qal\r\nNo space left on device"};
+  for (const Files& before : {Files{}, kOld, kOldNote}) {
+    const auto check = [&](Fault fault) {
+      Files found = Found();
+      if (fault == Fault::Fail) {
+        EXPECT_THAT(found, AnyOf(before, kNew));
+        EXPECT_EQ(entry.Local, found.contains("a.qal"));
+        EXPECT_EQ(user.boxes, found == kNew ? std::vector<Box>{} : std::vector{unable});
+      }
+      found.erase("a.qal.new");
+      found.erase("a.txt.new");
+      Files newNote = before;
+      newNote["a.txt"] = kNew.at("a.txt");
+      EXPECT_THAT(found, AnyOf(before, newNote, kNew));
+      EXPECT_TRUE(Download());
+      EXPECT_EQ(Found(), kNew);
+    };
+    EXPECT_GE(EachFault([&] { Prepare(before); }, [this] { Download(); }, check), 24);
+  }
+}
+
+TEST_F(PackagesTest, RemovalLeavesTheListTrue) {
+  const Box unable[] = {{"Unable to delete the file a.qal\r\nNo space left on device"},
+                        {"Unable to delete the file a.txt\r\nNo space left on device"}};
+  const auto check = [&](Fault fault) {
+    const Files left = Found();
+    EXPECT_THAT(left, AnyOf(kOld, kOldNote, Files{}));
+    if (fault == Fault::Fail) {
+      EXPECT_EQ(entry.Local, left.contains("a.qal"));
+      EXPECT_EQ(user.boxes, left.empty() ? std::vector<Box>{} : std::vector{unable[left != kOld]});
+    }
+    entry.Local = true;
+    EXPECT_EQ(RemovePackage(home, entry), left.contains("a.qal"));
+    EXPECT_FALSE(Found().contains("a.qal"));
+  };
+  EXPECT_GE(EachFault([this] { Prepare(kOld); }, [this] { RemovePackage(home, entry); }, check), 6);
 }
 
 }  // namespace

@@ -11,10 +11,10 @@ namespace tarnwick::test {
 enum class Fault { Fail, Kill };
 
 /// Runs `prepare`, `work` and `check` over and over. In the nth round the nth call of `work` fails with
-/// ENOSPC; or `work` runs in a child, which is killed there, in the middle of it where it writes. Ends
-/// behind the first round without a fault, which is checked too. Gives the number of rounds with one.
-int EachFault(Fault fault, const std::function<void()>& prepare, const std::function<void()>& work,
-              const std::function<void()>& check);
+/// ENOSPC, until a round has met no fault; then all again with `work` in a child, which is killed there.
+/// Gives the number of rounds with a fault.
+int EachFault(const std::function<void()>& prepare, const std::function<void()>& work,
+              const std::function<void(Fault)>& check);
 
 /// The calls of `work` in order, as "rename a b", "unlink a" and "fsync": names without their folders.
 std::vector<std::string> FileCalls(const std::function<void()>& work);

@@ -15,16 +15,24 @@ class HttpDouble final : public http::ITransport {
   ~HttpDouble() override { http::Uninstall(); }
 
   std::unique_ptr<http::ISession> OpenSession(const std::string&) override {
-    return opens ? std::make_unique<Session>(*this) : nullptr;
+    return std::make_unique<Client>(*this);
   }
 
   std::map<std::string, std::string> replies;
-  bool opens = true;
 
  private:
-  struct Request final : http::IRequest {
-    Request(HttpDouble& site, const std::string& path) : there(site.replies.contains(path)) {
-      if (there) content = site.replies[path];
+  /// A session, a connection or a request.
+  struct Client final : http::ISession, http::IConnection, http::IRequest {
+    explicit Client(HttpDouble& owner) : site(owner) {}
+    std::unique_ptr<http::IConnection> Connect(const std::string&, std::uint16_t, const std::string&,
+                                               const std::string&) override {
+      return std::make_unique<Client>(site);
+    }
+    std::unique_ptr<http::IRequest> OpenRequest(const std::string&, const std::string& path, bool) override {
+      auto request = std::make_unique<Client>(site);
+      request->there = site.replies.contains(path);
+      if (request->there) request->content = site.replies[path];
+      return request;
     }
     bool Send(std::string_view, std::string_view) override { return true; }
     std::int32_t Status() const override { return there ? 200 : 404; }
@@ -34,24 +42,11 @@ class HttpDouble final : public http::ITransport {
       taken += count;
       return true;
     }
-    const bool there;
+
+    HttpDouble& site;
+    bool there = false;
     std::string content;
     std::size_t taken = 0;
-  };
-  struct Connection final : http::IConnection {
-    explicit Connection(HttpDouble& owner) : site(owner) {}
-    std::unique_ptr<http::IRequest> OpenRequest(const std::string&, const std::string& path, bool) override {
-      return std::make_unique<Request>(site, path);
-    }
-    HttpDouble& site;
-  };
-  struct Session final : http::ISession {
-    explicit Session(HttpDouble& owner) : site(owner) {}
-    std::unique_ptr<http::IConnection> Connect(const std::string&, std::uint16_t, const std::string&,
-                                               const std::string&) override {
-      return std::make_unique<Connection>(site);
-    }
-    HttpDouble& site;
   };
 };
 
