@@ -8,7 +8,6 @@
 #include "support/HttpDouble.h"
 #include "support/ProgramTest.h"
 #include "webupdate/SelfUpdate.h"
-#include "webupdate/Touch.h"
 #include "webupdate/frmWebUpdate.h"
 
 namespace tarnwick::test {
@@ -16,6 +15,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::MatchesRegex;
 
 constexpr const char* kSite = "/firmware/catalogue/";
 constexpr const char* kText =
@@ -50,16 +50,15 @@ class WebUpdateTest : public ProgramTest {
     const QPoint at = grid.visualRect(grid.model()->index(row - 1, 0)).center();
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, at);
   }
-  /// Each row as "name date size place", orange ones with "*".
+  /// Each row as "name date size place colour".
   std::vector<std::string> Rows() {
     std::vector<std::string> rows;
     const QAbstractItemModel& model = *On<QTableView>("Grid").model();
     for (int row = 0; row < model.rowCount(); ++row) {
-      std::string& cells = rows.emplace_back();
-      for (int column = 0; column < 4; ++column)
-        cells += model.index(row, column).data().toString().toStdString() + (column < 3 ? " " : "");
-      const auto colour = model.index(row, 3).data(Qt::BackgroundRole).value<QColor>();
-      cells += colour == QColor(0xFF, 0xC0, 0x80) ? " *" : colour == QColor(255, 255, 255) ? "" : " ?";
+      QString cells;
+      for (int column = 0; column < 4; ++column) cells += model.index(row, column).data().toString() + ' ';
+      cells += model.index(row, 3).data(Qt::BackgroundRole).value<QColor>().name();
+      rows.push_back(cells.toStdString());
     }
     return rows;
   }
@@ -82,8 +81,8 @@ TEST_F(WebUpdateTest, OpensWithBothLists) {
   site.replies["/a/b/list.txt"] = kText;
   Open();
   EXPECT_EQ(web->windowTitle(), " Web Updates [other.example/a/b/list.txt]");
-  EXPECT_THAT(Rows(), ElementsAre("Alpha 2004-02-29 6 Remote *", "bravo 2005-03-01 2000 Local",
-                                  "delta soon 0 Remote *", testing::MatchesRegex("zulu .* 4 Local")));
+  EXPECT_THAT(Rows(), ElementsAre("Alpha 2004-02-29 6 Remote #ffc080", "bravo 2005-03-01 2000 Local #ffffff",
+                                  "delta soon 0 Remote #ffc080", MatchesRegex("zulu .* 4 Local #ffffff")));
   EXPECT_EQ(State(), "001|");
   QTest::keyClick(&On("Grid"), Qt::Key_Down);
   EXPECT_EQ(State(), "101|About Alpha\n") << "The first step down chooses the first row.";
@@ -152,7 +151,6 @@ TEST_F(WebUpdateTest, RemovesAfterAQuestion) {
 }
 
 TEST_F(WebUpdateTest, PageSelectsWhatWasCurrent) {
-  web.reset();
   Start();
   WalkTo(3, "None");
   QTimer closing;
@@ -173,14 +171,11 @@ TEST_F(WebUpdateTest, ANewerProgramIsOfferedAndInstalledOnlyWhenAllIsRight) {
   const KeyPair keys = *MakeKeyPair();
   TrustKey(keys.open);
   const std::string good = "new" + SignatureLine("new", "Tarnwick.EXE", "2.2.5", keys.secret);
-  const std::string notes = "<html>" + SignatureLine("<html>", "New.htm", "2026-01-02", keys.secret);
   site.replies[std::string(kSite) + "list.txt"] =
-      "$Tarnwick.EXE, 2.2.5, " + std::to_string(good.size()) + "\r\n$Tarnwick.EXE, 2.2.4, 1\r\n" +
-      "$New.htm, 2026-01-02, " + std::to_string(notes.size()) + "\r\n" + kText;
-  site.replies[std::string(kSite) + "New.htm"] = notes;
+      "$Tarnwick.EXE, 2.2.5, " + std::to_string(good.size()) + "\r\n" + kText;
   const std::string question =
-      "YesNo ?|A newer version of this program is available.\r\n\r\nTarnwick.EXE  v2.2.5\r\n"
-      "New.htm   2026-01-02\r\n\r\nDo you wish to download and install?";
+      "YesNo ?|A newer version of this program is available.\r\n\r\nTarnwick.EXE  v2.2.5\r\n\r\n"
+      "Do you wish to download and install?";
   bool started = false;
   process::SetStarter([&](const process::Command&) { return started = true; });
   std::string during;
@@ -189,18 +184,18 @@ TEST_F(WebUpdateTest, ANewerProgramIsOfferedAndInstalledOnlyWhenAllIsRight) {
     Choose(1);
     during = State();
   };
-  const auto load = [&](const std::string& file, ui::Answer answer) {
+  const auto load = [&](const std::string& file) {
     site.replies[std::string(kSite) + "Tarnwick.EXE"] = file;
-    user.answers = {answer};
     return web->Form_Load();
   };
-  EXPECT_TRUE(load(good, ui::Answer::No));
+  user.answers = {ui::Answer::No};
+  EXPECT_TRUE(load(good));
   EXPECT_THAT(Said(), ElementsAre(question));
   EXPECT_EQ(during, "");
-  EXPECT_TRUE(load("damaged", ui::Answer::Yes));
+  EXPECT_TRUE(load("damaged"));
   EXPECT_THAT(Said(), ElementsAre(question, "Ok !|Error updating program!"));
   EXPECT_TRUE(State().starts_with("001") && !web->isVisible() && !started);
-  EXPECT_FALSE(load(good, ui::Answer::Yes));
+  EXPECT_FALSE(load(good));
   EXPECT_THAT(Said(), ElementsAre(question,
                                   "Ok i|Program downloaded successfully ...\r\n\r\n"
                                   "Press Ok to Run the New Version."));

@@ -13,20 +13,13 @@ namespace tarnwick::test {
 /// Serves the folder `site` within its own folder, by the rules `locations` of nginx's configuration.
 class NginxProcess {
  public:
-  explicit NginxProcess(const std::string& program, const std::string& locations = {})
-      : site(mFolder / "site"), port(Listener().Port()) {
+  explicit NginxProcess(const std::string& program, const std::string& locations = {}) {
     std::filesystem::create_directory(site);
-    std::filesystem::permissions(mFolder.Path(), std::filesystem::perms(0755));
-    std::string temporary;
-    for (const char* const kind : {"client_body", "proxy", "fastcgi", "uwsgi", "scgi"}) {
-      temporary.append(kind).append("_temp_path ").append(mFolder / "temporary").append(";");
-    }
-    WriteFile(mFolder / "nginx.conf", std::string(::geteuid() == 0 ? "user root;" : "") +
-                                          "daemon off; master_process off; pid pid; events {} http { " +
-                                          temporary +
-                                          "access_log off;"
-                                          "server { listen 127.0.0.1:" +
-                                          std::to_string(port) + "; root site; " + locations + " } }");
+    WriteFile(mFolder / "nginx.conf",
+              "user root root; daemon off; master_process off; pid pid; events {} http { access_log off; "
+              "client_body_temp_path temporary; proxy_temp_path temporary; fastcgi_temp_path temporary; "
+              "uwsgi_temp_path temporary; scgi_temp_path temporary; server { listen 127.0.0.1:" +
+                  std::to_string(port) + "; root site; " + locations + " } }");
     mPid = ::fork();
     if (mPid == 0) {
       ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // whoever is killed leaves no server behind
@@ -41,16 +34,14 @@ class NginxProcess {
     ::kill(mPid, SIGKILL);
     ::waitpid(mPid, nullptr, 0);
   }
-  NginxProcess(const NginxProcess&) = delete;
-  NginxProcess& operator=(const NginxProcess&) = delete;
 
  private:
   TempFolder mFolder;
   pid_t mPid = -1;
 
  public:
-  const std::filesystem::path site;
-  const std::uint16_t port;
+  const std::filesystem::path site = mFolder / "site";
+  const std::uint16_t port = Listener().Port();
 };
 
 }  // namespace tarnwick::test

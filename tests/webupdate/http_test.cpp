@@ -1,18 +1,15 @@
-// The client and the real transport, by way of a proxy. What a server is asked, byte for byte; and against
-// one that does what no server should: catalogue, package and file of the program come whole, or nothing
-// changes.
+// The client and the real transport, by way of a proxy. What a server is asked, byte for byte; what comes
+// from a real one; and against one that does what no server should: bytes, text and package come whole, or
+// nothing changes.
 #include <gmock/gmock.h>
 #include <poll.h>
 
 #include <algorithm>
-#include <atomic>
-#include <map>
 #include <thread>
 
 #include "platform/http/CurlTransport.h"
 #include "settings/Settings.h"
-#include "support/Loopback.h"
-#include "support/TempFolder.h"
+#include "support/NginxProcess.h"
 #include "support/UserDouble.h"
 #include "webupdate/HTTPClass.h"
 #include "webupdate/Packages.h"
@@ -27,6 +24,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 const Box kNoConnection{
     "Unable to connect to the Halcyrion download site.\r\n"
@@ -40,8 +38,7 @@ struct Behaviour {
   std::string once;                         ///< The answer to each request.
   std::optional<std::string> content = {};  ///< What a client for bytes makes of it; none for a box.
   std::string again = {};                   ///< Sent behind it over and over, until the client goes.
-  int pause = 0;      ///< Before each of these, in ms; then little time is given in all.
-  bool hold = false;  ///< Leaves the connection open until the client goes.
+  int pause = 0;  ///< Before each of these, in ms; with none to send, the connection is left open.
 };
 
 /// Answers every request with one behaviour, one connection after the other.
@@ -49,12 +46,8 @@ class Server {
  public:
   /// With `first`, the first request gets that instead.
   explicit Server(const Behaviour& behaviour, std::string first = {})
-      : mBehaviour(behaviour), mFirst(std::move(first)), mThread([this] { Serve(); }) {
+      : mBehaviour(behaviour), mFirst(std::move(first)) {
     AskByWayOf(mListener.Port());
-  }
-  ~Server() {
-    mStop = true;
-    mThread.join();
   }
 
   /// What was asked. To be read when the answer is there.
@@ -68,8 +61,8 @@ class Server {
   static bool Send(int socket, const std::string& data) {
     return ::send(socket, data.data(), data.size(), MSG_NOSIGNAL) >= 0;
   }
-  void Serve() {
-    while (!mStop) {
+  void Serve(const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
       if (!Comes(mListener.Socket(), 10)) continue;
       const int client = ::accept4(mListener.Socket(), nullptr, nullptr, SOCK_CLOEXEC);
       Answer(client);
@@ -80,20 +73,15 @@ class Server {
     std::array<char, 4096> request{};
     if (Comes(client, 1000)) ::recv(client, request.data(), request.size() - 1, 0);
     requests.emplace_back(request.data());
-    const std::string& answer = requests.size() == 1 && !mFirst.empty() ? mFirst : mBehaviour.once;
-    bool there = answer.empty() || Send(client, answer);
-    while (there && !mStop && !mBehaviour.again.empty()) {
-      if (mBehaviour.pause > 0) ::usleep(static_cast<useconds_t>(mBehaviour.pause) * 1000);
-      there = Send(client, mBehaviour.again);
-    }
-    while (there && !mStop && mBehaviour.hold) there = !Comes(client, 10);
+    bool there = Send(client, requests.size() == 1 && !mFirst.empty() ? mFirst : mBehaviour.once);
+    const bool goesOn = !mBehaviour.again.empty() || mBehaviour.pause > 0;
+    while (there && goesOn) there = !Comes(client, mBehaviour.pause) && Send(client, mBehaviour.again);
   }
 
   const Behaviour& mBehaviour;
   const std::string mFirst;
-  Listener mListener;
-  std::atomic<bool> mStop = false;
-  std::thread mThread;
+  const Listener mListener;
+  std::jthread mThread{[this](const std::stop_token& stop) { Serve(stop); }};
 };
 
 std::vector<Behaviour> Behaviours() {
@@ -103,15 +91,13 @@ std::vector<Behaviour> Behaviours() {
   while (some.size() < (64 << 10)) some += std::to_string(some.size()) + ' ';
   some.resize(64 << 10);
   while (most.size() < http::kLargestAnswer) most += some;
-  const std::string names =
-      "@../x.qal,2005-03-01,1\r\n@/tmp/x.qal,2005-03-01,1\r\n@b.qal,2005-03-01,1\r\nnew note";
   return {
       {"closes without a word", ""},
-      {"says nothing", "", {}, {}, 0, true},
+      {"says nothing", "", {}, {}, 10},
       {"closes in the headers", ok + "Content-Le"},
       {"closes in the content", ok + "Content-Length: 40\r\n\r\n" + some.substr(0, 39)},
-      {"stalls in the headers", ok + "Content-Length: 4\r\n", {}, {}, 0, true},
-      {"stalls in the content", ok + "Content-Length: 40\r\n\r\nabcd", {}, {}, 0, true},
+      {"stalls in the headers", ok + "Content-Length: 4\r\n", {}, {}, 10},
+      {"stalls in the content", ok + "Content-Length: 40\r\n\r\nabcd", {}, {}, 10},
       {"tells too short a length", ok + "Content-Length: 4\r\n\r\nabcdefgh", "abcd"},
       {"tells a length of a terabyte", ok + "Content-Length: 1099511627776\r\n\r\n", {}, some},
       {"trickles headers", ok, {}, "a: b\r\n", 40},
@@ -126,7 +112,7 @@ std::vector<Behaviour> Behaviours() {
       {"packs what was not to be packed", ok + "Content-Encoding: GZIP\r\nContent-Length: 4\r\n\r\nabcd"},
       {"packs the transfer", ok + "Transfer-Encoding: deflate, chunked\r\n\r\n4\r\nabcd\r\n0\r\n\r\n"},
       {"redirects to a file", "HTTP/1.1 302 Oh\r\nLocation: file:///etc/passwd\r\n\r\n"},
-      {"speaks something else", "SSH-2.0-x\r\n", {}, {}, 0, true},
+      {"speaks something else", "SSH-2.0-x\r\n", {}, {}, 10},
       {"sends a part", "HTTP/1.1 206 Part\r\nContent-Range: bytes 0-3/8\r\nContent-Length: 4\r\n\r\nabcd"},
       {"sends nothing, by status", "HTTP/1.1 204 No\r\n\r\n", ""},
       {"answers for another, as portals do", ok + "\r\n<html>Log in", "<html>Log in"},
@@ -136,22 +122,13 @@ std::vector<Behaviour> Behaviours() {
       {"only looks as if it refused", ok + "\r\nUNAUTHORISED <HTM>", "UNAUTHORISED <HTM>"},
       {"refuses by status", "HTTP/1.1 403 No\r\n\r\npage", {}},
       {"has not got it", "HTTP/1.1 404 No\r\n\r\npage"},
-      {"names what is not its own", ok + "\r\n" + names, names},
       {"sends all that there may be", ok + "Content-Length: 67108864\r\n\r\n", most, some},
   };
 }
 
-/// All below a folder, by their paths from there.
-std::map<std::string, std::string> FilesBelow(const TempFolder& folder) {
-  std::map<std::string, std::string> files;
-  for (const auto& entry : fs::recursive_directory_iterator(folder.Path()))
-    files[fs::relative(entry.path(), folder.Path())] = entry.is_directory() ? "" : ReadFile(entry.path());
-  return files;
-}
-
-class HttpServerTest : public testing::Test {
+class HttpTest : public testing::Test {
  protected:
-  HttpServerTest() { DomainName = "127.0.0.1", DomainUser = "me", DomainPassword = "secret"; }
+  HttpTest() { DomainName = "127.0.0.1", DomainUser = "me", DomainPassword = "secret"; }
   /// Runs one request, which says this, or nothing.
   void Ask(const Box* box, const std::function<void(HTTPClass&)>& work) {
     user.boxes.clear();
@@ -163,7 +140,7 @@ class HttpServerTest : public testing::Test {
   UserDouble user;
 };
 
-TEST_F(HttpServerTest, IsAskedForTheFileAndShownCredentialsOnlyWhenItAsks) {
+TEST_F(HttpTest, IsAskedForTheFileAndShownCredentialsOnlyWhenItAsks) {
   const std::string end = "Connection: close\r\nContent-Length: 0\r\n\r\n";
   const std::string asks = "HTTP/1.1 401 No\r\nWWW-Authenticate: Basic realm=x\r\n" + end;
   const std::string moves = "HTTP/1.1 302 There\r\nLocation: http://127.0.0.2/there\r\n" + end;
@@ -200,7 +177,7 @@ TEST_F(HttpServerTest, IsAskedForTheFileAndShownCredentialsOnlyWhenItAsks) {
   }
 }
 
-TEST_F(HttpServerTest, GetsAForm) {
+TEST_F(HttpTest, GetsAForm) {
   const Behaviour answers{"", "HTTP/1.1 200 OK\r\n\r\ncontent"};
   const http::CurlTransport transport;
   const Server server(answers);
@@ -218,13 +195,39 @@ TEST_F(HttpServerTest, GetsAForm) {
                           StartsWith("GET http://127.0.0.1/f?" + form + " HTTP/1.1\r\n")));
 }
 
-TEST_F(HttpServerTest, ThatDoesWhatNoneShouldGivesAllOrNothing) {
+TEST_F(HttpTest, FilesOfARealServerComeAsTheyAre) {
+  const NginxProcess nginx(TARNWICK_NGINX,
+                           "location /members/ { auth_basic members; auth_basic_user_file passwords; }"
+                           "location /chunked/ { ssi on; ssi_types *; }"
+                           "location /packed/ { gzip on; gzip_types *; gzip_min_length 1; gzip_proxied any; }"
+                           "location /moved/ { rewrite ^/moved/(.*) /plain/$1 redirect; }");
+  WriteFile(nginx.site.parent_path() / "passwords", "me:{PLAIN}secret\n");
+  std::string content("\0\xFF\r\n", 4);
+  while (content.size() < 6'000'000) content += "line " + std::to_string(content.size()) + "\r\n";
+  for (const char* const folder : {"plain", "members", "chunked", "packed"}) {
+    fs::create_directory(nginx.site / folder);
+    WriteFile(nginx.site / folder / "a b (100%) \xE9#1.qal", content);
+  }
+  const http::CurlTransport transport;
+  AskByWayOf(nginx.port);
+  for (const std::string folder : {"/plain", "/members", "/chunked", "/packed", "/moved"}) {
+    SCOPED_TRACE(folder);
+    std::int32_t last = -1;
+    Ask(nullptr, [&](HTTPClass& client) {
+      client.Progress = [&last](std::int32_t count) { last = count; };
+      EXPECT_TRUE(FetchText(client, folder + "/a b (100%) \xE9#1.qal") == content);
+    });
+    EXPECT_EQ(last, static_cast<std::int32_t>(content.size()));
+  }
+}
+
+TEST_F(HttpTest, AServerThatDoesWhatNoneShouldGivesAllOrNothing) {
   for (const Behaviour& behaviour : Behaviours()) {
     SCOPED_TRACE(behaviour.name);
     const Server server(behaviour);
     http::Limits limits;
-    if (behaviour.hold) limits.stall = std::chrono::milliseconds(200);
-    if (behaviour.pause > 0) limits.total = std::chrono::milliseconds(500);
+    // Little time is given where none comes to an end: in all, or without a byte.
+    if (behaviour.pause > 0) (behaviour.again.empty() ? limits.stall : limits.total) = 300ms;
     const http::CurlTransport transport(limits);
     const std::string content = behaviour.content.value_or("");
     const bool refused = behaviour.name.starts_with("refuses");
@@ -235,30 +238,19 @@ TEST_F(HttpServerTest, ThatDoesWhatNoneShouldGivesAllOrNothing) {
     Ask(box, [&](HTTPClass& client) { answer = client.SendRequestBinary("/", method); });
     EXPECT_TRUE(answer == content) << answer.substr(0, 100);
 
-    Ask(refused ? &kRefused : box, [&](HTTPClass& client) { answer = FetchText(client, CataloguePath()); });
+    Ask(refused ? &kRefused : box, [&](HTTPClass& client) { answer = FetchText(client, "/"); });
     EXPECT_TRUE(answer == (refused ? "" : content)) << answer.substr(0, 100);
-    Catalogue catalogue;
-    catalogue.Load(answer, 0);
-    EXPECT_EQ(catalogue.FileCount(), content.starts_with("@") ? 1 : 0);
 
     const TempFolder folder;
-    fs::create_directory(folder / "packages");
-    WriteFile(folder / "packages/a.qal", "old package");
-    WriteFile(folder / "packages/a.txt", "old note");
-    auto expected = FilesBelow(folder);
-    std::vector<FileEntry> entries{{"a", "qal", "2005-03-01", 3, "new note\r\n", true, true}};
-    if (catalogue.FileCount() > 0) entries.push_back(catalogue.Files(1));
-    for (FileEntry& entry : entries) {
-      const bool comes = !refused && !page && !content.empty();
-      Ask(refused ? &kRefused
-          : page  ? &kNoConnection
-                  : box,
-          [&](HTTPClass& client) { EXPECT_EQ(DownloadPackage(client, folder / "packages", entry), comes); });
-      if (!comes) continue;
-      expected["packages/" + FileNameOf(entry)] = content;
-      expected["packages/" + entry.Name + ".txt"] = "new note\r\n";
-    }
-    EXPECT_TRUE(FilesBelow(folder) == expected);
+    WriteFile(folder / "a.qal", "old package");
+    FileEntry entry{"a", "qal", "2005-03-01", 3, "new note\r\n", true, true};
+    const bool comes = !refused && !page && !content.empty();
+    Ask(refused ? &kRefused
+        : page  ? &kNoConnection
+                : box,
+        [&](HTTPClass& client) { EXPECT_EQ(DownloadPackage(client, folder.Path(), entry), comes); });
+    EXPECT_TRUE(ReadFile(folder / "a.qal") == (comes ? content : "old package"));
+    EXPECT_EQ(ReadFile(folder / "a.txt"), comes ? "new note\r\n" : "");
   }
 }
 
