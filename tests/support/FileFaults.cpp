@@ -38,6 +38,10 @@ bool RunFaulty(Fault fault, int at, const std::function<void()>& work) {
   return WIFSIGNALED(status) || static_cast<int>(gCalls.size()) >= at;
 }
 
+std::string Named(const char* path) {
+  return std::string(" ") + ::basename(path);
+}
+
 }  // namespace
 
 int EachFault(const std::function<void()>& prepare, const std::function<void()>& work,
@@ -62,18 +66,6 @@ std::vector<std::string> FileCalls(const std::function<void()>& work) {
   return gCalls;
 }
 
-}  // namespace tarnwick::test
-
-namespace {
-
-using tarnwick::test::Faulty;
-
-std::string Named(const char* path) {
-  return std::string(" ") + ::basename(path);
-}
-
-}  // namespace
-
 // The linker's names, which no header has. What is not told has no name.
 #define WRAP(result, name, parameters, arguments, told) \
   extern "C" result __real_##name parameters;           \
@@ -89,3 +81,5 @@ WRAP(int, rename, (const char* from, const char* to), (from, to), "rename" + Nam
 WRAP(int, unlink, (const char* path), (path), "unlink" + Named(path))
 WRAP(int, utimensat, (int folder, const char* path, const timespec* times, int flags),
      (folder, path, times, flags), "")
+
+}  // namespace tarnwick::test

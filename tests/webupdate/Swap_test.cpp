@@ -40,14 +40,14 @@ class SwapTest : public testing::Test {
     EXPECT_FALSE(fs::exists(home / "WebUpdate.journal"));
   }
   /// Runs the script by `shell` in the folder above `home`, to its end.
-  void RunScript(const char* shell, const fs::path& program, const SwapFile& a, const SwapFile& b) const {
+  void RunScript(const char* shell, const SwapFile& a, const SwapFile& b) const {
     const std::string script = home / "WebUpdate.sh";
     const pid_t child = ::fork();
     if (child == 0) {
       ::setenv("PATH", ((home / "bin").string() + ":" + ::getenv("PATH")).c_str(), 1);
       if (::chdir(folder.Path().c_str()) == 0 && std::freopen("/dev/null", "r", stdin) != nullptr &&
           std::freopen("/dev/null", "w", stderr) != nullptr)
-        ::execl(shell, shell, script.c_str(), home.c_str(), program.c_str(), a.fetched.c_str(),
+        ::execl(shell, shell, script.c_str(), home.c_str(), "/bin/true", a.fetched.c_str(),
                 a.installed.c_str(), b.fetched.c_str(), b.installed.c_str(), nullptr);
       ::_exit(1);
     }
@@ -96,7 +96,7 @@ TEST_F(SwapTest, KilledBeforeEachCommandOfTheScriptTheNextStartFindsOldOrNew) {
                       "PATH=${PATH#*:}\nexec \"${0##*/}\" \"$@\"\n");
         fs::permissions(home / "bin" / command, fs::perms(0755));
       }
-      RunScript(shell, home / "P", kSwap[0], kSwap[1]);
+      RunScript(shell, kSwap[0], kSwap[1]);
       SCOPED_TRACE(std::string(shell) + " cut " + std::to_string(cut));
       EXPECT_EQ(fs::exists(home / "WebUpdate.sh") || fs::exists(home / "WebUpdate.journal"), cut < 6);
       ExpectWhole();
@@ -140,7 +140,7 @@ TEST_F(SwapTest, HostileNamesAndFoldersRunNothingAndReachNothing) {
       WriteFile(home / file.installed, "old");
     }
     WriteFile(home / "WebUpdate.sh", SwapScript());
-    RunScript(kShells[round % 2], "/bin/true", files[0], files[1]);
+    RunScript(kShells[round % 2], files[0], files[1]);
     for (const SwapFile& file : files) EXPECT_TRUE(IsNew(file.installed.c_str())) << home << file.installed;
     EXPECT_EQ(std::distance(fs::recursive_directory_iterator(folder.Path()), {}), 4)
         << home << " in its folder, with two files";

@@ -233,21 +233,20 @@ TEST_F(HttpTest, AServerThatDoesWhatNoneShouldGivesAllOrNothing) {
     const bool refused = behaviour.name.starts_with("refuses");
     const bool page = behaviour.name.starts_with("answers");
     const Box* const box = behaviour.content ? nullptr : &kNoConnection;
+    const Box* const textBox = refused ? &kRefused : box;
 
     std::string answer, method = "GET";
     Ask(box, [&](HTTPClass& client) { answer = client.SendRequestBinary("/", method); });
     EXPECT_TRUE(answer == content) << answer.substr(0, 100);
 
-    Ask(refused ? &kRefused : box, [&](HTTPClass& client) { answer = FetchText(client, "/"); });
+    Ask(textBox, [&](HTTPClass& client) { answer = FetchText(client, "/"); });
     EXPECT_TRUE(answer == (refused ? "" : content)) << answer.substr(0, 100);
 
     const TempFolder folder;
     WriteFile(folder / "a.qal", "old package");
     FileEntry entry{"a", "qal", "2005-03-01", 3, "new note\r\n", true, true};
     const bool comes = !refused && !page && !content.empty();
-    Ask(refused ? &kRefused
-        : page  ? &kNoConnection
-                : box,
+    Ask(page ? &kNoConnection : textBox,
         [&](HTTPClass& client) { EXPECT_EQ(DownloadPackage(client, folder.Path(), entry), comes); });
     EXPECT_TRUE(ReadFile(folder / "a.qal") == (comes ? content : "old package"));
     EXPECT_EQ(ReadFile(folder / "a.txt"), comes ? "new note\r\n" : "");
