@@ -96,7 +96,8 @@ void CurlRequest::SetAddress(const Peer& peer, const std::string& path) {
   const std::string url = "http://" + server + ":" + std::to_string(peer.port) + Escaped(path);
   mCurl.set(mEasy, CURLOPT_URL, url.c_str());
   mCurl.set(mEasy, CURLOPT_PATH_AS_IS, 1L);
-  mCurl.set(mEasy, CURLOPT_PROTOCOLS_STR, "http");
+  // A redirection has to be allowed by both.
+  mCurl.set(mEasy, CURLOPT_PROTOCOLS_STR, "http,https");
   mCurl.set(mEasy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
   mCurl.set(mEasy, CURLOPT_FOLLOWLOCATION, 1L);
   mCurl.set(mEasy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));

@@ -144,6 +144,7 @@ TEST_F(HttpTest, IsAskedForTheFileAndShownCredentialsOnlyWhenItAsks) {
   const std::string end = "Connection: close\r\nContent-Length: 0\r\n\r\n";
   const std::string asks = "HTTP/1.1 401 No\r\nWWW-Authenticate: Basic realm=x\r\n" + end;
   const std::string moves = "HTTP/1.1 302 There\r\nLocation: http://127.0.0.2/there\r\n" + end;
+  const std::string secures = "HTTP/1.1 302 There\r\nLocation: https://127.0.0.2/there\r\n" + end;
   const Behaviour answers{"", "HTTP/1.1 200 OK\r\n\r\ncontent"}, insists{"", asks}, circles{"", moves};
   const std::string a = "GET http://127.0.0.1/a", there = "GET http://127.0.0.2/there";
   const std::string shown = "\r\nAuthorization: Basic bWU6c2VjcmV0";
@@ -158,6 +159,7 @@ TEST_F(HttpTest, IsAskedForTheFileAndShownCredentialsOnlyWhenItAsks) {
       {"/a", asks, answers, {a, a + shown}, nullptr},
       {"/a", "", insists, {a, a + shown}, &kRefused},
       {"/a", moves, insists, {a, there, there}, &kRefused},
+      {"/a", secures, insists, {a, "CONNECT 127.0.0.2:443"}, &kNoConnection},
       {"/a", "", circles, {a, there, there, there, there, there}, &kNoConnection},
   };
   const http::CurlTransport transport;
@@ -168,12 +170,12 @@ TEST_F(HttpTest, IsAskedForTheFileAndShownCredentialsOnlyWhenItAsks) {
     });
     std::vector<std::string> asked;
     for (const std::string& request : server.requests) {
-      EXPECT_THAT(request, HasSubstr("\r\nAccept-Encoding: identity\r\nPragma: no-cache\r\n"));
       const std::size_t shows = std::min(request.find("\r\nAuthorization:"), request.size());
       asked.push_back(request.substr(0, request.find(" HTTP/1.1\r\n")) +
                       request.substr(shows, request.find("\r\nUser-Agent: HTTP Client\r\n") - shows));
     }
     EXPECT_EQ(asked, each.asked);
+    EXPECT_THAT(server.requests[0], HasSubstr("\r\nAccept-Encoding: identity\r\nPragma: no-cache\r\n"));
   }
 }
 

@@ -37,11 +37,11 @@ class Listener {
   std::uint16_t mPort = 0;
 };
 
-/// From now on this port of the loopback is the proxy, which gets all that is asked by HTTP.
+/// From now on this port of the loopback is the proxy, which gets all that is asked.
 inline void AskByWayOf(std::uint16_t port) {
-  ::setenv("http_proxy", ("127.0.0.1:" + std::to_string(port)).c_str(), 1);
-  ::unsetenv("no_proxy");
-  ::unsetenv("NO_PROXY");
+  const std::string proxy = "127.0.0.1:" + std::to_string(port);
+  for (const char* const name : {"http_proxy", "https_proxy"}) ::setenv(name, proxy.c_str(), 1);
+  for (const char* const name : {"no_proxy", "NO_PROXY"}) ::unsetenv(name);
 }
 
 }  // namespace tarnwick::test
