@@ -108,6 +108,7 @@ TEST_F(SelfUpdateTest, InstallsAllThatIsNewerInOneSwap) {
   EXPECT_TRUE(Install());
   EXPECT_THAT(ReadFile(folder / "$MY UPDATER.exe"), StartsWith("new program"));
   EXPECT_THAT(ReadFile(folder / "$tarnwick.dll"), StartsWith("new library"));
+  EXPECT_FALSE(std::filesystem::exists(folder / "$Old.EXE"));
   EXPECT_THAT(started, ElementsAre(ElementsAre("/bin/sh", folder / "WebUpdate.sh", folder.Path(),
                                                folder / "My Updater", "$MY UPDATER.exe", "My Updater",
                                                "$tarnwick.dll", "Tarnwick.so", "$Notes.htm", "Notes.htm")));
@@ -135,6 +136,7 @@ TEST_F(SelfUpdateTest, OneThatCannotBeHadStopsAll) {
     std::filesystem::remove_all(folder / "$Tarnwick.DLL");
     EXPECT_FALSE(files::FileExists(folder / "WebUpdate.sh") ||
                  files::FileExists(folder / "WebUpdate.journal"));
+    EXPECT_EQ(ReadFile(folder / "My Updater"), "old program");
   }
 }
 

@@ -157,6 +157,7 @@ TEST_F(WebUpdateTest, PageSelectsWhatWasCurrent) {
   QObject::connect(&closing, &QTimer::timeout, [&] {
     auto* const dialog = window.findChild<frmWebUpdate*>();
     if (dialog == nullptr || !dialog->isVisible()) return;
+    EXPECT_FALSE(window.isActiveWindow());
     dialog->findChild<QTableView*>("Grid")->selectRow(3);
     dialog->close();
   });
