@@ -77,7 +77,7 @@ void Shown(benchmark::State& state) {
     window.show();
     const Painted painted(*window.findChild<QTableView*>()->viewport());
     while (!painted.done) QCoreApplication::processEvents();
-    if (!user.boxes.empty()) state.SkipWithError(user.LastText().c_str());
+    if (!user.boxes.empty()) state.SkipWithError(user.LastBox().c_str());
   }
 }
 

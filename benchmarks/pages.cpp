@@ -152,16 +152,16 @@ void WholeRun(benchmark::State& state, Desk& desk, const char* name, std::string
     const std::clock_t start = std::clock();
     desk.Click(name);
     state.SetIterationTime(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC / parts);
-    if (!desk.User().LastText().starts_with(last)) return state.SkipWithError(desk.User().LastText().c_str());
+    if (!desk.User().LastBox().starts_with(last)) return state.SkipWithError(desk.User().LastBox().c_str());
   }
 }
 
 void Block(benchmark::State& state, Desk& desk) {
-  WholeRun(state, desk, "cmdProgram", "Programming Complete", 2 * kWords / 2);  // of two words each
+  WholeRun(state, desk, "cmdProgram", "Ok i|Programming Complete", 2 * kWords / 2);  // of two words each
 }
 
 void Word(benchmark::State& state, Desk& desk) {
-  WholeRun(state, desk, "cmdVerify", "Contents are Identical", 2 * kWords);
+  WholeRun(state, desk, "cmdVerify", "Ok i|Contents are Identical", 2 * kWords);
 }
 
 void Package(benchmark::State& state, Desk& desk) {

@@ -16,7 +16,7 @@
 #include "platform/http/CurlTransport.h"
 #include "platform/ui.h"
 #include "settings/Settings.h"
-#include "support/NginxProcess.h"
+#include "support/Loopback.h"
 #include "support/UserDouble.h"
 #include "webupdate/HTTPClass.h"
 #include "webupdate/frmWebUpdate.h"
@@ -54,12 +54,16 @@ class Restless final : public QWidget {
   Clock::time_point mLast;
 };
 
+/// Sees the window painted while a transfer waits.
+struct Viewer final : test::UserDouble {
+  void PumpPainting() override { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); }
+};
+
 /// A server with the files, the user at a window, and the client.
 class Desk {
  public:
   Desk() : mNginx(TARNWICK_NGINX), mBar(&mWindow), restless(&mWindow) {
     mUser.onPump = [] { QCoreApplication::processEvents(); };
-    mUser.onPaint = [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); };
     gFirmwareDir = mPackages.Path();
     DomainName = "127.0.0.1";
     DomainPath.clear();
@@ -157,7 +161,7 @@ class Desk {
       test::WriteFile(path, std::string(static_cast<std::size_t>(size), 'x'));
   }
 
-  test::UserDouble mUser;  ///< A box would wait for ever.
+  Viewer mUser;  ///< A box would wait for ever.
   http::CurlTransport mTransport;
   test::NginxProcess mNginx;
   test::TempFolder mPackages;

@@ -98,13 +98,11 @@ TEST_F(Messages, OfTheFirmwarePage) {
   Put("A.qal", PackageText(5, "5", kBoth));
   Azm().state = Alt().state = 2;
   WalkTo(3);
-  user.answers = {ui::Answer::No, ui::Answer::No};
-  Refused(
-      {"YesNo !|Warning: Motor Controller model can not be determined.\r\n\r\nEnsure that the appropriate "
-       "firmware is selected for the device being upgraded.\r\n\r\nChoosing an incorrect model can cause "
-       "the mount to become unusable --\r\n\r\ncontact Halcyrion technical support if you are "
-       "unsure.\r\n\r\nDo you wish to continue?"});
+  user.answers = {ui::Answer::No};
+  Click("cmdStepFwd");
+  EXPECT_EQ(Step(), 3);
   WalkTo(4);  // Yes this time.
+  EXPECT_EQ(Said().size(), 2U);
 }
 
 TEST_F(Messages, OfTheProgrammingPage) {

@@ -8,12 +8,11 @@
 namespace tarnwick::test {
 namespace {
 
-const Box kQuestion{
-    "Your BootLoader on this device needs to be upgraded before\r\n"
+const std::string kQuestion =
+    "YesNo ?|Your BootLoader on this device needs to be upgraded before\r\n"
     "this version of firmware can be programmed.\r\n\r\n"
     "Would you like to upgrade your BootLoader and then continue\r\n"
-    "on with programming your firmware?",
-    ui::Buttons::YesNo, ui::Icon::Question};
+    "on with programming your firmware?";
 
 class BootLoaderTest : public ProgrammerFixture {
  protected:
@@ -82,7 +81,7 @@ TEST_F(BootLoaderTest, WritesThePackageOfTheRevisionAndLoadsTheSelectedOneAgain)
   Select(shuffled);
   user.answers = {ui::Answer::No};
   EXPECT_FALSE(Upgrade(1, 2));
-  EXPECT_THAT(std::exchange(user.boxes, {}), ElementsAre(kQuestion));
+  EXPECT_THAT(user.Said(), ElementsAre(kQuestion));
   EXPECT_THAT(link.calls, IsEmpty());
   using Case = std::tuple<std::int32_t, std::size_t, std::int32_t>;  // A word tells which package it is.
   for (const auto& [hwRev, word, low] : {Case{5, 0x347, 5}, {6, 0x347, 6}, {4, 0, 0x0A}}) {
@@ -106,7 +105,7 @@ TEST_F(BootLoaderTest, ALostPackageIsToldAndNeverWritten) {
   link.calls.clear();
   EXPECT_FALSE(ProgramDevice(1, "Programming: ", progress));
   EXPECT_THAT(link.calls, IsEmpty());
-  EXPECT_THAT(user.boxes, ElementsAre(Box{"Error 1 : QAL File Not Found at Line 0"}));
+  EXPECT_THAT(user.boxes, ElementsAre("Ok !|Error 1 : QAL File Not Found at Line 0"));
 }
 
 }  // namespace

@@ -21,12 +21,9 @@ const std::string kAskAtRisk = kWarning +
 struct Case {
   std::string list;  // The package's revisions.
   std::int32_t packageModel;
-  std::int32_t state;  // What the device answers now.
-  std::int32_t hwRev;
-  std::int32_t model;  // What the last refresh left in the row.
-  std::int32_t hwRevApp;
-  std::int32_t bootVersion;
-  std::string message;  // Behind the prefix; empty when it passes without one.
+  std::int32_t state, hwRev;                  // What the device answers now.
+  std::int32_t model, hwRevApp, bootVersion;  // What the last refresh left in the row.
+  std::string message;                        // Behind the prefix; empty when it passes without one.
 };
 
 class CompatibilityTest : public ProgrammerFixture {
@@ -85,8 +82,8 @@ TEST_F(CompatibilityTest, HoldsThePackageAgainstTheDevice) {
     const bool passes = question || c.message.empty();
     EXPECT_EQ(Check(c), passes);
     EXPECT_EQ(user.pumps, passes ? 0 : 1);
-    const Box box{"[AZM(RA) Motor] " + c.message, question ? ui::Buttons::YesNo : ui::Buttons::Ok};
-    EXPECT_EQ(user.boxes, std::vector<Box>(c.message.empty() ? 0 : 1, box));
+    const std::string box = (question ? "YesNo !|[AZM(RA) Motor] " : "Ok !|[AZM(RA) Motor] ") + c.message;
+    EXPECT_EQ(user.boxes, Calls(c.message.empty() ? 0 : 1, box));
     if (!question) continue;
     user.answers = {ui::Answer::No};
     EXPECT_FALSE(Check(c));
@@ -131,12 +128,12 @@ class PackageFitTest : public ProgrammerFixture {
       std::tie(gDevices[row].Model, gDevices[row].HwRev, gDevices[row].HwRevApp) =
           std::tie(is[0], is[1], is[2]);
     }
-    return PackageFits() ? "" : user.LastText();
+    return PackageFits() ? "" : user.LastBox();
   }
 
   std::vector<PackageDevice> devices{{"Azm", 16, CountedWords(3)}, {"Alt", 17, CountedWords(3)}};
-  const std::string model = "QAL file Model doesn't match Model on Motor Controller!";
-  const std::string revision = "QAL file HwRev doesn't match Model on Motor Controller!";
+  const std::string model = "Ok !|QAL file Model doesn't match Model on Motor Controller!";
+  const std::string revision = "Ok !|QAL file HwRev doesn't match Model on Motor Controller!";
 };
 
 TEST_F(PackageFitTest, JudgesEachRowOfThePackageUnlessOverridden) {
@@ -156,11 +153,11 @@ TEST_F(PackageFitTest, JudgesEachRowOfThePackageUnlessOverridden) {
   EXPECT_EQ(Refusal("5", {6, 5, 5}, {5, 5, 5}), model);
   gTypeOverride = false;
   EXPECT_EQ(Refusal("5", {0, 5, 5}, {0, 5, 0}), "");
-  EXPECT_EQ(user.boxes.size(), 1U) << "Both rows undetermined: asked, once.";
+  EXPECT_THAT(user.boxes, ElementsAre("YesNo !|" + kAskAtRisk)) << "Both rows undetermined: asked, once.";
   devices.pop_back();
   EXPECT_EQ(Refusal("5", {5, 5, 5}, {6, 6, 6}), "");
   devices[0].address = 40;
-  EXPECT_EQ(Refusal("5", {5, 5, 5}, {5, 5, 5}), "No matching devices found in firmware file");
+  EXPECT_EQ(Refusal("5", {5, 5, 5}, {5, 5, 5}), "Ok !|No matching devices found in firmware file");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdarg>
 #include <cstring>
 #include <utility>
 
@@ -16,11 +17,13 @@ Fault gFault = Fault::Fail;
 int gAt = 0;  ///< The call that goes wrong, from 1; 0 for none.
 std::vector<std::string> gCalls;
 
-/// True when the call at hand fails.
-bool Faulty(const std::string& call) {
+/// True when the call at hand fails. What `half` does of it is done before a kill.
+template <class Half = void (*)()>
+bool Faulty(
+    const std::string& call, Half half = [] {}) {
   gCalls.push_back(call);
   if (static_cast<int>(gCalls.size()) != gAt) return false;
-  if (gFault == Fault::Kill) ::raise(SIGKILL);
+  if (gFault == Fault::Kill) half(), ::raise(SIGKILL);
   errno = ENOSPC;
   return true;
 }
@@ -67,19 +70,28 @@ std::vector<std::string> FileCalls(const std::function<void()>& work) {
 }
 
 // The linker's names, which no header has. What is not told has no name.
-#define WRAP(result, name, parameters, arguments, told) \
-  extern "C" result __real_##name parameters;           \
-  extern "C" result __wrap_##name parameters {          \
+#define WRAP(name, parameters, arguments, told)         \
+  extern "C" int __real_##name parameters;              \
+  extern "C" int __wrap_##name parameters {             \
     return Faulty(told) ? -1 : __real_##name arguments; \
   }
-// Where the caller gives no mode there is any, and the system does not look at it.
-WRAP(int, open, (const char* path, int flags, mode_t mode), (path, flags, mode), "")
-WRAP(ssize_t, write, (int fd, const void* data, size_t size), (fd, data, size), "")
-WRAP(int, fsync, (int fd), (fd), "fsync")
-WRAP(int, fchmod, (int fd, mode_t mode), (fd, mode), "")
-WRAP(int, rename, (const char* from, const char* to), (from, to), "rename" + Named(from) + Named(to))
-WRAP(int, unlink, (const char* path), (path), "unlink" + Named(path))
-WRAP(int, utimensat, (int folder, const char* path, const timespec* times, int flags),
+WRAP(fsync, (int fd), (fd), "fsync")
+WRAP(fchmod, (int fd, mode_t mode), (fd, mode), "")
+WRAP(rename, (const char* from, const char* to), (from, to), "rename" + Named(from) + Named(to))
+WRAP(unlink, (const char* path), (path), "unlink" + Named(path))
+WRAP(utimensat, (int folder, const char* path, const timespec* times, int flags),
      (folder, path, times, flags), "")
+extern "C" ssize_t __real_write(int fd, const void* data, size_t size);
+extern "C" ssize_t __wrap_write(int fd, const void* data, size_t size) {
+  return Faulty("", [=] { __real_write(fd, data, size / 2); }) ? -1 : __real_write(fd, data, size);
+}
+extern "C" int __real_open(const char* path, int flags, ...);
+extern "C" int __wrap_open(const char* path, int flags, ...) {
+  va_list more;
+  va_start(more, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
+  va_end(more);
+  return Faulty("") ? -1 : __real_open(path, flags, mode);
+}
 
 }  // namespace tarnwick::test

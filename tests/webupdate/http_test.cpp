@@ -9,7 +9,7 @@
 
 #include "platform/http/CurlTransport.h"
 #include "settings/Settings.h"
-#include "support/NginxProcess.h"
+#include "support/Loopback.h"
 #include "support/UserDouble.h"
 #include "webupdate/HTTPClass.h"
 #include "webupdate/Packages.h"
@@ -26,12 +26,12 @@ using testing::StartsWith;
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-const Box kNoConnection{
-    "Unable to connect to the Halcyrion download site.\r\n"
-    "Check your Internet connection and firewall settings.\r\nSee Help for more details."};
-const Box kRefused{
-    "Unable to connect to the Halcyrion download site.\r\nUser is Unauthorised!\r\n"
-    "See Help for more details."};
+const std::string kNoConnection =
+    "Ok !|Unable to connect to the Halcyrion download site.\r\n"
+    "Check your Internet connection and firewall settings.\r\nSee Help for more details.";
+const std::string kRefused =
+    "Ok !|Unable to connect to the Halcyrion download site.\r\nUser is Unauthorised!\r\n"
+    "See Help for more details.";
 
 struct Behaviour {
   std::string name;                         ///< Of a refusal and of a page, its first word says that.
@@ -130,12 +130,11 @@ class HttpTest : public testing::Test {
  protected:
   HttpTest() { DomainName = "127.0.0.1", DomainUser = "me", DomainPassword = "secret"; }
   /// Runs one request, which says this, or nothing.
-  void Ask(const Box* box, const std::function<void(HTTPClass&)>& work) {
-    user.boxes.clear();
+  void Ask(const std::string& box, const std::function<void(HTTPClass&)>& work) {
     HTTPClass client;
     ASSERT_TRUE(OpenSite(client));
     work(client);
-    EXPECT_EQ(user.boxes, box == nullptr ? std::vector<Box>{} : std::vector{*box});
+    EXPECT_EQ(user.Said(), std::vector<std::string>(box.empty() ? 0 : 1, box));
   }
   UserDouble user;
 };
@@ -153,20 +152,20 @@ TEST_F(HttpTest, IsAskedForTheFileAndShownCredentialsOnlyWhenItAsks) {
     std::string first;
     const Behaviour& then;
     std::vector<std::string> asked;
-    const Box* box;
+    std::string box;
   } cases[] = {
-      {"/a b (100%) \xE9#1.qal?%41", "", answers, {a + "%20b%20(100%25)%20%E9%231.qal?%41"}, nullptr},
-      {"/a", asks, answers, {a, a + shown}, nullptr},
-      {"/a", "", insists, {a, a + shown}, &kRefused},
-      {"/a", moves, insists, {a, there, there}, &kRefused},
-      {"/a", secures, insists, {a, "CONNECT 127.0.0.2:443"}, &kNoConnection},
-      {"/a", "", circles, {a, there, there, there, there, there}, &kNoConnection},
+      {"/a b (100%) \xE9#1.qal?%41", "", answers, {a + "%20b%20(100%25)%20%E9%231.qal?%41"}, ""},
+      {"/a", asks, answers, {a, a + shown}, ""},
+      {"/a", "", insists, {a, a + shown}, kRefused},
+      {"/a", moves, insists, {a, there, there}, kRefused},
+      {"/a", secures, insists, {a, "CONNECT 127.0.0.2:443"}, kNoConnection},
+      {"/a", "", circles, {a, there, there, there, there, there}, kNoConnection},
   };
   const http::CurlTransport transport;
   for (const auto& each : cases) {
     Server server(each.then, each.first);
     Ask(each.box, [&](HTTPClass& client) {
-      EXPECT_EQ(FetchText(client, each.path), each.box == nullptr ? "content" : "");
+      EXPECT_EQ(FetchText(client, each.path), each.box.empty() ? "content" : "");
     });
     std::vector<std::string> asked;
     for (const std::string& request : server.requests) {
@@ -183,7 +182,7 @@ TEST_F(HttpTest, GetsAForm) {
   const Behaviour answers{"", "HTTP/1.1 200 OK\r\n\r\ncontent"};
   const http::CurlTransport transport;
   const Server server(answers);
-  Ask(nullptr, [](HTTPClass& client) {
+  Ask("", [](HTTPClass& client) {
     client.Fields("B\x80 c", "1");
     client.Fields("b\x80 C", "A b-c\n\xE9");
     EXPECT_EQ(client.Fields("b\x80 c") + client.Fields("none"), "A b-c\n\xE9");
@@ -215,7 +214,7 @@ TEST_F(HttpTest, FilesOfARealServerComeAsTheyAre) {
   for (const std::string folder : {"/plain", "/members", "/chunked", "/packed", "/moved"}) {
     SCOPED_TRACE(folder);
     std::int32_t last = -1;
-    Ask(nullptr, [&](HTTPClass& client) {
+    Ask("", [&](HTTPClass& client) {
       client.Progress = [&last](std::int32_t count) { last = count; };
       EXPECT_TRUE(FetchText(client, folder + "/a b (100%) \xE9#1.qal") == content);
     });
@@ -234,8 +233,8 @@ TEST_F(HttpTest, AServerThatDoesWhatNoneShouldGivesAllOrNothing) {
     const std::string content = behaviour.content.value_or("");
     const bool refused = behaviour.name.starts_with("refuses");
     const bool page = behaviour.name.starts_with("answers");
-    const Box* const box = behaviour.content ? nullptr : &kNoConnection;
-    const Box* const textBox = refused ? &kRefused : box;
+    const std::string box = behaviour.content ? "" : kNoConnection;
+    const std::string textBox = refused ? kRefused : box;
 
     std::string answer, method = "GET";
     Ask(box, [&](HTTPClass& client) { answer = client.SendRequestBinary("/", method); });
@@ -248,7 +247,7 @@ TEST_F(HttpTest, AServerThatDoesWhatNoneShouldGivesAllOrNothing) {
     WriteFile(folder / "a.qal", "old package");
     FileEntry entry{"a", "qal", "2005-03-01", 3, "new note\r\n", true, true};
     const bool comes = !refused && !page && !content.empty();
-    Ask(page ? &kNoConnection : textBox,
+    Ask(page ? kNoConnection : textBox,
         [&](HTTPClass& client) { EXPECT_EQ(DownloadPackage(client, folder.Path(), entry), comes); });
     EXPECT_TRUE(ReadFile(folder / "a.qal") == (comes ? content : "old package"));
     EXPECT_EQ(ReadFile(folder / "a.txt"), comes ? "new note\r\n" : "");

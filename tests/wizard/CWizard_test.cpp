@@ -213,7 +213,7 @@ TEST_F(WizardTest, TheWayOutIsOneOrder) {
   EXPECT_EQ(std::erase(frame.calls, "Close"), 22U);
   EXPECT_THAT(frame.calls, ElementsAre("box", "Hide Two", "Detach One", "Unload One", "Detach Two",
                                        "Unload Two", "Shutdown", "End"));
-  const Box exit{"Are you sure you want to Exit the program?", ui::Buttons::YesNo, ui::Icon::Question};
+  const std::string exit = "YesNo ?|Are you sure you want to Exit the program?";
   EXPECT_THAT(user.boxes, ElementsAre(exit, exit));
   EXPECT_EQ(clock.sleeps, std::vector(20, std::chrono::milliseconds(50)));
 }

@@ -157,14 +157,14 @@ class PackagesTest : public testing::Test {
 };
 
 TEST_F(PackagesTest, DownloadLeavesOldOrNew) {
-  const Box unable{"Unable to save the file a.qal\r\nNo space left on device"};
+  const std::string unable = "Ok !|Unable to save the file a.qal\r\nNo space left on device";
   for (const Files& before : {Files{}, kOld, kOldNote}) {
     const auto check = [&](Fault fault) {
       Files found = Found();
       if (fault == Fault::Fail) {
         EXPECT_THAT(found, AnyOf(before, kNew));
         EXPECT_EQ(entry.Local, found.contains("a.qal"));
-        EXPECT_EQ(user.boxes, found == kNew ? std::vector<Box>{} : std::vector{unable});
+        EXPECT_EQ(user.boxes, std::vector<std::string>(found == kNew ? 0 : 1, unable));
       }
       found.erase("a.qal.new");
       found.erase("a.txt.new");
@@ -179,14 +179,14 @@ TEST_F(PackagesTest, DownloadLeavesOldOrNew) {
 }
 
 TEST_F(PackagesTest, RemovalLeavesTheListTrue) {
-  const Box unable[] = {{"Unable to delete the file a.qal\r\nNo space left on device"},
-                        {"Unable to delete the file a.txt\r\nNo space left on device"}};
+  const std::string begin = "Ok !|Unable to delete the file ", end = "\r\nNo space left on device";
   const auto check = [&](Fault fault) {
     const Files left = Found();
     EXPECT_THAT(left, AnyOf(kOld, kOldNote, Files{}));
     if (fault == Fault::Fail) {
       EXPECT_EQ(entry.Local, left.contains("a.qal"));
-      EXPECT_EQ(user.boxes, left.empty() ? std::vector<Box>{} : std::vector{unable[left != kOld]});
+      EXPECT_EQ(user.boxes,
+                std::vector(left.empty() ? 0 : 1, begin + (left == kOld ? "a.qal" : "a.txt") + end));
     }
     entry.Local = true;
     EXPECT_EQ(RemovePackage(home, entry), left.contains("a.qal"));

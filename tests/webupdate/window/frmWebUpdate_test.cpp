@@ -14,8 +14,6 @@ namespace tarnwick::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::MatchesRegex;
 
 constexpr const char* kSite = "/firmware/catalogue/";
 constexpr const char* kText =
@@ -81,8 +79,9 @@ TEST_F(WebUpdateTest, OpensWithBothLists) {
   site.replies["/a/b/list.txt"] = kText;
   Open();
   EXPECT_EQ(web->windowTitle(), " Web Updates [other.example/a/b/list.txt]");
-  EXPECT_THAT(Rows(), ElementsAre("Alpha 2004-02-29 6 Remote #ffc080", "bravo 2005-03-01 2000 Local #ffffff",
-                                  "delta soon 0 Remote #ffc080", MatchesRegex("zulu .* 4 Local #ffffff")));
+  EXPECT_THAT(Rows(),
+              ElementsAre("Alpha 2004-02-29 6 Remote #ffc080", "bravo 2005-03-01 2000 Local #ffffff",
+                          "delta soon 0 Remote #ffc080", testing::MatchesRegex("zulu .* 4 Local #ffffff")));
   EXPECT_EQ(State(), "001|");
   QTest::keyClick(&On("Grid"), Qt::Key_Down);
   EXPECT_EQ(State(), "101|About Alpha\n") << "The first step down chooses the first row.";
@@ -99,7 +98,7 @@ TEST_F(WebUpdateTest, OpensWithNeitherSiteNorFolder) {
   Open();
   EXPECT_EQ(web->windowTitle(), "Web Updates");
   EXPECT_EQ(Said().size(), 1U);
-  EXPECT_THAT(Rows(), IsEmpty());
+  EXPECT_THAT(Rows(), testing::IsEmpty());
   QTest::keyClick(&On("Grid"), Qt::Key_Down);
   EXPECT_EQ(State(), "001|");
   Press("cmdDone");

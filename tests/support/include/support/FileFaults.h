@@ -11,8 +11,8 @@ namespace tarnwick::test {
 enum class Fault { Fail, Kill };
 
 /// Runs `prepare`, `work` and `check` over and over. In the nth round the nth call of `work` fails with
-/// ENOSPC, until a round has met no fault; then all again with `work` in a child, which is killed there.
-/// Gives the number of rounds with a fault.
+/// ENOSPC, until a round has met no fault; then all again with `work` in a child, which is killed there,
+/// in the middle of it where it writes. Gives the number of rounds with a fault.
 int EachFault(const std::function<void()>& prepare, const std::function<void()>& work,
               const std::function<void(Fault)>& check);
 

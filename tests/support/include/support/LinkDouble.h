@@ -13,17 +13,11 @@ namespace tarnwick::test {
 
 /// What the double answers for one address.
 struct ScriptedDevice {
-  std::int32_t state = 1;
-  std::int32_t major = 0;
-  std::int32_t minor = 0;
-  std::int32_t model = 0;
-  std::int32_t modelResult = 1;
-  std::int32_t hwRev = 0;
-  std::int32_t hwRevResult = 1;
-  std::int32_t bootHwRev = 0;
-  std::int32_t bootHwRevResult = 1;
-  std::int32_t bootVersion = 2;
-  std::int32_t bootVersionResult = 0;
+  std::int32_t state = 1, major = 0, minor = 0;
+  std::int32_t model = 0, modelResult = 1;
+  std::int32_t hwRev = 0, hwRevResult = 1;
+  std::int32_t bootHwRev = 0, bootHwRevResult = 1;
+  std::int32_t bootVersion = 2, bootVersionResult = 0;
   std::map<std::int32_t, std::int32_t> memory{};  ///< Word address to value; absent words fail to read.
 };
 
@@ -118,10 +112,7 @@ class LinkDouble final : public ILinkLibrary {
 
   std::map<std::int32_t, ScriptedDevice> devices;
   std::array<std::int32_t, 3> dllVersion{1, 2, 3};
-  std::int32_t openResult = 0;
-  std::int32_t serialMode = 0;
-  std::int32_t skelmirraResult = 1;
-  std::int32_t upgradeSupportResult = 0;
+  std::int32_t openResult = 0, serialMode = 0, skelmirraResult = 1, upgradeSupportResult = 0;
 
   std::vector<std::string> calls;
   std::vector<std::vector<std::int32_t>> blocks;  ///< Elements of each `sendData`.

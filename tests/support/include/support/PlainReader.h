@@ -48,11 +48,9 @@ inline PlainPackage PictureOf(const QALclass& package) {
                    {"HWREV", package.HwRev()}};
   for (std::int32_t i = 1; i <= package.HwRevCount(); ++i) picture.revisions.push_back(package.HwRevValue(i));
   for (std::int32_t i = 1; i <= package.Devices(); ++i) {
-    picture.devices.push_back({package.DeviceName(i),
-                               package.DeviceAddress(i),
-                               package.DeviceRecordID(i),
-                               package.DeviceVersion(i),
-                               {}});
+    picture.devices.push_back({package.DeviceName(i), package.DeviceAddress(i), package.DeviceRecordID(i)});
+    picture.devices.back().version = package.DeviceVersion(i);
+    picture.devices.back().words.clear();
     for (std::int32_t word = 0; word <= package.DeviceWords(i); ++word) {
       picture.devices.back().words.push_back(
           {package.DeviceLoByte(i, word), package.DeviceHiByte(i, word), package.DeviceNullPadded(i, word)});

@@ -102,24 +102,13 @@ class ProgramTest : public testing::Test {
     const auto rows = Find<QListWidget>(list).selectionModel()->selectedRows();
     return rows.isEmpty() ? -1 : rows.front().row();
   }
-  /// The boxes so far, each as "buttons icon|text", and none from now on.
-  std::vector<std::string> Said() {
-    constexpr std::array kButtons{"Ok", "YesNo", "RetryCancel"};
-    constexpr std::array kIcons{"!", "X", "?", "i"};
-    std::vector<std::string> said;
-    for (const Box& box : user.boxes) {
-      said.push_back(std::string(kButtons[static_cast<std::size_t>(box.buttons)]) + " " +
-                     kIcons[static_cast<std::size_t>(box.icon)] + "|" + box.text);
-    }
-    user.boxes.clear();
-    return said;
-  }
+  std::vector<std::string> Said() { return user.Said(); }
   /// Asserts that nothing runs and the page can be used.
   void ExpectAtRest() {
     EXPECT_FALSE(gController->WizardHandle().Frozen());
     EXPECT_TRUE(Live("picPage") && Live("cmdHelp") && Live("cmdTerminate"));
     EXPECT_EQ(window.windowTitle(), QLatin1String("Tarnwick  v2.2.4"));
-    EXPECT_FALSE(gProgramming || gVerifying);
+    EXPECT_FALSE(gProgramming || gVerifying || ended);
     if (Step() != 4) return;
     EXPECT_TRUE(Live("cmdProgram") && Live("cmdVerify") && Live("cmdRefresh"));
     EXPECT_EQ(Caption("cmdTerminate"), "Finish");
