@@ -123,6 +123,8 @@ TEST_P(Accessibility, EveryPageIsReadableAndInOrder) {
   EXPECT_EQ(bar.role(), QAccessible::ProgressBar);
   dynamic_cast<IProgress&>(*Wizard().PageHandle("Four")).Bar(0.5);
   EXPECT_EQ(bar.valueInterface()->currentValue().toInt(), 50);
+  const QImage seen = Find("progress").grab().toImage();
+  EXPECT_NE(seen.pixelColor(seen.width() / 4, 3), seen.pixelColor(seen.width() * 3 / 4, 3));
 }
 
 TEST_P(Accessibility, SoAreTheBoxesAndTheHelp) {
