@@ -222,8 +222,7 @@ std::vector<Campaign> Campaigns() {
 bool PlayAll(const Campaign& campaign) {
   const bool one = gOptions.contains("--run");
   const Number runs = one ? 1 : std::min(OptionNumber("--runs"), campaign.runs);
-  Number completed = 0;
-  Number bad = 0;
+  Number completed = 0, bad = 0;
   wire::Duration longest{};
   mount::Dice draw;
   draw.Seed(OptionNumber("--seed"));

@@ -1,6 +1,7 @@
 #include "firmware/QALclass.h"
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include <iomanip>
 #include <sstream>
@@ -113,6 +114,24 @@ TEST(QALclass, ReadsAFileOfManyPiecesAsIfItWereOne) {
   package.LoadQALfile(folder / "long.qal");
   EXPECT_EQ(PictureOf(package), PlainReader::Read(text));
   EXPECT_EQ(package.LastError(), 8);
+}
+
+TEST(QALclass, EndsWithAnErrorWhereMemoryRunsOut) {
+#ifndef __SANITIZE_ADDRESS__
+  std::string text;
+  for (int i = 0; i < 10'000; ++i) {  // As many images, each with a word at the end of memory.
+    const std::string id = "X" + std::to_string(i) + "\r\n";
+    text += "DEVICE_ADDRESS_VERSION=M, 16, " + id + "START_HEX=" + id + ":02FFFE00000001\r\nEND_HEX=" + id;
+  }
+  QALclass package;
+  rlimit memory{};
+  ASSERT_EQ(::getrlimit(RLIMIT_DATA, &memory), 0);
+  for (const rlimit& limit : {rlimit{100 << 20, memory.rlim_max}, memory}) {
+    ASSERT_EQ(::setrlimit(RLIMIT_DATA, &limit), 0);
+    package.LoadQALfile({}, text);
+    EXPECT_EQ(Outcome(package), limit.rlim_cur == memory.rlim_cur ? "0" : "1 : QAL File Not Found at 0");
+  }
+#endif
 }
 
 /// Of the lines told, "..." stands for what a line may go on with.

@@ -16,8 +16,6 @@
 namespace tarnwick::test {
 namespace {
 
-using testing::ElementsAre;
-
 /// The user's own font, as it is when the program starts.
 class SystemFont : public testing::WithParamInterface<int> {
  public:
@@ -135,7 +133,7 @@ TEST_P(Accessibility, SoAreTheBoxesAndTheHelp) {
   QWidget* const help = QApplication::activeWindow();
   ASSERT_EQ(help->findChild<QTextBrowser*>("txtPage")->source().toString(), QLatin1String("Step1.htm"));
   Walk(*help);
-  EXPECT_THAT(FocusOrder(*help), ElementsAre("txtPage", "txtFind", "treContents"));
+  EXPECT_THAT(FocusOrder(*help), testing::ElementsAre("txtPage", "txtFind", "treContents"));
   help->close();
 
   int seen = 0;

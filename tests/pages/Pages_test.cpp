@@ -16,8 +16,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
 
 class Pages : public PagesTest {};
 
@@ -134,7 +132,7 @@ TEST_F(Pages, FourListsTheDevicesOfThePackageAndChoosesNone) {
   ClickRow("lstDevices", 0);
   Calls();
   Click("cmdProgram");
-  EXPECT_THAT(Calls(), Not(testing::Contains("startProgramming 16")));
+  EXPECT_THAT(Calls(), testing::Not(testing::Contains("startProgramming 16")));
   Click("cmdStepBack");
   Click("cmdStepFwd");
   EXPECT_EQ(Selected("lstDevices"), -1);
@@ -221,7 +219,7 @@ TEST_F(Pages, FourTouchesNothingWhenACheckFails) {
   refused("Cannot Program more than one device at a time with V3.0");
   ClickRow("lstDevices", 2);
   Click("cmdProgram");
-  EXPECT_THAT(Said(), ElementsAre(StartsWith("Ok i|Programming Complete")));
+  EXPECT_THAT(Said(), ElementsAre(testing::StartsWith("Ok i|Programming Complete")));
 }
 
 TEST_F(Pages, ThreeGoesOnOnlyWithThePackageThatItJudged) {

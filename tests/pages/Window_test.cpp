@@ -46,7 +46,7 @@ TEST_F(Keys, ActOnTheirReleaseOnWhatIsLive) {
 
 class Window : public PagesTest {
  public:
-  Window() { app.Start(); }
+  Window() { Start(); }
   /// When the next box is up, presses and releases `key` as a user does: the release finds the box gone.
   void AnswerNextBox(Qt::Key key) {
     QTimer::singleShot(0, &window, [this, key] {
@@ -68,7 +68,6 @@ class Window : public PagesTest {
 };
 
 TEST_F(Window, TheKeyThatAnsweredABoxDoesNothingElse) {
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
   WalkTo(2);
   Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM5"));
   link.openResult = -1;
@@ -92,7 +91,6 @@ TEST_F(Window, TheKeyThatAnsweredABoxDoesNothingElse) {
 }
 
 TEST_F(Window, AButtonActsOnItsOwnKeyAndOnEnterUnlessItsPageIsLocked) {
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
   WalkTo(3);
   for (const bool locked : {true, false}) {
     Wizard().Frozen(locked);

@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cmath>
-
 #include "platform/files.h"
 #include "platform/text.h"
 #include "support/TempFolder.h"
@@ -22,12 +20,6 @@ TEST(Text, ReadsANumberFromItsStart) {
     EXPECT_EQ(text::NumericPrefix(text), value) << text;
     EXPECT_EQ(text::IsNumeric(text), whole) << text;
   }
-}
-
-TEST(Text, RoundsHalvesToEvenAndStopsAtTheBounds) {
-  const std::pair<double, std::int32_t> kCases[] = {{0.5, 0},  {1.5, 2},          {-2.5, -2},
-                                                    {2.51, 3}, {1e20, INT32_MAX}, {NAN, 0}};
-  for (const auto& [value, rounded] : kCases) EXPECT_EQ(text::ToInt32(value), rounded) << value;
 }
 
 class Files : public testing::Test {

@@ -30,11 +30,9 @@ class BootLoaderTest : public ProgrammerFixture {
   TempFolder folder;
   std::filesystem::path path = folder / "chosen.qal";
   /// The rows of the table are its fourth and its second device.
-  const std::string shuffled = PackageText(5, "5",
-                                           {{"Hub", 40, CountedWords(3)},
-                                            {"Alt", 17, CountedWords(3)},
-                                            {"Hub 2", 41, CountedWords(3)},
-                                            {"Azm", 16, CountedWords(3)}});
+  const ImageWords some = CountedWords(3);
+  const std::string shuffled =
+      PackageText(5, "5", {{"Hub", 40, some}, {"Alt", 17, some}, {"Hub 2", 41, some}, {"Azm", 16, some}});
 };
 
 TEST_F(BootLoaderTest, ComparesTheWordsOfRevision2) {

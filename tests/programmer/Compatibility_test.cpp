@@ -122,9 +122,8 @@ class PackageFitTest : public ProgrammerFixture {
   std::string Refusal(const std::string& list, const Row& first, const Row& second) {
     user.boxes.clear();
     Load(5, list, devices);
-    std::int32_t row = 0;
-    for (const Row& is : {first, second}) {
-      ++row;
+    for (const std::int32_t row : {1, 2}) {
+      const Row& is = row == 1 ? first : second;
       std::tie(gDevices[row].Model, gDevices[row].HwRev, gDevices[row].HwRevApp) =
           std::tie(is[0], is[1], is[2]);
     }

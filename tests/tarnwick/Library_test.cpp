@@ -17,7 +17,6 @@ using mount::LinkSetup;
 using std::chrono::milliseconds;
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 TEST(Frame, AgreesWithThePage) {
   // Kind, command, number and address of each. The payload is what the frame must hold to be whole.
@@ -229,7 +228,7 @@ TEST(Library, TracesToABoundedFile) {
   test::WriteFile(bench.folder / "trace.txt", old);
   bench.State(17);
   EXPECT_LT(traced().size(), Trace::kMostBytes * 2 / 3);
-  EXPECT_THAT(traced(), AllOf(StartsWith("an older line\n"), HasSubstr("State device 17 done")));
+  EXPECT_THAT(traced(), AllOf(testing::StartsWith("an older line\n"), HasSubstr("State device 17 done")));
 }
 
 }  // namespace

@@ -18,11 +18,7 @@
 namespace tarnwick::test {
 namespace {
 
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::EndsWith;
 using testing::HasSubstr;
-using testing::StartsWith;
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
@@ -94,13 +90,10 @@ std::vector<Behaviour> Behaviours() {
   return {
       {"closes without a word", ""},
       {"says nothing", "", {}, {}, 10},
-      {"closes in the headers", ok + "Content-Le"},
       {"closes in the content", ok + "Content-Length: 40\r\n\r\n" + some.substr(0, 39)},
-      {"stalls in the headers", ok + "Content-Length: 4\r\n", {}, {}, 10},
       {"stalls in the content", ok + "Content-Length: 40\r\n\r\nabcd", {}, {}, 10},
       {"tells too short a length", ok + "Content-Length: 4\r\n\r\nabcdefgh", "abcd"},
       {"tells a length of a terabyte", ok + "Content-Length: 1099511627776\r\n\r\n", {}, some},
-      {"trickles headers", ok, {}, "a: b\r\n", 40},
       {"trickles content", ok + "Content-Length: 4000\r\n\r\n", {}, "x", 40},
       {"never ends", ok + "\r\n", {}, some},
       {"never ends a failure", "HTTP/1.1 500 Oh\r\n\r\n", {}, some},
@@ -189,11 +182,12 @@ TEST_F(HttpTest, GetsAForm) {
     for (std::string method : {"post", "get"}) EXPECT_EQ(client.SendRequest("/f", method), "content");
   });
   const std::string form = "B%AC%20c=A%20b%2Dc%0A%E9";
-  EXPECT_THAT(server.requests,
-              ElementsAre(AllOf(StartsWith("POST http://127.0.0.1/f HTTP/1.1\r\n"),
-                                HasSubstr("\r\nContent-Type: application/x-www-form-urlencoded\r\n"),
-                                EndsWith("\r\n\r\n" + form)),
-                          StartsWith("GET http://127.0.0.1/f?" + form + " HTTP/1.1\r\n")));
+  ASSERT_EQ(server.requests.size(), 2U);
+  const std::string &post = server.requests[0], &get = server.requests[1];
+  EXPECT_TRUE(post.starts_with("POST http://127.0.0.1/f HTTP/1.1\r\n")) << post;
+  EXPECT_THAT(post, HasSubstr("\r\nContent-Type: application/x-www-form-urlencoded\r\n"));
+  EXPECT_TRUE(post.ends_with("\r\n\r\n" + form)) << post;
+  EXPECT_TRUE(get.starts_with("GET http://127.0.0.1/f?" + form + " HTTP/1.1\r\n")) << get;
 }
 
 TEST_F(HttpTest, FilesOfARealServerComeAsTheyAre) {
