@@ -59,7 +59,7 @@ TEST(HelpPages, ExplainEveryTextOfTwoWordsOrMore) {
 
 TEST(HelpPages, LinkToWhatIsThere) {
   std::set<std::string> there, wanted;
-  Scan("help", "<a name=\"([^\"]*)", [&](const std::string& page, const auto& anchor) {
+  Scan("help", "<title>|<a name=\"([^\"]*)", [&](const std::string& page, const auto& anchor) {
     there.insert({page, page + "#" + anchor.captured(1).toStdString()});
   });
   Scan("help", "<a href=\"([^\"#]*)([^\"]*)", [&](const std::string& page, const auto& link) {
@@ -72,11 +72,11 @@ TEST(HelpPages, LinkToWhatIsThere) {
 
 TEST(HelpWindow, ShowsGoesBackAndFindsInItsOwnPages) {
   qt::HelpWindow help;
-  const auto view = [] { return QApplication::topLevelWidgets().constFirst(); };
   help::Show(kSource / "help", "Step2.htm");
-  ASSERT_TRUE(QTest::qWaitForWindowActive(view()));
-  auto& page = *view()->findChild<QTextBrowser*>();
-  auto& field = *view()->findChild<QLineEdit*>();
+  ASSERT_TRUE(QTest::qWaitFor([] { return QApplication::activeWindow() != nullptr; }));
+  QWidget* const view = QApplication::activeWindow();
+  auto& page = *view->findChild<QTextBrowser*>();
+  auto& field = *view->findChild<QLineEdit*>();
   const auto on = [&] { return page.source().toString().toStdString(); };
   EXPECT_EQ(on(), "Step2.htm");
   for (const char* const link : {"http://there/Step1.htm", "/etc/passwd"}) {
@@ -85,7 +85,7 @@ TEST(HelpWindow, ShowsGoesBackAndFindsInItsOwnPages) {
   }
   emit page.anchorClicked(QUrl("Step4.htm#stopped"));
   EXPECT_EQ(on(), "Step4.htm#stopped");
-  QTest::keyClick(view(), Qt::Key_Left, Qt::AltModifier);
+  QTest::keyClick(view, Qt::Key_Left, Qt::AltModifier);
   EXPECT_EQ(on(), "Step2.htm");
 
   const auto find = [&](const char* words) {
@@ -97,16 +97,16 @@ TEST(HelpWindow, ShowsGoesBackAndFindsInItsOwnPages) {
   EXPECT_EQ(on(), "Step4.htm");
   const int hit = page.textCursor().position();
   EXPECT_EQ(find("xyzzy"), "Unable to enter boot");
-  EXPECT_EQ(view()->findChild<QLabel*>("lblFind")->text(), "Not found");
+  EXPECT_EQ(view->findChild<QLabel*>("lblFind")->text(), "Not found");
   find("unable to enter boot");
   EXPECT_EQ(page.textCursor().position(), hit) << "Round all pages and back to the only hit.";
   QTest::keyClick(&field, Qt::Key_Escape);
-  EXPECT_FALSE(view()->isVisible());
+  EXPECT_EQ(QApplication::activeWindow(), nullptr);
 
   const TempFolder empty;
   help::Show(empty.Path(), "Step1.htm");
-  EXPECT_TRUE(view()->isVisible());
-  EXPECT_THAT(view()->findChild<QTextBrowser*>()->toPlainText().toStdString(), testing::HasSubstr("missing"));
+  ASSERT_TRUE(QTest::qWaitFor([] { return QApplication::activeWindow() != nullptr; }));
+  EXPECT_TRUE(QApplication::activeWindow()->findChild<QTextBrowser*>()->toPlainText().contains("missing"));
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
-#include <utility>
 
 namespace tarnwick::test {
 namespace {
@@ -33,12 +32,12 @@ bool RunFaulty(Fault fault, int at, const std::function<void()>& work) {
   gFault = fault, gAt = at;
   gCalls.clear();
   const pid_t child = fault == Fault::Kill ? ::fork() : -1;
-  if (child <= 0) work();
+  if (fault == Fault::Fail || child == 0) work();
   if (child == 0) ::_exit(0);
   gAt = 0;
   int status = 0;
   if (child > 0) ::waitpid(child, &status, 0);
-  return WIFSIGNALED(status) || static_cast<int>(gCalls.size()) >= at;
+  return WTERMSIG(status) == SIGKILL || static_cast<int>(gCalls.size()) >= at;
 }
 
 std::string Named(const char* path) {

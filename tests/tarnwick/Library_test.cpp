@@ -153,6 +153,7 @@ TEST(Library, FindsItsWayBackAfterAPowerCycleWithinTheCall) {
     Bench bench({LinkKind::HandControl, true});
     bench.line.line.setup = {true, milliseconds(latency)};
     ASSERT_EQ(bench.Open(), 0);
+    EXPECT_EQ(bench.library.TestForVirtualPort(), 1) << "It is none.";
     const auto enter = [&] { return bench.Within(kAskLimit, [&] { return bench.library.EnterBoot(16); }); };
     EXPECT_EQ(enter(), 0);
     bench.library.LockHandControl();

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <random>
 
 #include "platform/files.h"
@@ -134,8 +135,8 @@ TEST_F(SelfUpdateTest, OneThatCannotBeHadStopsAll) {
     trouble();
     EXPECT_FALSE(Install());
     std::filesystem::remove_all(folder / "$Tarnwick.DLL");
-    EXPECT_FALSE(files::FileExists(folder / "WebUpdate.sh") ||
-                 files::FileExists(folder / "WebUpdate.journal"));
+    for (const char* const name : {"WebUpdate.sh", "WebUpdate.journal", "Tarnwick.so"})
+      EXPECT_FALSE(files::FileExists(folder / name)) << name;
     EXPECT_EQ(ReadFile(folder / "My Updater"), "old program");
   }
 }
@@ -162,9 +163,11 @@ TEST_F(SelfUpdateTest, NothingButTheSignedFileIsAccepted) {
   std::mt19937 random(7);
   for (std::size_t round = 0; round < 500; ++round) {
     std::string file = good;
-    const std::size_t at = random() % file.size();
-    const std::string other(round % 3 == 0 ? 0 : 1 + random() % 9, static_cast<char>(random() % 256));
-    file.replace(at, round % 3 == 1 ? 0 : 1 + random() % 9, other);
+    // Every region in turn: the begin, the content, the signature line.
+    const std::size_t from = std::array{std::size_t{0}, std::size_t{5}, content.size()}[round % 3];
+    const std::size_t at = from + random() % (round % 3 == 0 ? 5 : file.size() - from);
+    const std::string other(round / 3 % 3 == 0 ? 0 : 1 + random() % 9, static_cast<char>(random() % 256));
+    file.replace(at, round / 3 % 3 == 1 ? 0 : 1 + random() % 9, other);
     EXPECT_FALSE(file != good && accepted(file, name, version)) << "round " << round << " at " << at;
   }
 }

@@ -114,7 +114,7 @@ TEST_F(SwapTest, TheScriptWaitsForTheProgramToEndAndStartsTheNewOne) {
   if (program == 0) {
     StartSwap(home, kSwap, home / "new one");
     ::usleep(300'000);
-    WriteFile(home / "ended", "");
+    if (!IsNew("P") && !IsNew("L.so")) WriteFile(home / "ended", "");
     ::_exit(0);
   }
   ::waitpid(program, nullptr, 0);

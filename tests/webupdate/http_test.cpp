@@ -61,17 +61,18 @@ class Server {
     while (!stop.stop_requested()) {
       if (!Comes(mListener.Socket(), 10)) continue;
       const int client = ::accept4(mListener.Socket(), nullptr, nullptr, SOCK_CLOEXEC);
-      Answer(client);
+      Answer(client, stop);
       ::close(client);
     }
   }
-  void Answer(int client) {
+  void Answer(int client, const std::stop_token& stop) {
     std::array<char, 4096> request{};
     if (Comes(client, 1000)) ::recv(client, request.data(), request.size() - 1, 0);
     requests.emplace_back(request.data());
     bool there = Send(client, requests.size() == 1 && !mFirst.empty() ? mFirst : mBehaviour.once);
     const bool goesOn = !mBehaviour.again.empty() || mBehaviour.pause > 0;
-    while (there && goesOn) there = !Comes(client, mBehaviour.pause) && Send(client, mBehaviour.again);
+    while (there && goesOn && !stop.stop_requested())
+      there = !Comes(client, mBehaviour.pause) && Send(client, mBehaviour.again);
   }
 
   const Behaviour& mBehaviour;
@@ -166,7 +167,7 @@ TEST_F(HttpTest, IsAskedForTheFileAndShownCredentialsOnlyWhenItAsks) {
       asked.push_back(request.substr(0, request.find(" HTTP/1.1\r\n")) +
                       request.substr(shows, request.find("\r\nUser-Agent: HTTP Client\r\n") - shows));
     }
-    EXPECT_EQ(asked, each.asked);
+    ASSERT_EQ(asked, each.asked);
     EXPECT_THAT(server.requests[0], HasSubstr("\r\nAccept-Encoding: identity\r\nPragma: no-cache\r\n"));
   }
 }

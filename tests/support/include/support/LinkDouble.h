@@ -34,28 +34,15 @@ class LinkDouble final : public ILinkLibrary {
     mFailures[name][mCounts[name] + nth] = result;
   }
 
-  std::array<std::int32_t, 3> getDllVersion() override {
-    Log("getDllVersion");
-    return dllVersion;
-  }
-  void debugFilter(std::int32_t filter) override { Log("debugFilter " + std::to_string(filter)); }
+  std::array<std::int32_t, 3> getDllVersion() override { return Log("getDllVersion", dllVersion); }
+  void debugFilter(std::int32_t filter) override { Log("debugFilter " + std::to_string(filter), 0); }
   std::int32_t initSerialCommon(const std::string& port) override {
-    Log("initSerial " + port);
-    return port.empty() ? 0 : openResult;
+    return Log("initSerial " + port, port.empty() ? 0 : openResult);
   }
-  std::int32_t getSerialMode() override {
-    Log("getSerialMode");
-    return serialMode;
-  }
-  void lockHc() override { Log("lockHc"); }
-  std::int32_t doTestForSkelmirra() override {
-    Log("testSkelmirra");
-    return skelmirraResult;
-  }
-  std::int32_t doTestForUpgradeSupport() override {
-    Log("testUpgradeSupport");
-    return upgradeSupportResult;
-  }
+  std::int32_t getSerialMode() override { return Log("getSerialMode", serialMode); }
+  void lockHc() override { Log("lockHc", 0); }
+  std::int32_t doTestForSkelmirra() override { return Log("testSkelmirra", skelmirraResult); }
+  std::int32_t doTestForUpgradeSupport() override { return Log("testUpgradeSupport", upgradeSupportResult); }
   std::int32_t getModelCommon(std::int32_t address, std::int32_t& model) override {
     model = devices[address].model;
     return Answer("getModel", address, devices[address].modelResult);
@@ -81,7 +68,7 @@ class LinkDouble final : public ILinkLibrary {
   std::int32_t readMcProgMemCommon(std::int32_t address, std::int32_t first, std::int32_t last,
                                    std::span<std::int32_t> words) override {
     if (logTransfers)
-      Log("read " + std::to_string(address) + " " + std::to_string(first) + " " + std::to_string(last));
+      Log("read " + std::to_string(address) + " " + std::to_string(first) + " " + std::to_string(last), 0);
     const auto& memory = devices[address].memory;
     for (std::int32_t word = first; word <= last; ++word) {
       const auto found = memory.find(word);
@@ -120,13 +107,15 @@ class LinkDouble final : public ILinkLibrary {
   std::function<void(const std::string&)> log;    ///< Told each call, for tests of one recorded order.
 
  private:
-  void Log(const std::string& call) {
+  template <class Result>
+  Result Log(const std::string& call, Result result) {
     calls.push_back(call);
     if (log) log(call);
+    return result;
   }
   /// What a call answers that would say `result` had it not been made to fail.
   std::int32_t Answer(const std::string& name, std::int32_t address, std::int32_t result) {
-    Log(name + " " + std::to_string(address));
+    Log(name + " " + std::to_string(address), 0);
     const auto& failures = mFailures[name];
     const auto hit = failures.find(++mCounts[name]);
     return hit == failures.end() ? result : hit->second;

@@ -87,7 +87,6 @@ class ProgramTest : public testing::Test {
 
   int Step() { return gController->WizardHandle().CurrentStep(); }
   std::string Text(const char* name) { return Find<QPlainTextEdit>(name).toPlainText().toStdString(); }
-  std::string Label(const char* name) { return Find<QLabel>(name).text().toStdString(); }
   std::string Caption(const char* name) { return Find<QPushButton>(name).text().toStdString(); }
   std::string Progress() { return Find("progress").accessibleDescription().toStdString(); }
   bool Live(const char* name) { return Find(name).isEnabled(); }

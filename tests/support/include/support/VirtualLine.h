@@ -36,21 +36,22 @@ struct VirtualLine : wire::IClock, wire::IPortOpener {
       at.line.Send(bytes, speed, at.now);
       return !at.hungUp;
     }
-    /// What does not fit into the buffer is lost.
     int Read(std::span<std::uint8_t> buffer, wire::Duration limit) override {
-      wire::Bytes bytes;
       for (const wire::Duration end = at.now + limit; !at.hungUp;
            at.now = std::clamp(at.line.Due().value_or(end), at.now, end)) {
-        bytes = at.line.Take(speed, at.now);
-        if (!bytes.empty() || at.now >= end) break;
+        const wire::Bytes bytes = at.line.Take(speed, at.now);
+        arrived.insert(arrived.end(), bytes.begin(), bytes.end());
+        if (!arrived.empty() || at.now >= end) break;
       }
-      bytes.resize(std::min(bytes.size(), buffer.size()));
-      std::copy(bytes.begin(), bytes.end(), buffer.begin());
-      return at.hungUp ? -1 : static_cast<int>(bytes.size());
+      const std::size_t count = std::min(arrived.size(), buffer.size());
+      std::copy_n(arrived.begin(), count, buffer.begin());
+      arrived.erase(arrived.begin(), arrived.begin() + static_cast<std::ptrdiff_t>(count));
+      return at.hungUp ? -1 : static_cast<int>(count);
     }
 
     VirtualLine& at;
     int speed = wire::kBaseSpeed;
+    wire::Bytes arrived;
   };
 };
 
