@@ -35,11 +35,14 @@ Director::Director(QWidget& frame, std::filesystem::path folder, Means means)
       mFolder(std::move(folder)),
       mProtocol(mFolder / "tour.txt"),
       mTicksLeft(kMostTicks) {
-  if (means == Means::Keyboard) qApp->installEventFilter(this);
+  qApp->installEventFilter(this);
 }
 
-bool Director::eventFilter(QObject*, QEvent* event) {
+bool Director::eventFilter(QObject* watched, QEvent* event) {
   const QEvent::Type type = event->type();
+  // Half of a run can be over between two ticks.
+  if (type == QEvent::Paint && watched->objectName() == QLatin1String("progress"))
+    QTimer::singleShot(0, this, [this] { PictureHalfDone(); });
   const bool mouse = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonRelease ||
                      type == QEvent::MouseButtonDblClick || type == QEvent::Wheel;
   if (mouse) ++mMouseEvents;
@@ -68,7 +71,6 @@ void Director::Tick() {
   if (AnswerBox()) return;
   // Without a window manager nobody gives the focus back when a box has gone.
   if (QApplication::activeWindow() == nullptr) mFrame.activateWindow();
-  PictureOfRun();
   if (!AtRest()) {
     mQuietTicks = 0;
     return;
@@ -107,15 +109,17 @@ bool Director::AnswerBox() {
   return true;
 }
 
-void Director::PictureOfRun() {
+void Director::PictureHalfDone() {
   for (const QWidget* const bar : mFrame.findChildren<QWidget*>(QStringLiteral("progress"))) {
     const QString text = bar->isVisible() ? bar->accessibleDescription() : QString();
     const QString last = text.mid(text.lastIndexOf(QLatin1Char(' ')) + 1);
-    if (!last.endsWith(QLatin1Char('%')) || last.chopped(1).toInt() < 45) continue;
+    const int percent = last.endsWith(QLatin1Char('%')) ? last.chopped(1).toInt() : 0;
+    if (percent < 45 || percent == 100) continue;
     const bool programming = text.startsWith(QLatin1String("Programming"));
     if (!programming && text != last) continue;
     const std::string name = programming ? "run-half-done" : "web-downloading";
-    if (mRunsPictured.insert(name).second) Picture(name);
+    // The text is painted before the bar follows it.
+    if (++mHalfDone[name] == 2) Picture(name);
   }
 }
 

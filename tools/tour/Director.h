@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <set>
+#include <map>
 #include <stdexcept>
 #include <string>
 
@@ -43,6 +43,9 @@ class Director final : public QObject {
 
   /// A picture of the window in front.
   void Picture(const std::string& name);
+  /// True when "run-half-done" or "web-downloading" was pictured, as each is when its first one is about
+  /// half done.
+  bool Pictured(const std::string& name) const { return mHalfDone.contains(name) && mHalfDone.at(name) > 1; }
   void Note(const std::string& line);
   /// Notes what was checked; one that does not hold fails the play.
   void Check(bool holds, const std::string& what);
@@ -64,7 +67,7 @@ class Director final : public QObject {
   void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = {});
 
  protected:
-  /// Counts what the mouse does.
+  /// Counts what the mouse does, and sees the progress painted.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
@@ -73,7 +76,7 @@ class Director final : public QObject {
   void TabTo(QWidget& control);
   void Tick();
   bool AnswerBox();
-  void PictureOfRun();
+  void PictureHalfDone();
   bool AtRest() const;
   void PictureOf(QWidget& widget, const std::string& name);
 
@@ -86,7 +89,7 @@ class Director final : public QObject {
   QMessageBox* mBox = nullptr;  ///< The box on view that waits for its answer.
   int mQuietTicks = 0;
   int mTicksLeft = 0;
-  std::set<std::string> mRunsPictured;
+  std::map<std::string, int> mHalfDone;  ///< How often each was seen so far.
   int mMouseEvents = 0;
   bool mFailed = false;
 };

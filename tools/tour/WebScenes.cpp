@@ -1,9 +1,9 @@
 #include "WebScenes.h"
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QListWidget>
-#include <QTest>
+#include <QThread>
 
 namespace tarnwick::tour {
 namespace {
@@ -66,9 +66,11 @@ bool SampleSite::Start() {
       QStringLiteral("setpriv"),
       {QStringLiteral("--pdeathsig"), QStringLiteral("TERM"), QStringLiteral("nginx"), QStringLiteral("-p"),
        mFolder, QStringLiteral("-e"), QStringLiteral("nginx.log"), QStringLiteral("-c"), mConfiguration});
-  // It listens before it writes that file.
-  return mServer.waitForStarted(kPatience) &&
-         QTest::qWaitFor([&] { return QFileInfo::exists(pid); }, kPatience);
+  if (!mServer.waitForStarted(kPatience)) return false;
+  // It listens before it writes that file. No events meanwhile: they would bring on the next scene.
+  const QDeadlineTimer patience(kPatience);
+  while (!QFileInfo::exists(pid) && !patience.hasExpired()) QThread::msleep(5);
+  return QFileInfo::exists(pid);
 }
 
 void RehearseWebUpdate(Director& director, SampleSite& site, const std::filesystem::path& folder) {

@@ -146,6 +146,7 @@ class Tour {
       mDirector.Check(CountOf(report, "State: Running") == 2, "both controllers run afterwards");
       mDirector.Check(CountOf(report, version) == 2, "both report the new version");
       CheckMemory();
+      mDirector.Check(mDirector.Pictured("run-half-done"), "the run was pictured half done");
       mDirector.Picture("page-4-done");
     });
   }
