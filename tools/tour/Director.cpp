@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <chrono>
 #include <iostream>
+#include <utility>
 
 #include "platform/qt/QtText.h"
 
@@ -118,8 +119,8 @@ void Director::PictureHalfDone() {
     const bool programming = text.startsWith(QLatin1String("Programming"));
     if (!programming && text != last) continue;
     const std::string name = programming ? "run-half-done" : "web-downloading";
-    // The text is painted before the bar follows it.
-    if (++mHalfDone[name] == 2) Picture(name);
+    // The text is painted first, and the bar follows it.
+    if (std::exchange(mHalfDone, text) == text && !Pictured(name)) Picture(name);
   }
 }
 
@@ -138,6 +139,7 @@ void Director::Picture(const std::string& name) {
 }
 
 void Director::PictureOf(QWidget& widget, const std::string& name) {
+  mPictures.insert(name);
   const std::filesystem::path file = mFolder / (name + ".png");
   Check(widget.grab().save(QString::fromStdString(file.string())), "picture " + name + ".png");
 }

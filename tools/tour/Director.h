@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <map>
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -43,9 +43,9 @@ class Director final : public QObject {
 
   /// A picture of the window in front.
   void Picture(const std::string& name);
-  /// True when "run-half-done" or "web-downloading" was pictured, as each is when its first one is about
-  /// half done.
-  bool Pictured(const std::string& name) const { return mHalfDone.contains(name) && mHalfDone.at(name) > 1; }
+  /// True when there is a picture of that name. "run-half-done" and "web-downloading" are made when the
+  /// first run and the first transfer are about half done.
+  bool Pictured(const std::string& name) const { return mPictures.contains(name); }
   void Note(const std::string& line);
   /// Notes what was checked; one that does not hold fails the play.
   void Check(bool holds, const std::string& what);
@@ -89,7 +89,8 @@ class Director final : public QObject {
   QMessageBox* mBox = nullptr;  ///< The box on view that waits for its answer.
   int mQuietTicks = 0;
   int mTicksLeft = 0;
-  std::map<std::string, int> mHalfDone;  ///< How often each was seen so far.
+  std::set<std::string> mPictures;
+  QString mHalfDone;  ///< The text of a run or transfer half done that was painted last.
   int mMouseEvents = 0;
   bool mFailed = false;
 };
