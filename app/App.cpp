@@ -7,11 +7,12 @@
 
 #include "BuiltInKey.h"
 #include "FocusStyle.h"
+#include "app/ProgramSettings.h"
 #include "pages/Step1.h"
 #include "pages/Step2.h"
 #include "pages/Step3.h"
 #include "pages/Step4.h"
-#include "platform/SleepInhibitor.h"
+#include "platform/awake.h"
 #include "platform/http/CurlTransport.h"
 #include "platform/qt/HelpWindow.h"
 #include "platform/qt/QtUser.h"
@@ -46,7 +47,7 @@ struct App::Parts {
   qt::QtUser user;
   qt::HelpWindow help;
   http::CurlTransport transport;
-  SleepInhibitor awake;
+  std::unique_ptr<awake::IKeeper> awake = awake::SystemKeeper();
   WizardWindow window;
   std::unique_ptr<CWizardController> controller;  // owns the pages, which hang in the window: goes first
 };
@@ -62,7 +63,7 @@ App::App(QApplication& application) {
 App::~App() = default;
 
 void App::Start() {
-  mParts->controller = Main(mParts->window, {Make<Step1>, Make<Step2>, Make<Step3>, Make<Step4>});
+  mParts->controller = Main(mParts->window, {LoadSettings, SaveSettings}, {Make<Step1>, Make<Step2>, Make<Step3>, Make<Step4>});
 }
 
 WizardWindow& App::Window() {

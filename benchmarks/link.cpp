@@ -12,8 +12,8 @@
 
 #include "mount/MountProcess.h"
 #include "support/TempFolder.h"
-#include "tarnwick/Library.h"
-#include "tarnwick/SerialPort.h"
+#include "linklib/LinkCore.h"
+#include "linklib/Surroundings.h"
 
 namespace tarnwick::bench {
 namespace {
@@ -26,12 +26,12 @@ constexpr int kFrames = 2 * (wire::kHeaderLength + wire::kCrcLength);
 /// state, motor 17 running.
 class Bench {
  public:
-  Bench(int speed, bool paced) : mOpener(mFolder.Path()), library(mOpener, mClock) {
+  Bench(int speed, bool paced) : mOpener(mFolder.Path()), core(mOpener, mClock) {
     mMount.Start(TARNWICK_MOUNT, mFolder / "ports/COM5",
                  {"--revision", "5", "--baud", std::to_string(speed)});
     mMount.Ask(paced ? "line paced=on" : "line paced=off");
-    mReady = library.InitSerial("COM5") == 0 && library.Speed() == speed && library.EnterBoot(kMotor) == 1 &&
-             library.StartProgramming(kMotor) == 1;
+    mReady = core.InitSerial("COM5") == 0 && core.Speed() == speed && core.EnterBoot(kMotor) == 1 &&
+             core.StartProgramming(kMotor) == 1;
   }
   bool Ready() const { return mReady; }
   std::string Device() const { return mMount.Device(); }
@@ -40,12 +40,12 @@ class Bench {
  private:
   test::TempFolder mFolder;
   mount::MountProcess mMount;
-  wire::SerialPortOpener mOpener;
+  wire::PortOpener mOpener;
   wire::SteadyClock mClock;
   bool mReady = false;
 
  public:
-  wire::Library library;
+  wire::LinkCore core;
 };
 
 /// One iteration for as many calls as fill about a second at `speed`; each moves `bytes` over the line.
@@ -62,7 +62,7 @@ void Share(benchmark::State& state, int speed, int bytes, Call&& call) {
     std::vector<double> times;
     for (int i = 0; i < calls; ++i) {
       const double before = bench.Now();
-      if (!call(bench.library, i)) return state.SkipWithError("a call failed");
+      if (!call(bench.core, i)) return state.SkipWithError("a call failed");
       times.push_back(bench.Now() - before);
     }
     const double taken = bench.Now() - start;
@@ -76,18 +76,18 @@ void Share(benchmark::State& state, int speed, int bytes, Call&& call) {
 
 void Program(benchmark::State& state) {
   const auto words = static_cast<std::int32_t>(state.range(1));
-  Share(state, static_cast<int>(state.range(0)), kFrames + 2 + 2 * words, [&](wire::Library& library, int i) {
+  Share(state, static_cast<int>(state.range(0)), kFrames + 2 + 2 * words, [&](wire::LinkCore& core, int i) {
     const std::int32_t first = i * words % 0x4000;
     const std::int32_t packet[10] = {first / 256, first % 256, 1, 2, 3, 4, 5, 6, 7, 8};
-    return library.SendData(kMotor, 2 * words + 2, packet) == 1;
+    return core.SendData(kMotor, 2 * words + 2, packet) == 1;
   });
 }
 
 void Read(benchmark::State& state) {
   constexpr auto kWords = static_cast<std::int32_t>(wire::kMostWords);
-  Share(state, static_cast<int>(state.range(0)), kFrames + 4 + 2 * kWords, [](wire::Library& library, int) {
+  Share(state, static_cast<int>(state.range(0)), kFrames + 4 + 2 * kWords, [](wire::LinkCore& core, int) {
     std::int32_t words[kWords];
-    return library.ReadMemory(kMotor + 1, 0, kWords - 1, words) == 1;
+    return core.ReadMemory(kMotor + 1, 0, kWords - 1, words) == 1;
   });
 }
 
@@ -96,7 +96,7 @@ double WordByWord(Bench& bench, std::int32_t first, std::int32_t step, int count
   const double start = bench.Now();
   for (int i = 0; i < count; ++i) {
     std::int32_t word = 0;
-    if (bench.library.ReadMemory(kMotor + 1, first + i * step, first + i * step, &word) != 1) return -1;
+    if (bench.core.ReadMemory(kMotor + 1, first + i * step, first + i * step, &word) != 1) return -1;
   }
   return (bench.Now() - start) / count;
 }
@@ -142,13 +142,13 @@ void Unpaced(benchmark::State& state) {
   for ([[maybe_unused]] auto _ : state) {
     std::int32_t major = 0;
     std::int32_t minor = 0;
-    if (bench.library.InitSerial("COM5") != 0) return state.SkipWithError("the port was not opened");
+    if (bench.core.InitSerial("COM5") != 0) return state.SkipWithError("the port was not opened");
     const double start = bench.Now();
     for (int i = 0; i < kRequests; ++i)
-      if (bench.library.GetState(kMotor + 1, &major, &minor) != 1)
+      if (bench.core.GetState(kMotor + 1, &major, &minor) != 1)
         return state.SkipWithError("a call failed");
     const double taken = bench.Now() - start;
-    bench.library.InitSerial("");
+    bench.core.InitSerial("");
     const double bare = BareRate(bench, kRequests);
     state.SetIterationTime(taken / kRequests);
     state.counters["share"] = kRequests / taken / bare;

@@ -70,7 +70,7 @@ void Verify(benchmark::State& state) {
   mount.Start(TARNWICK_MOUNT, folder / "ports/COM5", {"--revision", "5", "--baud", std::to_string(kSpeed)});
   fs::copy(TARNWICK_LIBRARY, folder / "Tarnwick.so");
   const std::unique_ptr<ILinkLibrary> library = LoadLinkLibrary(folder / "Tarnwick.so");
-  InstallLink(*library);
+  Seam<ILinkLibrary>::Install(*library);
   const test::ImageWords image = test::CountedWords(kWords - 1);
   test::ResetGlobals();
   const test::UserDouble user;
@@ -89,7 +89,7 @@ void Verify(benchmark::State& state) {
     state.counters["payload"] = taken / (kWords * kSecondsAWord);
     state.counters["payload_alone"] = alone / (kSample * kSecondsAWord);
   }
-  UninstallLink();
+  Seam<ILinkLibrary>::Uninstall();
 }
 BENCHMARK(Verify)->UseManualTime()->Iterations(1);
 

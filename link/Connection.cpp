@@ -4,6 +4,7 @@
 
 #include "link/LinkLibrary.h"
 #include "platform/ui.h"
+#include "settings/Settings.h"
 
 namespace tarnwick {
 namespace {
@@ -33,8 +34,6 @@ bool Refuse(std::string_view reason) {
 }
 
 }  // namespace
-
-std::string gComPort;
 
 bool OpenConnection() {
   if (!OpenPort()) return false;

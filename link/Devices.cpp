@@ -3,10 +3,10 @@
 #include <array>
 #include <initializer_list>
 
-#include "link/Connection.h"
 #include "link/LinkLibrary.h"
 #include "platform/program.h"
 #include "platform/text.h"
+#include "settings/Settings.h"
 
 namespace tarnwick {
 namespace {

@@ -1,6 +1,6 @@
 #include "link/LinkLibrary.h"
 
-#include "platform/library.h"
+#include "platform/SharedLibrary.h"
 #include "platform/program.h"
 
 namespace tarnwick {
@@ -132,12 +132,11 @@ class NoLibrary final : public ILinkLibrary {
   Word endProgrammingCommon(Word) override { return 0; }
 };
 
-ILinkLibrary* gInstalled = nullptr;
-
 }  // namespace
 
 std::unique_ptr<ILinkLibrary> LoadLinkLibrary(const std::filesystem::path& path) {
-  if (auto file = SharedLibrary::Open(path)) {
+  std::string cause;
+  if (auto file = SharedLibrary::Open(path, cause)) {
     auto library = std::make_unique<LoadedLibrary>(std::move(file));
     if (library->Complete()) return library;
   }
@@ -145,16 +144,9 @@ std::unique_ptr<ILinkLibrary> LoadLinkLibrary(const std::filesystem::path& path)
 }
 
 ILinkLibrary& Link() {
-  if (gInstalled != nullptr) return *gInstalled;
+  if (ILinkLibrary* const other = Seam<ILinkLibrary>::Used()) return *other;
   static const std::unique_ptr<ILinkLibrary> loaded = LoadLinkLibrary(program::This().folder / "Tarnwick.so");
   return *loaded;
-}
-
-void InstallLink(ILinkLibrary& library) {
-  gInstalled = &library;
-}
-void UninstallLink() {
-  gInstalled = nullptr;
 }
 
 }  // namespace tarnwick

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "tarnwick/Checksum.h"
+#include "linklib/Checksum.h"
 
 namespace tarnwick::mount {
 namespace {

@@ -1,30 +1,11 @@
 #include "mount/MountProcess.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <signal.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <array>
 #include <sstream>
-#include <utility>
 
 namespace tarnwick::mount {
 namespace {
 
-constexpr int kPatience = 5000;  // milliseconds
-
-/// What the child becomes, whose input and output `socket` is. What the mount plays, which it tells on
-/// standard error, is not shown.
-[[noreturn]] void Become(char* const* command, int socket) {
-  ::dup2(socket, STDIN_FILENO);
-  ::dup2(socket, STDOUT_FILENO);
-  ::dup2(::open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
-  ::execv(command[0], command);
-  ::_exit(127);
-}
+constexpr std::chrono::milliseconds kPatience(5000);
 
 }  // namespace
 
@@ -34,16 +15,7 @@ bool MountProcess::Start(const std::filesystem::path& program, const std::filesy
   std::error_code error;
   std::filesystem::create_directories(link.parent_path(), error);
   options.insert(options.begin(), {program, "--link", link, "--until-eof"});
-  std::vector<char*> command;
-  for (std::string& option : options) command.push_back(option.data());
-  command.push_back(nullptr);
-  std::array<int, 2> sockets{};
-  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) != 0) return false;
-  mChild = ::fork();
-  if (mChild == 0) Become(command.data(), sockets[1]);
-  ::close(sockets[1]);
-  mSocket = sockets[0];
-  if (mChild < 0) return false;
+  if (mChild.Start(options)) return false;
   constexpr std::string_view kReady = "ready ";
   const std::string line = Line();
   if (!line.starts_with(kReady)) return false;
@@ -52,24 +24,14 @@ bool MountProcess::Start(const std::filesystem::path& program, const std::filesy
 }
 
 int MountProcess::Stop() {
-  if (mSocket >= 0) ::close(std::exchange(mSocket, -1));  // A mount that waits to be read goes on.
   mArrived.clear();
-  if (mChild <= 0) return -1;
-  int status = 0;
-  ::kill(mChild, SIGTERM);
-  ::waitpid(std::exchange(mChild, -1), &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return mChild.Stop();
 }
 
 std::string MountProcess::Line() {
   std::size_t end = 0;
   while ((end = mArrived.find('\n')) == std::string::npos) {
-    std::array<char, 4096> piece;
-    pollfd waiting{mSocket, POLLIN, 0};
-    const ssize_t count =
-        ::poll(&waiting, 1, kPatience) > 0 ? ::recv(mSocket, piece.data(), piece.size(), 0) : 0;
-    if (count <= 0) return {};
-    mArrived.append(piece.data(), static_cast<std::size_t>(count));
+    if (!mChild.Receive(mArrived, kPatience)) return {};
   }
   const std::string line = mArrived.substr(0, end + 1);
   mArrived.erase(0, end + 1);
@@ -77,8 +39,7 @@ std::string MountProcess::Line() {
 }
 
 std::string MountProcess::Ask(const std::string& command) {
-  const std::string line = command + "\n";
-  if (::send(mSocket, line.data(), line.size(), MSG_NOSIGNAL) < 0) return {};
+  if (!mChild.Send(command + "\n")) return {};
   std::string answer;
   for (std::string next = Line(); !next.empty(); next = Line()) {
     answer += next;

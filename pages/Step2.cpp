@@ -9,9 +9,11 @@
 #include "link/Devices.h"
 #include "platform/program.h"
 #include "platform/qt/QtText.h"
+#include "platform/serial.h"
 #include "platform/text.h"
 #include "platform/ui.h"
 #include "ports/ports.h"
+#include "settings/Settings.h"
 #include "wizard/CWizard.h"
 #include "wizard/Controls.h"
 
@@ -33,8 +35,8 @@ constexpr int kWatchMilliseconds = 1000;
 /// Item value: what the user has to do to be allowed to open the port; empty when allowed.
 constexpr int kRights = Qt::UserRole;
 
-std::string RightsTo(const std::filesystem::path& folder, const std::string& port) {
-  const ports::Access access = ports::AccessTo(folder, port);
+std::string RightsTo(const std::filesystem::path& device) {
+  const serial::Access access = serial::AccessTo(device);
   if (access.allowed) return {};
   if (access.group.empty()) return "You may not open this port yet, and no group of users may.";
   return "You may not open this port yet. Become a member of the group " + access.group +
@@ -45,9 +47,10 @@ std::string RightsTo(const std::filesystem::path& folder, const std::string& por
 
 /// Tells device, product and rights of `port` in its row of the list.
 void Describe(QComboBox& list, int row, const std::filesystem::path& folder, const std::string& port) {
-  std::string tip = ports::DeviceOf(folder, port)->string();
-  if (const std::string product = ports::ProductOf(folder, port); !product.empty()) tip += ", " + product;
-  const QString rights = qt::Show(RightsTo(folder, port));
+  const std::filesystem::path device = *ports::DeviceOf(folder, port);
+  std::string tip = device.string();
+  if (const std::string product = serial::ProductOf(device); !product.empty()) tip += ", " + product;
+  const QString rights = qt::Show(RightsTo(device));
   const QString shown = QString::fromLocal8Bit(tip) + (rights.isEmpty() ? QString() : u'\n' + rights);
   list.setItemData(row, shown, Qt::ToolTipRole);
   list.setItemData(row, shown, Qt::AccessibleDescriptionRole);

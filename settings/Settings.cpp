@@ -3,14 +3,11 @@
 #include <algorithm>
 #include <array>
 
-#include "firmware/QALclass.h"
-#include "link/Connection.h"
-#include "link/LinkLibrary.h"
 #include "platform/contain.h"
+#include "platform/modDebug.h"
 #include "platform/program.h"
 #include "platform/text.h"
 #include "settings/INIfile.h"
-#include "settings/modDebug.h"
 
 namespace tarnwick {
 namespace {
@@ -47,11 +44,6 @@ constexpr std::array<BooleanKey, 6> kBooleanKeys{{
 constexpr std::string_view kPortKey = "COMport";
 constexpr std::string_view kUrlKey = "URL";
 
-std::filesystem::path SettingsPath() {
-  const program::Identity& self = program::This();
-  return self.folder / (self.name + ".ini");
-}
-
 void TakeKey(const std::string& key, const std::string& value) {
   if (key == text::Upper(kPortKey)) gComPort = text::Upper(value);
   if (key == kUrlKey) gURL = value;
@@ -73,6 +65,32 @@ void TakeUrlParts() {
   DebugLog("DomainName = " + DomainName);
   DebugLog("DomainPath = " + DomainPath);
   DebugLog("DomainDir = " + DomainDir);
+}
+
+}  // namespace
+
+bool gDebugFilter4 = false;
+bool gDebugFilter6 = false;
+bool gModelOverride = false;
+bool gBlockOverride = false;
+bool gTypeOverride = false;
+
+std::string gComPort;
+
+std::string gDefaultURL = BuiltInUrl();
+std::string gURL = gDefaultURL;
+std::string DomainUser;
+std::string DomainPassword;
+std::string DomainName;
+std::string DomainPath;
+std::string DomainDir;
+
+std::filesystem::path gFirmwareDir;
+std::unique_ptr<INIfile> gIni;
+
+std::filesystem::path SettingsPath() {
+  const program::Identity& self = program::This();
+  return self.folder / (self.name + ".ini");
 }
 
 void ReadSettingsFile(const std::filesystem::path& path) {
@@ -102,40 +120,6 @@ void WriteSettingsFile(const std::filesystem::path& path) {
   if (gURL != gDefaultURL) lines->Add(kGroup, kUrlKey, gURL);
   gIni->SaveFile(path);
   gIni.reset();
-}
-
-}  // namespace
-
-bool gDebugFilter4 = false;
-bool gDebugFilter6 = false;
-bool gModelOverride = false;
-bool gBlockOverride = false;
-bool gTypeOverride = false;
-
-std::string gDefaultURL = BuiltInUrl();
-std::string gURL = gDefaultURL;
-std::string DomainUser;
-std::string DomainPassword;
-std::string DomainName;
-std::string DomainPath;
-std::string DomainDir;
-
-std::filesystem::path gFirmwareDir;
-std::unique_ptr<INIfile> gIni;
-
-void LoadSettings() {
-  std::error_code ignored;
-  std::filesystem::current_path(program::This().folder, ignored);
-  gQAL = std::make_unique<QALclass>();
-  ReadSettingsFile(SettingsPath());
-  if (gDebugFilter4) Link().debugFilter(4);
-  if (gDebugFilter6) Link().debugFilter(6);
-}
-
-void SaveSettings() {
-  Contain([] { WriteSettingsFile(SettingsPath()); });
-  gQAL.reset();
-  if (!gComPort.empty()) CloseConnection();
 }
 
 UrlParts SplitUrl(std::string_view locator) {

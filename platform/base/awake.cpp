@@ -1,22 +1,12 @@
 #include "platform/awake.h"
 
 namespace tarnwick::awake {
-namespace {
-IKeeper* gKeeper = nullptr;
-}
-
-void Install(IKeeper& keeper) {
-  gKeeper = &keeper;
-}
-void Uninstall() {
-  gKeeper = nullptr;
-}
 
 Hold::Hold() {
-  if (gKeeper != nullptr) gKeeper->Keep();
+  if (IKeeper* const keeper = Seam<IKeeper>::Used()) keeper->Keep();
 }
 Hold::~Hold() {
-  if (gKeeper != nullptr) gKeeper->LetGo();
+  if (IKeeper* const keeper = Seam<IKeeper>::Used()) keeper->LetGo();
 }
 
 }  // namespace tarnwick::awake

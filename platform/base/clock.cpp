@@ -7,31 +7,23 @@ namespace {
 
 class SystemClock final : public IClock {
  public:
-  std::tm LocalNow() override {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    return local;
-  }
+  std::tm LocalNow() override { return LocalTime(std::time(nullptr)).value_or(std::tm{}); }
   void Sleep(std::chrono::milliseconds duration) override { std::this_thread::sleep_for(duration); }
 };
 
 SystemClock gSystem;
-IClock* gClock = &gSystem;
+
+IClock& Clock() {
+  return Seam<IClock>::UsedOr(gSystem);
+}
 
 }  // namespace
 
-void Install(IClock& replacement) {
-  gClock = &replacement;
-}
-void Uninstall() {
-  gClock = &gSystem;
-}
 std::tm LocalNow() {
-  return gClock->LocalNow();
+  return Clock().LocalNow();
 }
 void Sleep(std::chrono::milliseconds duration) {
-  gClock->Sleep(duration);
+  Clock().Sleep(duration);
 }
 
 }  // namespace tarnwick::clock

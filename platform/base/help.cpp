@@ -1,19 +1,9 @@
 #include "platform/help.h"
 
 namespace tarnwick::help {
-namespace {
-IHelpViewer* gViewer = nullptr;
-}
-
-void Install(IHelpViewer& viewer) {
-  gViewer = &viewer;
-}
-void Uninstall() {
-  gViewer = nullptr;
-}
 
 void Show(const std::filesystem::path& folder, std::string_view topic) {
-  if (gViewer != nullptr) gViewer->Show(folder, topic);
+  if (IHelpViewer* const viewer = Seam<IHelpViewer>::Used()) viewer->Show(folder, topic);
 }
 
 }  // namespace tarnwick::help

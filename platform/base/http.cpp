@@ -1,21 +1,17 @@
 #include "platform/http.h"
 
 namespace tarnwick::http {
-namespace {
 
-ITransport* gTransport = nullptr;
-
-}  // namespace
-
-void Install(ITransport& transport) {
-  gTransport = &transport;
-}
-void Uninstall() {
-  gTransport = nullptr;
+bool Ready(std::string& cause) {
+  if (ITransport* const transport = Seam<ITransport>::Used()) return transport->Ready(cause);
+  cause = "there is no transport";
+  return false;
 }
 
-std::unique_ptr<ISession> OpenSession(const std::string& agent) {
-  return gTransport == nullptr ? nullptr : gTransport->OpenSession(agent);
+std::unique_ptr<IRequest> OpenRequest(const Server& server, const std::string& method, const std::string& path,
+                                      bool reload) {
+  ITransport* const transport = Seam<ITransport>::Used();
+  return transport == nullptr ? nullptr : transport->OpenRequest(server, method, path, reload);
 }
 
 }  // namespace tarnwick::http

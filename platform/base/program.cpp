@@ -7,14 +7,13 @@ namespace tarnwick::program {
 namespace {
 
 std::optional<Identity> gIdentity;
-std::function<void()> gEnd;
 
 Identity ReadIdentity() {
   Identity identity{{}, "Tarnwick", TARNWICK_VERSION_MAJOR, TARNWICK_VERSION_MINOR, TARNWICK_VERSION_PATCH,
                     {}};
   std::error_code error;
-  const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
-  if (error) {
+  const std::filesystem::path executable = RunningFile();
+  if (executable.empty()) {
     identity.folder = std::filesystem::current_path(error);
   } else {
     identity.folder = executable.parent_path();
@@ -50,15 +49,11 @@ std::string Caption() {
 }
 
 void End() {
-  if (gEnd) {
-    gEnd();
+  if (const Ending* const ending = Seam<Ending>::Used()) {
+    ending->run();
   } else {
     std::_Exit(EXIT_SUCCESS);
   }
-}
-
-void SetEnd(std::function<void()> end) {
-  gEnd = std::move(end);
 }
 
 }  // namespace tarnwick::program

@@ -24,31 +24,27 @@ class Nobody final : public IUserInterface {
 };
 
 Nobody gNobody;
-IUserInterface* gUser = &gNobody;
+
+IUserInterface& User() {
+  return Seam<IUserInterface>::UsedOr(gNobody);
+}
 
 }  // namespace
 
-void Install(IUserInterface& user) {
-  gUser = &user;
-}
-void Uninstall() {
-  gUser = &gNobody;
-}
-
 Answer MessageBox(std::string_view text, Buttons buttons, Icon icon) {
-  return gUser->MessageBox(text, buttons, icon);
+  return User().MessageBox(text, buttons, icon);
 }
 std::string InputBox(std::string_view prompt, std::string_view title, std::string_view proposed) {
-  return gUser->InputBox(prompt, title, proposed);
+  return User().InputBox(prompt, title, proposed);
 }
 void PumpEvents() {
-  gUser->PumpEvents();
+  User().PumpEvents();
 }
 void PumpPainting() {
-  gUser->PumpPainting();
+  User().PumpPainting();
 }
 void Beep() {
-  gUser->Beep();
+  User().Beep();
 }
 
 }  // namespace tarnwick::ui

@@ -3,7 +3,7 @@
 #include <memory>
 #include <optional>
 
-#include "platform/library.h"
+#include "platform/SharedLibrary.h"
 
 namespace tarnwick::http {
 namespace {
@@ -14,22 +14,31 @@ bool Bind(const SharedLibrary& library, const char* name, Function& function) {
   return function != nullptr;
 }
 
-std::optional<CurlApi> Load() {
-  const std::unique_ptr<SharedLibrary> library = SharedLibrary::OpenSystem("libcurl.so.4");
-  CurlApi api;
-  bool whole = library != nullptr;
-#define TARNWICK_CURL_FUNCTION(name, function) whole = whole && Bind(*library, #function, api.name);
+/// libcurl, or why there is none.
+struct Loaded {
+  Loaded();
+  std::optional<CurlApi> api;
+  std::string cause;
+};
+
+Loaded::Loaded() {
+  const std::unique_ptr<SharedLibrary> library = SharedLibrary::OpenSystem("libcurl.so.4", cause);
+  CurlApi found;
+#define TARNWICK_CURL_FUNCTION(name, function)                                    \
+  if (cause.empty() && !Bind(*library, #function, found.name))                    \
+    cause = std::string("libcurl lacks ") + #function;
   TARNWICK_CURL_FUNCTIONS(TARNWICK_CURL_FUNCTION)
 #undef TARNWICK_CURL_FUNCTION
-  if (!whole || api.globalInit(CURL_GLOBAL_DEFAULT) != CURLE_OK) return std::nullopt;
-  return api;
+  if (cause.empty() && found.globalInit(CURL_GLOBAL_DEFAULT) != CURLE_OK) cause = "libcurl cannot be set up";
+  if (cause.empty()) api = found;
 }
 
 }  // namespace
 
-const CurlApi* Curl() {
-  static const std::optional<CurlApi> api = Load();
-  return api ? &*api : nullptr;
+const CurlApi* Curl(std::string& cause) {
+  static const Loaded loaded;
+  cause = loaded.cause;
+  return loaded.api ? &*loaded.api : nullptr;
 }
 
 }  // namespace tarnwick::http

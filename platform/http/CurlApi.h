@@ -3,6 +3,8 @@
 
 #include <curl/curl.h>
 
+#include <string>
+
 namespace tarnwick::http {
 
 /// Each function's name here and its name in the library: the one list.
@@ -21,7 +23,8 @@ namespace tarnwick::http {
   FUNCTION(remove, curl_multi_remove_handle) \
   FUNCTION(perform, curl_multi_perform)      \
   FUNCTION(poll, curl_multi_poll)            \
-  FUNCTION(infoRead, curl_multi_info_read)
+  FUNCTION(infoRead, curl_multi_info_read)   \
+  FUNCTION(errorText, curl_easy_strerror)
 
 struct CurlApi {
 #define TARNWICK_CURL_FUNCTION(name, function) decltype(&function) name = nullptr;
@@ -30,7 +33,7 @@ struct CurlApi {
 };
 
 /// Loads libcurl at the first call; it stays to the end of the process, for it may have a thread at
-/// work that looks a name up. Null when the system has none that is fit.
-const CurlApi* Curl();
+/// work that looks a name up. Null, and the reason in `cause`, when the system has none that is fit.
+const CurlApi* Curl(std::string& cause);
 
 }  // namespace tarnwick::http

@@ -44,6 +44,27 @@ std::string Escaped(std::string_view path) {
   return result;
 }
 
+Failure FailureOf(CURLcode result) {
+  switch (result) {
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+      return Failure::NoName;
+    case CURLE_COULDNT_CONNECT:
+      return Failure::NoConnection;
+    case CURLE_OPERATION_TIMEDOUT:
+      return Failure::TooSlow;
+    case CURLE_PARTIAL_FILE:
+    case CURLE_GOT_NOTHING:
+    case CURLE_RECV_ERROR:
+    case CURLE_SEND_ERROR:
+      return Failure::BrokenOff;
+    case CURLE_FILESIZE_EXCEEDED:
+      return Failure::TooLarge;
+    default:
+      return Failure::Other;
+  }
+}
+
 long Milliseconds(std::chrono::milliseconds duration) {
   return static_cast<long>(duration.count());
 }
@@ -60,10 +81,11 @@ CurlRequest::~CurlRequest() {
   mCurl.freeList(mHeaders);
 }
 
-bool CurlRequest::Open(const Peer& peer, const std::string& method, const std::string& path, bool reload) {
+bool CurlRequest::Open(const Server& server, const std::string& method, const std::string& path,
+                       bool reload) {
   if (mEasy == nullptr || mMulti == nullptr) return false;
   SetLimits();
-  SetAddress(peer, path);
+  SetAddress(server, path);
   SetMethod(method);
   AddHeader("Accept:");
   AddHeader("Accept-Encoding: identity");
@@ -89,11 +111,11 @@ void CurlRequest::SetLimits() {
   mCurl.set(mEasy, CURLOPT_QUICK_EXIT, 1L);
 }
 
-void CurlRequest::SetAddress(const Peer& peer, const std::string& path) {
+void CurlRequest::SetAddress(const Server& server, const std::string& path) {
   // A server that is more than a name makes an address that libcurl refuses, not another server.
-  const bool isName = peer.server.find_first_of("/?#@\\") == std::string::npos;
-  const std::string server = isName ? peer.server : std::string();
-  const std::string url = "http://" + server + ":" + std::to_string(peer.port) + Escaped(path);
+  const bool isName = server.name.find_first_of("/?#@\\") == std::string::npos;
+  const std::string name = isName ? server.name : std::string();
+  const std::string url = "http://" + name + ":" + std::to_string(server.port) + Escaped(path);
   mCurl.set(mEasy, CURLOPT_URL, url.c_str());
   mCurl.set(mEasy, CURLOPT_PATH_AS_IS, 1L);
   // A redirection has to be allowed by both.
@@ -101,10 +123,10 @@ void CurlRequest::SetAddress(const Peer& peer, const std::string& path) {
   mCurl.set(mEasy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
   mCurl.set(mEasy, CURLOPT_FOLLOWLOCATION, 1L);
   mCurl.set(mEasy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-  mCurl.set(mEasy, CURLOPT_USERAGENT, peer.agent.c_str());
-  if (peer.userName.empty() && peer.password.empty()) return;
-  mCurl.set(mEasy, CURLOPT_USERNAME, peer.userName.c_str());
-  mCurl.set(mEasy, CURLOPT_PASSWORD, peer.password.c_str());
+  mCurl.set(mEasy, CURLOPT_USERAGENT, server.agent.c_str());
+  if (server.userName.empty() && server.password.empty()) return;
+  mCurl.set(mEasy, CURLOPT_USERNAME, server.userName.c_str());
+  mCurl.set(mEasy, CURLOPT_PASSWORD, server.password.c_str());
   // With more than one way to choose from, libcurl asks without credentials first.
   mCurl.set(mEasy, CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_BASIC | CURLAUTH_DIGEST));
 }
@@ -138,7 +160,10 @@ bool CurlRequest::Send(std::string_view headers, std::string_view body) {
     mCurl.set(mEasy, CURLOPT_COPYPOSTFIELDS, body.data());
   }
   mCurl.set(mEasy, CURLOPT_HTTPHEADER, mHeaders);
-  if (mCurl.add(mMulti, mEasy) != CURLM_OK) return false;
+  if (mCurl.add(mMulti, mEasy) != CURLM_OK) {
+    GiveUp(Failure::NoTransport, "libcurl does not take the request");
+    return false;
+  }
   WaitForBody();
   return !mWaiting.empty() || mWhole;
 }
@@ -171,10 +196,7 @@ void CurlRequest::WaitForBody() {
   Clock::time_point heard = Clock::now();
   for (Step(); mWaiting.empty() && !mEnded; Step()) {
     if (std::exchange(mHeard, false)) heard = Clock::now();
-    if (Clock::now() - heard > mLimits.stall) {
-      mEnded = true;
-      return;
-    }
+    if (Clock::now() - heard > mLimits.stall) return GiveUp(Failure::TooSlow, "nothing came for too long");
     mCurl.poll(mMulti, nullptr, 0, kSliceMilliseconds, nullptr);
     ui::PumpPainting();
   }
@@ -182,13 +204,25 @@ void CurlRequest::WaitForBody() {
 
 void CurlRequest::Step() {
   int running = 0;
-  if (mCurl.perform(mMulti, &running) != CURLM_OK) mEnded = true;
+  if (mCurl.perform(mMulti, &running) != CURLM_OK) GiveUp(Failure::Other, "libcurl cannot go on");
   int left = 0;
   while (const CURLMsg* const message = mCurl.infoRead(mMulti, &left)) {
-    if (message->msg != CURLMSG_DONE) continue;
-    mEnded = true;
-    mWhole = message->data.result == CURLE_OK && mHeadersWhole && !mEncoded;
+    if (message->msg == CURLMSG_DONE) End(message->data.result);
   }
+}
+
+void CurlRequest::End(CURLcode result) {
+  mEnded = true;
+  mWhole = result == CURLE_OK && mHeadersWhole && !mEncoded;
+  if (mWhole || mCause.failure != Failure::None) return;
+  if (mEncoded) return GiveUp(Failure::Packed, "the answer is compressed, though nobody asked for that");
+  if (result == CURLE_OK) return GiveUp(Failure::BrokenOff, "the answer ended within its headers");
+  GiveUp(FailureOf(result), mCurl.errorText(result));
+}
+
+void CurlRequest::GiveUp(Failure failure, std::string words) {
+  mEnded = true;
+  mCause = {failure, std::move(words)};
 }
 
 std::size_t CurlRequest::OnHeader(char* data, std::size_t size, std::size_t items, void* self) {
@@ -212,7 +246,9 @@ bool CurlRequest::TakeHeader(std::string_view line) {
   if (isOtherThan("Content-Encoding:", "identity") || isOtherThan("Transfer-Encoding:", "chunked")) {
     mEncoded = true;
   }
-  return mHeaderBytes <= mLimits.headers;
+  if (mHeaderBytes <= mLimits.headers) return true;
+  mCause = {Failure::TooLarge, "the headers of the answer are too long"};
+  return false;
 }
 
 std::size_t CurlRequest::TakeBody(std::string_view data) {
@@ -222,7 +258,11 @@ std::size_t CurlRequest::TakeBody(std::string_view data) {
     return CURL_WRITEFUNC_PAUSE;
   }
   mBodyBytes += data.size();
-  if (mEncoded || mBodyBytes > mLimits.answer) return 0;
+  if (mEncoded) return 0;
+  if (mBodyBytes > mLimits.answer) {
+    mCause = {Failure::TooLarge, "the answer is longer than the program takes"};
+    return 0;
+  }
   mWaiting.append(data);
   return data.size();
 }

@@ -10,15 +10,6 @@
 
 namespace tarnwick::http {
 
-/// What session and connection know.
-struct Peer {
-  std::string agent;
-  std::string server;
-  std::uint16_t port = 0;
-  std::string userName;
-  std::string password;
-};
-
 class CurlRequest final : public IRequest {
  public:
   CurlRequest(const CurlApi& curl, const Limits& limits);
@@ -27,19 +18,20 @@ class CurlRequest final : public IRequest {
   CurlRequest& operator=(const CurlRequest&) = delete;
 
   /// Before anything else. False when libcurl has no memory for a request.
-  bool Open(const Peer& peer, const std::string& method, const std::string& path, bool reload);
+  bool Open(const Server& server, const std::string& method, const std::string& path, bool reload);
 
   bool Send(std::string_view headers, std::string_view body) override;
   std::int32_t Status() const override;
   std::optional<std::uint64_t> Length() const override;
   bool Read(std::span<char> piece, std::size_t& count) override;
+  Cause WhyNot() const override { return mCause; }
 
  private:
   static std::size_t OnHeader(char* data, std::size_t size, std::size_t items, void* self);
   static std::size_t OnBody(char* data, std::size_t size, std::size_t items, void* self);
 
   void SetLimits();
-  void SetAddress(const Peer& peer, const std::string& path);
+  void SetAddress(const Server& server, const std::string& path);
   void SetMethod(const std::string& method);
   void AddHeader(const std::string& line);
   bool TakeHeader(std::string_view line);
@@ -47,6 +39,10 @@ class CurlRequest final : public IRequest {
   /// Waits until bytes of the body are there, or the answer has ended.
   void WaitForBody();
   void Step();
+  /// The answer has ended as `result` tells.
+  void End(CURLcode result);
+  /// The answer has ended by a limit of ours.
+  void GiveUp(Failure failure, std::string words);
 
   const CurlApi& mCurl;
   const Limits mLimits;
@@ -63,6 +59,7 @@ class CurlRequest final : public IRequest {
   bool mHeard = false;         ///< Something came since this was last looked at.
   bool mPaused = false;        ///< libcurl keeps the next bytes until there is room.
   bool mEnded = false;
+  Cause mCause;          ///< Set where the answer ended otherwise.
   bool mWhole = false;  ///< It ended as it should.
 };
 

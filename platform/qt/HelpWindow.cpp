@@ -6,11 +6,11 @@
 namespace tarnwick::qt {
 
 HelpWindow::HelpWindow() {
-  help::Install(*this);
+  Seam<help::IHelpViewer>::Install(*this);
 }
 
 HelpWindow::~HelpWindow() {
-  help::Uninstall();
+  Seam<help::IHelpViewer>::Uninstall();
 }
 
 void HelpWindow::Show(const std::filesystem::path& folder, std::string_view topic) {

@@ -8,14 +8,14 @@
 #include "mount/MountProcess.h"
 #include "support/TempFolder.h"
 #include "support/VirtualLine.h"
-#include "tarnwick/Library.h"
-#include "tarnwick/SerialPort.h"
+#include "linklib/LinkCore.h"
+#include "linklib/Surroundings.h"
 
 namespace tarnwick::campaign {
 namespace {
 
 using std::to_string;
-using wire::Library;
+using wire::LinkCore;
 using Number = std::uint32_t;
 
 constexpr wire::Duration kLongestCall = std::chrono::seconds(5);
@@ -54,10 +54,10 @@ struct Rig {
   mount::Faults faults;
   mount::Console console{mount, line.line, faults};
   mount::MountProcess process;
-  wire::SerialPortOpener terminal{gFolder.Path()};
+  wire::PortOpener terminal{gFolder.Path()};
   wire::SteadyClock steady;
   wire::IClock& clock = gTerminal ? static_cast<wire::IClock&>(steady) : line;
-  wire::Library library{gTerminal ? static_cast<wire::IPortOpener&>(terminal) : line, clock};
+  wire::LinkCore core{gTerminal ? static_cast<wire::IPortOpener&>(terminal) : line, clock};
 };
 
 struct Sample {
@@ -87,26 +87,26 @@ struct Run {
     if (rig.Ask(command) != "ok\n") wrong = "cannot play " + command;
   }
   template <class... Parameters, class... Arguments>
-  std::int32_t Call(std::int32_t (Library::*function)(Parameters...), Arguments... arguments) {
+  std::int32_t Call(std::int32_t (LinkCore::*function)(Parameters...), Arguments... arguments) {
     const wire::Duration begin = rig.clock.Now();
-    const std::int32_t result = (rig.library.*function)(arguments...);
+    const std::int32_t result = (rig.core.*function)(arguments...);
     longest = std::max(longest, rig.clock.Now() - begin);
     return result;
   }
   std::size_t Blocks() const { return gSample.words.size() / size; }
-  std::int32_t State() { return Call(&Library::GetState, kDevice, &version, &version); }
-  bool Open() { return Call(&Library::InitSerial, "COM5") == 0; }
+  std::int32_t State() { return Call(&LinkCore::GetState, kDevice, &version, &version); }
+  bool Open() { return Call(&LinkCore::InitSerial, "COM5") == 0; }
 
   /// The whole way as the program goes it, without its boxes; `before` is asked before each block. False
   /// when a call failed. A success that the memory does not bear out is wrong.
   bool Program(const std::function<void(std::size_t)>& before = {}) {
-    rig.library.LockHandControl();
+    rig.core.LockHandControl();
     const std::int32_t state = State();
     std::int32_t revision = 0;
-    if (state == 0 || (state == 1 && Call(&Library::GetRevision, kDevice, &revision) == 0)) return false;
-    if (revision >= 4 && Call(&Library::EnterBoot, kDevice) == 0) return false;
-    if (Call(&Library::GetBootRevision, kDevice, &revision) == 0) return false;
-    if (State() == 2 && Call(&Library::StartProgramming, kDevice) == 0) return false;
+    if (state == 0 || (state == 1 && Call(&LinkCore::GetRevision, kDevice, &revision) == 0)) return false;
+    if (revision >= 4 && Call(&LinkCore::EnterBoot, kDevice) == 0) return false;
+    if (Call(&LinkCore::GetBootRevision, kDevice, &revision) == 0) return false;
+    if (State() == 2 && Call(&LinkCore::StartProgramming, kDevice) == 0) return false;
     if (State() != 3) return false;
     for (std::size_t block = 0; block < Blocks(); ++block) {
       const auto w = static_cast<std::int32_t>(block * size);
@@ -115,9 +115,9 @@ struct Run {
         packet.insert(packet.end(), {gSample.words[i] & 0xFF, gSample.words[i] >> 8});
       if (before) before(block);
       const auto count = static_cast<std::int32_t>(packet.size());
-      if (Call(&Library::SendData, kDevice, count, packet.data()) == 0) return false;
+      if (Call(&LinkCore::SendData, kDevice, count, packet.data()) == 0) return false;
     }
-    if (Call(&Library::EndProgramming, kDevice) == 0) return false;
+    if (Call(&LinkCore::EndProgramming, kDevice) == 0) return false;
     if (rig.Ask("dump 16 " + to_string(gSample.words.size())) != gSample.dump) wrong = "a wrong word";
     if (rig.Ask("state").find("complete=yes") == std::string::npos) wrong = "an incomplete image";
     return true;
@@ -231,7 +231,7 @@ bool PlayAll(const Campaign& campaign) {
     Run run(one ? OptionNumber("--run") : drawn, OptionNumber("--seed"));
     const bool complete = campaign.play(run);
     run.Play("fault none");
-    const bool open = complete || run.rig.library.SerialMode() != 0 || run.Open();
+    const bool open = complete || run.rig.core.SerialMode() != 0 || run.Open();
     if (!complete && !(open && run.Program())) run.wrong = "no recovery";
     if (!complete && campaign.complete == 1) run.wrong = "not completed";
     if (run.longest > kLongestCall) run.wrong = "a call of more than 5 seconds";

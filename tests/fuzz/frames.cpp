@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "tarnwick/ReplyReader.h"
+#include "linklib/ReplyReader.h"
 
 using namespace tarnwick::wire;
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "link/Connection.h"
+#include "settings/Settings.h"
 #include "platform/program.h"
 #include "support/LinkDouble.h"
 

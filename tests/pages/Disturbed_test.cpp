@@ -125,10 +125,10 @@ TEST_F(Disturbed, LeavingAtAnyMomentEndsTheProgramAtOnce) {
     ::_exit(status);
   };
   // Settings are saved on the way out, but for a page that is still at work on its step.
-  program::SetEnd([this, end] {
+  ending.run = [this, end] {
     const bool saved = std::filesystem::exists(folder / "Tarnwick.ini");
     end(saved == !stepping && !HasFailure() ? kLeft : kFailed);
-  });
+  };
   const auto leaveAt = [&](int moment) {
     Visit([&, now = 0]() mutable {
       if (gProgramming || gVerifying || ++now < moment) return;

@@ -7,7 +7,7 @@
 #include "PagesTest.h"
 #include "firmware/QALclass.h"
 #include "link/Devices.h"
-#include "platform/SleepInhibitor.h"
+#include "platform/awake.h"
 #include "programmer/modProgrammer.h"
 #include "settings/Settings.h"
 
@@ -178,7 +178,7 @@ TEST_F(Pages, FourRunsInOneOrder) {
 TEST_F(Pages, FourKeepsTheComputerAwakeDuringARun) {
   const std::filesystem::path said = folder / "said", program = folder / "systemd-inhibit";
   const std::string path = ::getenv("PATH");
-  SleepInhibitor keeper;
+  const std::unique_ptr<awake::IKeeper> keeper = awake::SystemKeeper();
   Start();
   WalkTo(4);
   ClickRow("lstDevices", 0);

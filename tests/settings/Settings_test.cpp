@@ -3,11 +3,12 @@
 
 #include <gmock/gmock.h>
 
+#include "app/ProgramSettings.h"
 #include "firmware/QALclass.h"
 #include "link/Connection.h"
 #include "platform/program.h"
 #include "settings/INIfile.h"
-#include "settings/modDebug.h"
+#include "platform/modDebug.h"
 #include "support/ClockDouble.h"
 #include "support/FileFaults.h"
 #include "support/LinkDouble.h"

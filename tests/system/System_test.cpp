@@ -24,11 +24,11 @@ class System : public ProgramTest {
     const PackageDevice azm{"Azm", kAzimuth, CountedWords(51), "0402"};
     WriteFile(folder / "MotorControllers/A.qal", PackageText(5, "", {azm, {"Alt", 17, azm.words, "0402"}}));
   }
-  ~System() override { UninstallLink(); }
+  ~System() override { Seam<ILinkLibrary>::Uninstall(); }
   void StartWithMount() {
     ASSERT_TRUE(mount.Start(TARNWICK_MOUNT, folder / "ports/COM5", {}));
     library = LoadLinkLibrary(folder / "Tarnwick.so");
-    InstallLink(*library);
+    Seam<ILinkLibrary>::Install(*library);
     Start();
   }
 

@@ -31,12 +31,7 @@ class SelfUpdateTest : public testing::Test {
     WriteFile(folder / "My Updater", "old program");
     std::filesystem::permissions(folder / "My Updater", std::filesystem::perms(0755));
     TrustKey(keys.open);
-    process::SetStarter([this](const process::Command& command) {
-      started.push_back(command);
-      return starts;
-    });
   }
-  ~SelfUpdateTest() override { process::SetStarter({}); }
 
   /// The site offers this, signed.
   void Offer(const std::string& name, const std::string& version, const std::string& content) {
@@ -63,6 +58,10 @@ class SelfUpdateTest : public testing::Test {
   Catalogue catalogue;
   std::string rows;
   std::vector<process::Command> started;
+  const InPlace<process::Starter> starter{process::Starter{[this](const process::Command& command) {
+    started.push_back(command);
+    return starts;
+  }}};
   bool starts = true;
 };
 
@@ -121,7 +120,7 @@ TEST_F(SelfUpdateTest, OneThatCannotBeHadStopsAll) {
   const std::function<void()> troubles[] = {
       [&] { site.replies.erase("/at/Tarnwick.DLL"); },
       [&] { ++catalogue.Programs(1).Size; },
-      [] { http::Uninstall(); },
+      [] { Seam<http::ITransport>::Uninstall(); },
       [&] { std::filesystem::create_directories(folder / "$Tarnwick.DLL/in the way"); },
       [&] { starts = false; },
       [&] { std::filesystem::create_directories(folder / "WebUpdate.sh.new/in the way"); },
@@ -131,7 +130,7 @@ TEST_F(SelfUpdateTest, OneThatCannotBeHadStopsAll) {
     Offer("My Updater.EXE", "2.2.5", "new program");
     Check();
     starts = true;
-    http::Install(site);
+    Seam<http::ITransport>::Install(site);
     trouble();
     EXPECT_FALSE(Install());
     std::filesystem::remove_all(folder / "$Tarnwick.DLL");

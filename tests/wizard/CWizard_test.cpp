@@ -5,9 +5,10 @@
 #include <set>
 #include <stdexcept>
 
+#include "app/ProgramSettings.h"
 #include "platform/program.h"
 #include "platform/text.h"
-#include "settings/modDebug.h"
+#include "platform/modDebug.h"
 #include "support/ClockDouble.h"
 #include "support/ResetGlobals.h"
 #include "support/TempFolder.h"
@@ -104,14 +105,12 @@ struct WizardTest : testing::Test, IWizardController {
     WriteFile(folder / "Tarnwick.ini", "[TARNWICK]\r\nCOMport = COM3\r\n");
     std::filesystem::current_path(startFolder.Path());
     program::Set({folder.Path(), "Tarnwick", 2, 2, 4});
-    program::SetEnd([this] { frame.Note("End"); });
     user.log = [this](const std::string& line) { frame.Note(line); };
     RunMain();
   }
-  ~WizardTest() override { program::SetEnd({}); }
   void RunMain() {
     gController = nullptr;
-    controller = Main(frame, {Factory("One"), Factory("Two"), Factory("Three"), Factory("Four")});
+    controller = Main(frame, {LoadSettings, SaveSettings}, {Factory("One"), Factory("Two"), Factory("Three"), Factory("Four")});
     wizard = &controller->WizardHandle();
   }
   PageFactory Factory(const std::string& name) {
@@ -132,6 +131,7 @@ struct WizardTest : testing::Test, IWizardController {
   ClockDouble clock;
   UserDouble user;
   FrameDouble frame;
+  const InPlace<program::Ending> ending{program::Ending{[this] { frame.Note("End"); }}};
   std::unique_ptr<CWizardController> controller;
   CWizard* wizard = nullptr;
 };

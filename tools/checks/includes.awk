@@ -2,12 +2,12 @@
 # up; tools, tests, benchmarks and samples stand outside and may look at anything.
 
 BEGIN {
-  rooms = split("platform ports firmware link settings programmer wizard webupdate pages app", list, " ")
+  rooms = split("platform settings ports firmware link programmer wizard webupdate pages app", list, " ")
   for (i = 1; i <= rooms; ++i) floorOf[list[i]] = i
-  floorOf["tarnwick"] = floorOf["mount"] = 0  # what they may include is told one by one
+  floorOf["linklib"] = floorOf["mount"] = 0  # what they may include is told one by one
   withQt = "^(platform/qt|wizard/window|webupdate/window|pages|app)/"
-  withPosix = "^(platform|ports|tarnwick|mount|tests|benchmarks)/"
-  posix = "^(unistd|fcntl|termios|pty|poll|dlfcn|dirent|pwd|grp|spawn|pthread|netdb|strings|libgen|glob|link|elf)\\.h$" \
+  withPosix = "^(platform/posix|tests|benchmarks)/"
+  posix = "^(unistd|fcntl|termios|pty|poll|dlfcn|dirent|pwd|grp|sched|signal|spawn|pthread|netdb|strings|libgen|glob|link|elf)\\.h$" \
           "|^(sys|linux|net|netinet|arpa|asm)/"
 }
 
@@ -39,8 +39,8 @@ function top(header) {
 # True when a file of `room` may include `header`, which lies in the room `other`.
 function allowed(other, header) {
   if (other == room) return 1
-  if (room == "tarnwick") return other == "ports"
-  if (room == "mount") return placeOf[header] == "tarnwick/frames/"
+  if (room == "linklib") return other == "ports" || other == "platform"
+  if (room == "mount") return other == "platform" || placeOf[header] == "linklib/frames/"
   return (other in floorOf) && floorOf[other] > 0 && floorOf[other] < floorOf[room]
 }
 
@@ -54,7 +54,7 @@ function isQt(header) {
   quoted = $0 ~ /^[^<]*"/
   sub(/[">].*/, "", header)
   if (("/" header "/") ~ /\/\.\.\//) find("includes " header " by a path out of its folder")
-  if (header ~ posix && file !~ withPosix) find("includes " header ", which is for platform, ports, tarnwick and mount alone")
+  if (header ~ posix && file !~ withPosix) find("includes " header ", which is for platform/posix alone")
   if (!(room in floorOf)) next
   other = top(header)
   if (other != "" && (quoted || other in floorOf) && !allowed(other, header)) {

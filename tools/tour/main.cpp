@@ -207,7 +207,7 @@ int Run(QApplication& application, const fs::path& folder, Means means, const QS
 
   App app(application);
   Director director(app.Window(), folder, means);
-  program::SetEnd([&director] { director.Curtain(); });
+  const InPlace<program::Ending> ending{program::Ending{[&director] { director.Curtain(); }}};
   SampleSite site(siteConfiguration, QString::fromStdString(binaries.parent_path().string()));
   Tour tour(director, mount, siteConfiguration.isEmpty() ? nullptr : &site,
             home / "MotorControllers" / TARNWICK_TOUR_PACKAGE);

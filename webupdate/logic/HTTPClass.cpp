@@ -7,7 +7,7 @@
 #include "platform/contain.h"
 #include "platform/text.h"
 #include "platform/ui.h"
-#include "settings/modDebug.h"
+#include "platform/modDebug.h"
 
 namespace tarnwick {
 namespace {
@@ -106,17 +106,14 @@ bool HTTPClass::OpenHTTP(const std::string& server, std::int32_t, const std::opt
   const bool known = userName && password;
   DebugLog("OpenHTTP: " + server + (known ? ", " + *userName + ", " + *password : std::string()));
   CloseHTTP();
-  mSession = http::OpenSession(kAgent);
-  if (!mSession) return false;
-  mConnection =
-      mSession->Connect(server, kPort, userName.value_or(std::string()), password.value_or(std::string()));
-  if (!mConnection) mSession.reset();
-  return mConnection != nullptr;
+  std::string cause;
+  if (!http::Ready(cause)) return false;
+  mServer = {kAgent, server, kPort, userName.value_or(std::string()), password.value_or(std::string())};
+  return true;
 }
 
 void HTTPClass::CloseHTTP() {
-  mConnection.reset();
-  mSession.reset();
+  mServer.reset();
 }
 
 std::string HTTPClass::SendRequest(std::string file, std::string& method, const std::string&, bool reload) {
@@ -141,8 +138,8 @@ std::string HTTPClass::Ask(std::string file, std::string& method, bool reload, K
   const std::string form = BuildFormData();
   const bool post = method == "POST";
   if (!form.empty() && !post) file += "?" + form;
-  if (!mConnection) return {};
-  const std::unique_ptr<http::IRequest> request = mConnection->OpenRequest(method, file, reload);
+  if (!mServer) return {};
+  const std::unique_ptr<http::IRequest> request = http::OpenRequest(*mServer, method, file, reload);
   if (!request) return {};
   const bool withForm = post && !form.empty();
   const bool sent =

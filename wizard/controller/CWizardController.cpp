@@ -1,19 +1,19 @@
 #include "wizard/CWizardController.h"
 
 #include <string>
+#include <utility>
 
+#include "platform/modDebug.h"
 #include "platform/ui.h"
 #include "programmer/modProgrammer.h"
 #include "settings/HelpTopics.h"
-#include "settings/Settings.h"
-#include "settings/modDebug.h"
 
 namespace tarnwick {
 
-CWizardController::CWizardController(IWizardFrame& frame, const PageFactories& pages) {
+CWizardController::CWizardController(IWizardFrame& frame, WizardHooks hooks, const PageFactories& pages) {
   // The log belongs to the folder that the program was started in, and the settings change folders.
   OpenDebugLog();
-  mWizard = std::make_unique<CWizard>(frame, WizardHooks{LoadSettings, SaveSettings});
+  mWizard = std::make_unique<CWizard>(frame, std::move(hooks));
   mWizard->ClientHandle(this);
   mWizard->AddPage(pages[0](), "One");
   mWizard->AddPage(pages[1](), "Two");

@@ -1,11 +1,13 @@
 #include "wizard/modWizard.h"
 
+#include <utility>
+
 namespace tarnwick {
 
 IWizardController* gController = nullptr;
 
-std::unique_ptr<CWizardController> Main(IWizardFrame& frame, const PageFactories& pages) {
-  auto controller = std::make_unique<CWizardController>(frame, pages);
+std::unique_ptr<CWizardController> Main(IWizardFrame& frame, WizardHooks hooks, const PageFactories& pages) {
+  auto controller = std::make_unique<CWizardController>(frame, std::move(hooks), pages);
   gController = controller.get();
   return controller;
 }

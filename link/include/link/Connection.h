@@ -1,14 +1,9 @@
 // Opening the chosen port, deciding whether the link may be used for upgrading, and closing it.
 #pragma once
 
-#include <string>
-
 namespace tarnwick {
 
-/// The chosen port's name, such as "COM5"; empty means that the user chose none.
-extern std::string gComPort;
-
-/// Opens `gComPort` and tests the link; a hand control is tested and locked. True when the link is
+/// Opens the port `gComPort` of the settings and tests the link; a hand control is tested and locked. True when the link is
 /// usable. Shows its own messages.
 bool OpenConnection();
 

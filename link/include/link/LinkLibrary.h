@@ -11,6 +11,8 @@
 #include <span>
 #include <string>
 
+#include "platform/seam.h"
+
 namespace tarnwick {
 
 /// The exports of the link library, without their decoration. `address` is a bus address.
@@ -62,12 +64,8 @@ class ILinkLibrary {
 /// all: what comes back then answers each call with its own failure result.
 std::unique_ptr<ILinkLibrary> LoadLinkLibrary(const std::filesystem::path& path);
 
-/// The library in use. Loaded from `Tarnwick.so` in the program's folder at the first call of this,
+/// The library in use: the one that `Seam<ILinkLibrary>` has, else the loaded one. Loaded from `Tarnwick.so` in the program's folder at the first call of this,
 /// so that a start that needs no telescope does not pay for it.
 ILinkLibrary& Link();
-
-/// Puts `library` in place of the loaded one; it must outlive its use.
-void InstallLink(ILinkLibrary& library);
-void UninstallLink();
 
 }  // namespace tarnwick

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "mount/Memory.h"
-#include "tarnwick/Frame.h"
+#include "linklib/Frame.h"
 
 namespace tarnwick::mount {
 

@@ -4,7 +4,7 @@
 #include <chrono>
 
 #include "mount/Mount.h"
-#include "tarnwick/Frame.h"
+#include "linklib/Frame.h"
 
 namespace tarnwick::mount {
 

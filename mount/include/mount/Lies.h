@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "mount/Mount.h"
-#include "tarnwick/Frame.h"
+#include "linklib/Frame.h"
 
 namespace tarnwick::mount {
 

@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "mount/Device.h"
-#include "tarnwick/Frame.h"
+#include "linklib/Frame.h"
 
 namespace tarnwick::mount {
 

@@ -1,13 +1,13 @@
 // The program tarnwick-mount as a child process, for who drives it: the tour, tests and benchmarks.
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/process.h"
 
 namespace tarnwick::mount {
 
@@ -49,8 +49,7 @@ class MountProcess {
   /// One line of its output with its line feed; empty when none comes.
   std::string Line();
 
-  pid_t mChild = -1;
-  int mSocket = -1;
+  process::Child mChild;
   std::string mArrived;
   std::string mDevice;
 };

@@ -11,6 +11,9 @@ namespace tarnwick {
 
 class INIfile;
 
+/// The chosen port's name, such as "COM5"; empty means that the user chose none.
+extern std::string gComPort;
+
 extern bool gDebugFilter4;   ///< The link library traces frames.
 extern bool gDebugFilter6;   ///< The link library traces the port.
 extern bool gModelOverride;  ///< A device's model is not compared with the package's.
@@ -30,10 +33,13 @@ extern std::filesystem::path gFirmwareDir;
 /// The settings document; there only during a read or a write of the file.
 extern std::unique_ptr<INIfile> gIni;
 
-/// All the work of program start, in this order: working directory, `gQAL`, settings file, debug filters.
-void LoadSettings();
-/// All the work of program end: settings file, `gQAL` released, link closed if a port is in use.
-void SaveSettings();
+/// The settings file: beside the program, under the program's own name.
+std::filesystem::path SettingsPath();
+/// Puts the globals to their defaults, then takes the keys that the file at `path` holds. A missing file, or
+/// one that cannot be read, leaves the defaults. Notes the locator and its parts in the debug log.
+void ReadSettingsFile(const std::filesystem::path& path);
+/// Writes the globals to the file at `path`. A save that is not possible is lost without a message.
+void WriteSettingsFile(const std::filesystem::path& path);
 
 /// A locator in its parts. The form is [user ":" password "@"] host "/" path "/" file, where a
 /// backslash counts as "/". Text without any "/" is all host; a ":" behind the "@" belongs to the host

@@ -4,6 +4,7 @@
 #include <QTableView>
 #include <QTimer>
 
+#include "app/ProgramSettings.h"
 #include "platform/process.h"
 #include "support/HttpDouble.h"
 #include "support/ProgramTest.h"
@@ -176,7 +177,7 @@ TEST_F(WebUpdateTest, ANewerProgramIsOfferedAndInstalledOnlyWhenAllIsRight) {
       "YesNo ?|A newer version of this program is available.\r\n\r\nTarnwick.EXE  v2.2.5\r\n\r\n"
       "Do you wish to download and install?";
   bool started = false;
-  process::SetStarter([&](const process::Command&) { return started = true; });
+  const InPlace<process::Starter> starter{process::Starter{[&](const process::Command&) { return started = true; }}};
   std::string during;
   onPump = [&] {
     if (!web->isVisible()) return;
@@ -201,7 +202,6 @@ TEST_F(WebUpdateTest, ANewerProgramIsOfferedAndInstalledOnlyWhenAllIsRight) {
   EXPECT_EQ(during, "000Installing Program ...|About Alpha\n");
   EXPECT_TRUE(web->isVisible() && started && std::filesystem::exists(folder / "$Tarnwick.EXE"));
   onPump = {};
-  process::SetStarter({});
 }
 
 }  // namespace

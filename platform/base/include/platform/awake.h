@@ -1,6 +1,10 @@
 // Keeping the computer awake while work runs that sleep would cut off.
 #pragma once
 
+#include <memory>
+
+#include "platform/seam.h"
+
 namespace tarnwick::awake {
 
 class IKeeper {
@@ -13,11 +17,12 @@ class IKeeper {
   virtual void LetGo() = 0;
 };
 
-/// Puts `keeper` in place; it must outlive its use. Until then nothing happens.
-void Install(IKeeper& keeper);
-void Uninstall();
+/// The keeper that the system offers, in place by `Seam<IKeeper>` for its lifetime. Nothing is linked, started
+/// or looked up before its first `Keep`, and its lock goes with this process however that ends.
+std::unique_ptr<IKeeper> SystemKeeper();
 
-/// Keeps the computer awake for its lifetime. One at a time.
+/// Keeps the computer awake for its lifetime, by the keeper that is in place; without one nothing happens. One
+/// at a time.
 class Hold {
  public:
   Hold();

@@ -3,6 +3,9 @@
 
 #include <chrono>
 #include <ctime>
+#include <optional>
+
+#include "platform/seam.h"
 
 namespace tarnwick::clock {
 
@@ -15,11 +18,11 @@ class IClock {
   virtual void Sleep(std::chrono::milliseconds duration) = 0;
 };
 
-/// Puts `replacement` in place; it must outlive its use.
-void Install(IClock& replacement);
-void Uninstall();
-
+// By the clock that `Seam<IClock>` has, else the system's.
 std::tm LocalNow();
 void Sleep(std::chrono::milliseconds duration);
+
+/// The local date and time of a moment; none where the system has no answer.
+std::optional<std::tm> LocalTime(std::time_t moment);
 
 }  // namespace tarnwick::clock

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <string_view>
 
+#include "platform/seam.h"
+
 namespace tarnwick::help {
 
 class IHelpViewer {
@@ -13,10 +15,7 @@ class IHelpViewer {
   virtual void Show(const std::filesystem::path& folder, std::string_view topic) = 0;
 };
 
-/// Puts `viewer` in place; it must outlive its use. Until then nothing is shown.
-void Install(IHelpViewer& viewer);
-void Uninstall();
-
+/// By the viewer that `Seam<IHelpViewer>` has; nothing where it has none.
 void Show(const std::filesystem::path& folder, std::string_view topic);
 
 }  // namespace tarnwick::help

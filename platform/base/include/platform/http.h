@@ -1,8 +1,7 @@
 // The HTTP transport: one request at a time to one server, answered piece by piece.
 //
 // The calls block, yet the window goes on painting while they wait (`ui::PumpPainting`); what the user
-// does meanwhile stays pending until the caller pumps. Text is bytes, handed on unchanged. Each object
-// can be dropped at any time, also before the one that it came from.
+// does meanwhile stays pending until the caller pumps. Text is bytes, handed on unchanged.
 #pragma once
 
 #include <cstdint>
@@ -12,10 +11,40 @@
 #include <string>
 #include <string_view>
 
+#include "platform/seam.h"
+
 namespace tarnwick::http {
 
 /// The longest answer that a transport hands out, in bytes.
 inline constexpr std::uint64_t kLargestAnswer = std::uint64_t{64} << 20;
+
+/// A server, and who the user is there.
+struct Server {
+  std::string agent;  ///< The name under which the program asks.
+  std::string name;   ///< Of the server, as in an address.
+  std::uint16_t port = 80;
+  std::string userName;  ///< With the password shown only to a server that asks for them; both may be empty.
+  std::string password;
+};
+
+/// Why there is no whole answer.
+enum class Failure {
+  None,
+  NoTransport,   ///< This system has no HTTP, or no memory for a request.
+  NoName,        ///< Nobody knows the server's name.
+  NoConnection,  ///< The server refused, or could not be reached.
+  TooSlow,       ///< A limit of time was hit.
+  BrokenOff,     ///< The answer, or the line, ended too early.
+  TooLarge,      ///< A limit of size was hit.
+  Packed,        ///< The answer is compressed, though nobody asked for that.
+  Other,         ///< Anything else; the words say what.
+};
+
+/// A failure, and what the transport says of it, for a person to read.
+struct Cause {
+  Failure failure = Failure::None;
+  std::string words;
+};
 
 /// One request and its answer; closed with its object.
 class IRequest {
@@ -35,40 +64,30 @@ class IRequest {
   /// Fills `piece` from its begin with at most its size of the answer's next bytes. A `count` of 0 marks
   /// the end of a whole answer. False when the answer broke off or went over a limit.
   virtual bool Read(std::span<char> piece, std::size_t& count) = 0;
-};
 
-/// A server, and who the user is there. Nothing is sent before a request is.
-class IConnection {
- public:
-  virtual ~IConnection() = default;
-
-  /// `path` is the path on the server with any query, beginning with "/". With `reload` the server
-  /// itself must answer, and no cache on the way. None on failure.
-  virtual std::unique_ptr<IRequest> OpenRequest(const std::string& method, const std::string& path,
-                                                bool reload) = 0;
-};
-
-class ISession {
- public:
-  virtual ~ISession() = default;
-
-  /// The credentials are shown only to a server that asks for them. None on failure.
-  virtual std::unique_ptr<IConnection> Connect(const std::string& server, std::uint16_t port,
-                                               const std::string& userName, const std::string& password) = 0;
+  /// Why `Send` or `Read` gave false.
+  virtual Cause WhyNot() const = 0;
 };
 
 class ITransport {
  public:
   virtual ~ITransport() = default;
 
-  /// `agent` is the name under which the program asks. None where there is no HTTP on this system.
-  virtual std::unique_ptr<ISession> OpenSession(const std::string& agent) = 0;
+  /// Whether this system can ask at all; where it cannot, `cause` says why.
+  virtual bool Ready(std::string& cause) = 0;
+
+  /// `path` is the path on the server with any query, beginning with "/". With `reload` the server
+  /// itself must answer, and no cache on the way. Nothing is sent yet. None on failure, and always where the
+  /// transport is not ready.
+  virtual std::unique_ptr<IRequest> OpenRequest(const Server& server, const std::string& method,
+                                                const std::string& path, bool reload) = 0;
 };
 
-/// Puts `transport` in place; it must outlive its use. Until then no session opens.
-void Install(ITransport& transport);
-void Uninstall();
+/// Whether requests can be made by the transport that `Seam<ITransport>` has; where not, `cause` says why.
+bool Ready(std::string& cause);
 
-std::unique_ptr<ISession> OpenSession(const std::string& agent);
+/// A request by that transport; none where it has none.
+std::unique_ptr<IRequest> OpenRequest(const Server& server, const std::string& method, const std::string& path,
+                                      bool reload);
 
 }  // namespace tarnwick::http

@@ -6,6 +6,8 @@
 #include <functional>
 #include <string>
 
+#include "platform/seam.h"
+
 namespace tarnwick::program {
 
 /// Identity of the running program. The file name decides titles, the settings file and the help.
@@ -23,6 +25,9 @@ const Identity& This();
 /// Replaces the identity, for programs that drive this one and for tests.
 void Set(Identity identity);
 
+/// The running program's file as the system knows it; empty where it does not.
+std::filesystem::path RunningFile();
+
 /// The running program's file.
 std::filesystem::path Executable();
 
@@ -31,9 +36,13 @@ std::string VersionText();
 /// The frame's caption at rest: name, two blanks, "v" and the version.
 std::string Caption();
 
+/// What happens in place of the process's end, where `Seam<Ending>` has one.
+struct Ending {
+  std::function<void()> run;
+};
+
 /// Ends the process at once, without returning and without running anything else.
-/// A replacement set with `SetEnd` may return; callers make `End` their last action.
+/// An `Ending` in place may return; callers make `End` their last action.
 void End();
-void SetEnd(std::function<void()> end);
 
 }  // namespace tarnwick::program

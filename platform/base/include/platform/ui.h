@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/seam.h"
+
 namespace tarnwick::ui {
 
 /// The buttons of a box, in order. The first is always the default button.
@@ -34,11 +36,8 @@ class IUserInterface {
   virtual void Beep() = 0;
 };
 
-/// Puts `user` in place; it must outlive its use. Until then boxes answer with their last button
-/// and nothing is shown.
-void Install(IUserInterface& user);
-/// Back to the state before the first `Install`.
-void Uninstall();
+// The user is put in place by `Seam<IUserInterface>`. Until then boxes answer with their last button and
+// nothing is shown.
 
 Answer MessageBox(std::string_view text, Buttons buttons = Buttons::Ok, Icon icon = Icon::Exclamation);
 std::string InputBox(std::string_view prompt, std::string_view title, std::string_view proposed);

@@ -10,8 +10,8 @@ namespace tarnwick::test {
 /// Installs itself for its lifetime.
 class ClockDouble final : public clock::IClock {
  public:
-  ClockDouble() { clock::Install(*this); }
-  ~ClockDouble() override { clock::Uninstall(); }
+  ClockDouble() { Seam<clock::IClock>::Install(*this); }
+  ~ClockDouble() override { Seam<clock::IClock>::Uninstall(); }
   std::tm LocalNow() override { return now; }
   void Sleep(std::chrono::milliseconds duration) override { sleeps.push_back(duration); }
 

@@ -11,29 +11,22 @@ namespace tarnwick::test {
 /// Installs itself for its lifetime. A path without a reply is missing on the site.
 class HttpDouble final : public http::ITransport {
  public:
-  HttpDouble() { http::Install(*this); }
-  ~HttpDouble() override { http::Uninstall(); }
+  HttpDouble() { Seam<http::ITransport>::Install(*this); }
+  ~HttpDouble() override { Seam<http::ITransport>::Uninstall(); }
 
-  std::unique_ptr<http::ISession> OpenSession(const std::string&) override {
-    return std::make_unique<Client>(*this);
+  bool Ready(std::string&) override { return true; }
+  std::unique_ptr<http::IRequest> OpenRequest(const http::Server&, const std::string&, const std::string& path,
+                                              bool) override {
+    auto request = std::make_unique<Request>();
+    request->there = replies.contains(path);
+    if (request->there) request->content = replies[path];
+    return request;
   }
 
   std::map<std::string, std::string> replies;
 
  private:
-  /// A session, a connection or a request.
-  struct Client final : http::ISession, http::IConnection, http::IRequest {
-    explicit Client(HttpDouble& owner) : site(owner) {}
-    std::unique_ptr<http::IConnection> Connect(const std::string&, std::uint16_t, const std::string&,
-                                               const std::string&) override {
-      return std::make_unique<Client>(site);
-    }
-    std::unique_ptr<http::IRequest> OpenRequest(const std::string&, const std::string& path, bool) override {
-      auto request = std::make_unique<Client>(site);
-      request->there = site.replies.contains(path);
-      if (request->there) request->content = site.replies[path];
-      return request;
-    }
+  struct Request final : http::IRequest {
     bool Send(std::string_view, std::string_view) override { return true; }
     std::int32_t Status() const override { return there ? 200 : 404; }
     std::optional<std::uint64_t> Length() const override { return std::nullopt; }
@@ -43,7 +36,8 @@ class HttpDouble final : public http::ITransport {
       return true;
     }
 
-    HttpDouble& site;
+    http::Cause WhyNot() const override { return {}; }
+
     bool there = false;
     std::string content;
     std::size_t taken = 0;

@@ -26,8 +26,8 @@ struct ScriptedDevice {
 /// mode when ended, unless the call was made to fail.
 class LinkDouble final : public ILinkLibrary {
  public:
-  LinkDouble() { InstallLink(*this); }
-  ~LinkDouble() override { UninstallLink(); }
+  LinkDouble() { Seam<ILinkLibrary>::Install(*this); }
+  ~LinkDouble() override { Seam<ILinkLibrary>::Uninstall(); }
 
   /// Makes the nth call from now on (from 1) whose name is `name` fail with `result`.
   void Fail(const std::string& name, int nth, std::int32_t result = 0) {

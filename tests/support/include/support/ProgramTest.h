@@ -30,8 +30,8 @@ namespace tarnwick::test {
 class ProgramTest : public testing::Test {
  public:
   ProgramTest() : app((Prepare(folder), *qApp)) {
-    program::SetEnd([this] { ended = true; });
-    awake::Uninstall();  // The tester's computer may sleep when it likes.
+    Seam<program::Ending>::Install(ending);
+    Seam<awake::IKeeper>::Uninstall();  // The tester's computer may sleep when it likes.
     user.onPump = [this] {
       QCoreApplication::processEvents();
       if (onPump) onPump();
@@ -39,7 +39,7 @@ class ProgramTest : public testing::Test {
   }
   ~ProgramTest() override {
     user.onPump = {};
-    program::SetEnd({});
+    Seam<program::Ending>::Uninstall();
     gController = nullptr;
     std::filesystem::current_path(std::filesystem::temp_directory_path());
   }
@@ -121,6 +121,7 @@ class ProgramTest : public testing::Test {
   WizardWindow& window = app.Window();
   std::function<void()> onPump;  ///< Runs in each round of events.
   bool ended = false;
+  program::Ending ending{[this] { ended = true; }};
 
  private:
   static void Prepare(const TempFolder& folder) {

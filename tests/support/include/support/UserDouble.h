@@ -15,8 +15,8 @@ namespace tarnwick::test {
 /// Installs itself for its lifetime. Without a queued answer the default button is pressed.
 class UserDouble : public ui::IUserInterface {
  public:
-  UserDouble() { ui::Install(*this); }
-  ~UserDouble() override { ui::Uninstall(); }
+  UserDouble() { Seam<ui::IUserInterface>::Install(*this); }
+  ~UserDouble() override { Seam<ui::IUserInterface>::Uninstall(); }
 
   ui::Answer MessageBox(std::string_view text, ui::Buttons buttons, ui::Icon icon) override {
     constexpr std::array kButtons{"Ok ", "YesNo ", "RetryCancel "};

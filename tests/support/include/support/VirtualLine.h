@@ -7,7 +7,7 @@
 
 #include "mount/Line.h"
 #include "mount/Mount.h"
-#include "tarnwick/ISerialPort.h"
+#include "linklib/Surroundings.h"
 
 namespace tarnwick::test {
 
@@ -16,8 +16,9 @@ namespace tarnwick::test {
 struct VirtualLine : wire::IClock, wire::IPortOpener {
   explicit VirtualLine(mount::Mount& mount) : endpoint(mount) {}
   wire::Duration Now() override { return now; }
-  std::unique_ptr<wire::ISerialPort> Open(const std::string& name) override {
-    return name == "COM5" ? std::make_unique<Port>(*this) : nullptr;
+  std::unique_ptr<serial::ILine> Open(const std::string& name, std::error_code& error) override {
+    error = name == "COM5" ? std::error_code() : std::make_error_code(std::errc::no_such_device);
+    return error ? nullptr : std::make_unique<Port>(*this);
   }
 
   mount::Endpoint endpoint;
@@ -26,17 +27,21 @@ struct VirtualLine : wire::IClock, wire::IPortOpener {
   bool hungUp = false;  ///< Each use of the line fails.
 
  private:
-  struct Port : wire::ISerialPort {
+  std::error_code Lost() const {
+    return hungUp ? std::make_error_code(std::errc::io_error) : std::error_code();
+  }
+
+  struct Port : serial::ILine {
     explicit Port(VirtualLine& virtualLine) : at(virtualLine) {}
-    bool Speed(int to) override {
+    std::error_code Speed(int to) override {
       speed = to;
-      return !at.hungUp;
+      return at.Lost();
     }
-    bool Write(std::span<const std::uint8_t> bytes, wire::Duration) override {
+    std::error_code Write(std::span<const std::uint8_t> bytes, wire::Duration) override {
       at.line.Send(bytes, speed, at.now);
-      return !at.hungUp;
+      return at.Lost();
     }
-    int Read(std::span<std::uint8_t> buffer, wire::Duration limit) override {
+    std::size_t Read(std::span<std::uint8_t> buffer, wire::Duration limit, std::error_code& error) override {
       for (const wire::Duration end = at.now + limit; !at.hungUp;
            at.now = std::clamp(at.line.Due().value_or(end), at.now, end)) {
         const wire::Bytes bytes = at.line.Take(speed, at.now);
@@ -46,7 +51,8 @@ struct VirtualLine : wire::IClock, wire::IPortOpener {
       const std::size_t count = std::min(arrived.size(), buffer.size());
       std::copy_n(arrived.begin(), count, buffer.begin());
       arrived.erase(arrived.begin(), arrived.begin() + static_cast<std::ptrdiff_t>(count));
-      return at.hungUp ? -1 : static_cast<int>(count);
+      error = at.Lost();
+      return error ? 0 : count;
     }
 
     VirtualLine& at;

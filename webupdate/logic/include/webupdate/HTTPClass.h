@@ -34,8 +34,8 @@ class HTTPClass {
   /// Empty when there is no such field.
   std::string Fields(std::string_view name) const;
 
-  /// Closes what is open, and opens a session and a connection to `server`, always at port 80. Nothing
-  /// is sent yet. Without a message on failure.
+  /// Closes what is open, and takes `server`, always at port 80, as the one to ask. Nothing is sent yet. False,
+  /// without a message, where this system cannot ask at all.
   bool OpenHTTP(const std::string& server, std::int32_t port = 80,
                 const std::optional<std::string>& userName = {},
                 const std::optional<std::string>& password = {});
@@ -68,8 +68,7 @@ class HTTPClass {
   bool Receive(http::IRequest& request, std::string& answer, Kind kind);
   void Report(const std::string& answer, Kind kind) const;
 
-  std::unique_ptr<http::ISession> mSession;
-  std::unique_ptr<http::IConnection> mConnection;
+  std::optional<http::Server> mServer;  ///< None while nothing is open.
   std::vector<Field> mFields;
 };
 

@@ -19,7 +19,7 @@ class CWizardController final : public IWizardController {
  public:
   /// The whole start of the program: debug log opened, wizard created and settings loaded, pages
   /// added, first page and frame shown. `frame` must outlive the controller.
-  CWizardController(IWizardFrame& frame, const PageFactories& pages);
+  CWizardController(IWizardFrame& frame, WizardHooks hooks, const PageFactories& pages);
 
   void BeforeUILoad() override {}
   /// Never refuses.

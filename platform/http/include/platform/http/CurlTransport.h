@@ -1,4 +1,4 @@
-// HTTP over libcurl, which is loaded when the first session opens: a program that is started to write
+// HTTP over libcurl, which is loaded at the first use: a program that is started to write
 // firmware into a mount never pays for it.
 //
 // Asks in HTTP/1.1, in the clear, through the proxy that the environment names (`http_proxy`,
@@ -27,13 +27,16 @@ struct Limits {
 /// Installs itself for its lifetime.
 class CurlTransport final : public ITransport {
  public:
-  explicit CurlTransport(const Limits& limits = {}) : mLimits(limits) { Install(*this); }
-  ~CurlTransport() override { Uninstall(); }
+  explicit CurlTransport(const Limits& limits = {}) : mLimits(limits) {
+    Seam<ITransport>::Install(*this);
+  }
+  ~CurlTransport() override { Seam<ITransport>::Uninstall(); }
   CurlTransport(const CurlTransport&) = delete;
   CurlTransport& operator=(const CurlTransport&) = delete;
 
-  /// None when libcurl is not on this system.
-  std::unique_ptr<ISession> OpenSession(const std::string& agent) override;
+  bool Ready(std::string& cause) override;
+  std::unique_ptr<IRequest> OpenRequest(const Server& server, const std::string& method, const std::string& path,
+                                        bool reload) override;
 
  private:
   Limits mLimits;

@@ -9,8 +9,8 @@ namespace tarnwick::qt {
 /// the active window and carry the program's name as title.
 class QtUser final : public ui::IUserInterface {
  public:
-  QtUser() { ui::Install(*this); }
-  ~QtUser() override { ui::Uninstall(); }
+  QtUser() { Seam<ui::IUserInterface>::Install(*this); }
+  ~QtUser() override { Seam<ui::IUserInterface>::Uninstall(); }
   QtUser(const QtUser&) = delete;
   QtUser& operator=(const QtUser&) = delete;
 

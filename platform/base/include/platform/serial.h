@@ -1,0 +1,62 @@
+// The serial ports of the system: which devices are there, and one of them as an open line.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+#include <system_error>
+
+namespace tarnwick::serial {
+
+using Duration = std::chrono::microseconds;
+
+/// The device that the system has under a number of the list of ports, there or not; `number` is from 1
+/// to 16.
+std::filesystem::path StandardDevice(int number);
+
+/// True when `device`, with links followed, is a serial port that is there. No port is opened for use. One
+/// that the system offers without hardware behind it does not exist.
+bool IsPort(const std::filesystem::path& device);
+
+/// What the system knows of the product behind `device`, such as "USB-Serial Controller"; empty when it
+/// knows nothing.
+std::string ProductOf(const std::filesystem::path& device);
+
+/// True when `device` hangs on the computer's USB, so that it can have been plugged in for the mount.
+bool IsUsb(const std::filesystem::path& device);
+
+/// The name of a program of this user, or one that this user may look at, that has `device` open; empty
+/// where the system tells of none. This process does not count.
+std::string HolderOf(const std::filesystem::path& device);
+
+/// Whether the user of this process may open a device.
+struct Access {
+  bool allowed = true;  ///< True as well where there is no device.
+  std::string group;    ///< Whose members may, where this user may not; empty when no group may.
+};
+Access AccessTo(const std::filesystem::path& device);
+
+/// An open serial line, held exclusively until its end. A call that fails says why; the line is gone then,
+/// and each further call fails too, but for `Speed`.
+class ILine {
+ public:
+  virtual ~ILine() = default;
+  /// Sets the speed, in bits per second. An error when the line cannot take it, or takes another.
+  virtual std::error_code Speed(int speed) = 0;
+  /// Sends all bytes. An error when the line is gone, or did not take them within `limit`.
+  virtual std::error_code Write(std::span<const std::uint8_t> bytes, Duration limit) = 0;
+  /// Waits up to `limit` for bytes. The number put into `buffer`, 0 when none came or, at once and with
+  /// `error` set, when the line is gone.
+  virtual std::size_t Read(std::span<std::uint8_t> buffer, Duration limit, std::error_code& error) = 0;
+};
+
+/// Opens `device` raw, without parity, at `speed` bits per second and with nothing waiting in it. What was
+/// set before is put back at the end. Null, and the cause in `error`, where that cannot be done: a device
+/// that another program holds is `device_or_resource_busy`, one that is no terminal
+/// `inappropriate_io_control_operation`.
+std::unique_ptr<ILine> Open(const std::filesystem::path& device, int speed, std::error_code& error);
+
+}  // namespace tarnwick::serial

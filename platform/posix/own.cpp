@@ -1,0 +1,18 @@
+// What the system knows of this process, and of its time.
+#include "platform/clock.h"
+#include "platform/program.h"
+
+namespace tarnwick {
+
+std::filesystem::path program::RunningFile() {
+  std::error_code error;
+  return std::filesystem::read_symlink("/proc/self/exe", error);
+}
+
+std::optional<std::tm> clock::LocalTime(std::time_t moment) {
+  std::tm local{};
+  if (::localtime_r(&moment, &local) == nullptr) return std::nullopt;
+  return local;
+}
+
+}  // namespace tarnwick
