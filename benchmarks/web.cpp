@@ -20,7 +20,7 @@
 #include "support/UserDouble.h"
 #include "webupdate/HTTPClass.h"
 #include "webupdate/frmWebUpdate.h"
-#include "wizard/ProgressBar.h"
+#include "widgets/ProgressBar.h"
 
 namespace tarnwick::bench {
 namespace {

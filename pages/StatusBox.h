@@ -1,7 +1,7 @@
 // The status report, as the pages show it.
 #pragma once
 
-#include "wizard/Controls.h"
+#include "widgets/Controls.h"
 
 namespace tarnwick {
 

@@ -9,7 +9,8 @@
 #include "platform/program.h"
 #include "platform/qt/QtText.h"
 #include "settings/Settings.h"
-#include "wizard/Controls.h"
+#include "widgets/Controls.h"
+#include "widgets/Scale.h"
 
 namespace tarnwick {
 

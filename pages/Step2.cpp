@@ -14,8 +14,9 @@
 #include "platform/ui.h"
 #include "ports/ports.h"
 #include "settings/Settings.h"
+#include "widgets/Controls.h"
+#include "widgets/Scale.h"
 #include "wizard/CWizard.h"
-#include "wizard/Controls.h"
 
 namespace tarnwick {
 namespace {

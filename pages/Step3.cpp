@@ -16,8 +16,10 @@
 #include "programmer/PackageFit.h"
 #include "settings/Settings.h"
 #include "webupdate/frmWebUpdate.h"
+#include "widgets/Controls.h"
+#include "widgets/ListBox.h"
+#include "widgets/Scale.h"
 #include "wizard/CWizard.h"
-#include "wizard/Controls.h"
 #include "wizard/modWizard.h"
 
 namespace tarnwick {
@@ -42,7 +44,7 @@ Step3::Step3() : PageWindow(6960, 2715) {}
 void Step3::Form_Load() {
   Label1 = MakeLabel(this, "Label1", "Choose Firmware or ......");
   lstFirmware = new ListBox(this, "lstFirmware", QStringLiteral("Firmware packages"));
-  lstFirmware->onClick = [this] { lstFirmware_Click(); };
+  lstFirmware->onChoose = [this] { lstFirmware_Click(); };
   Label1->setBuddy(lstFirmware);
   cmdWebUpdate = MakeButton(this, "cmdWebUpdate", "Download via the Web", [this] { cmdWebUpdate_Click(); });
   txtFirmware = new TextBox(this, "txtFirmware", QStringLiteral("About the selected package"));

@@ -15,9 +15,11 @@
 #include "programmer/ProgrammingRun.h"
 #include "programmer/Verify.h"
 #include "programmer/modProgrammer.h"
+#include "widgets/Controls.h"
+#include "widgets/ListBox.h"
+#include "widgets/ProgressBar.h"
+#include "widgets/Scale.h"
 #include "wizard/CWizard.h"
-#include "wizard/Controls.h"
-#include "wizard/ProgressBar.h"
 #include "wizard/modWizard.h"
 
 namespace tarnwick {
@@ -52,7 +54,7 @@ Step4::Step4() : PageWindow(6960, 2715) {}
 void Step4::Form_Load() {
   // Made in the order in which the focus goes.
   lstDevices = new ListBox(this, "lstDevices", QStringLiteral("Devices"));
-  lstDevices->onClick = [this] { ClearProgress(); };
+  lstDevices->onChoose = [this] { ClearProgress(); };
   cmdProgram = MakeButton(this, "cmdProgram", "Begin Programming", [this] { cmdProgram_Click(); });
   cmdVerify = MakeButton(this, "cmdVerify", "Verify Firmware", [this] { cmdVerify_Click(); });
   txtStatus = new StatusBox(this);

@@ -2,10 +2,10 @@
 # up; tools, tests, benchmarks and samples stand outside and may look at anything.
 
 BEGIN {
-  rooms = split("platform settings ports firmware link programmer wizard webupdate pages app", list, " ")
+  rooms = split("platform settings ports firmware link programmer widgets wizard webupdate pages app", list, " ")
   for (i = 1; i <= rooms; ++i) floorOf[list[i]] = i
   floorOf["linklib"] = floorOf["mount"] = 0  # what they may include is told one by one
-  withQt = "^(platform/qt|wizard/window|webupdate/window|pages|app)/"
+  withQt = "^(platform/qt|widgets|wizard/window|webupdate/window|pages|app)/"
   withPosix = "^(platform/posix|tests|benchmarks)/"
   posix = "^(unistd|fcntl|termios|pty|poll|dlfcn|dirent|pwd|grp|sched|signal|spawn|pthread|netdb|strings|libgen|glob|link|elf)\\.h$" \
           "|^(sys|linux|net|netinet|arpa|asm)/"

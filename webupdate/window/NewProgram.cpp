@@ -4,7 +4,7 @@
 #include "platform/ui.h"
 #include "webupdate/SelfUpdate.h"
 #include "webupdate/frmWebUpdate.h"
-#include "wizard/ProgressBar.h"
+#include "widgets/ProgressBar.h"
 
 namespace tarnwick {
 

@@ -1,12 +1,10 @@
 #include "PackageGrid.h"
 
 #include <QHeaderView>
-#include <QKeyEvent>
-#include <QMouseEvent>
 #include <algorithm>
 #include <array>
 
-#include "wizard/Controls.h"
+#include "widgets/Scale.h"
 
 namespace tarnwick {
 namespace {
@@ -51,12 +49,10 @@ class CharacterWidths {
 }  // namespace
 
 PackageGrid::PackageGrid(QWidget* parent, const Catalogue& catalogue)
-    : QTableView(parent), mTable(catalogue, this) {
+    : ChoosingView(parent), mTable(catalogue, this) {
   setObjectName(QStringLiteral("Grid"));
   setAccessibleName(QStringLiteral("Firmware packages"));
   setModel(&mTable);
-  setSelectionBehavior(SelectRows);
-  setSelectionMode(SingleSelection);
   setTabKeyNavigation(false);
   setWordWrap(false);
   setCornerButtonEnabled(false);
@@ -67,24 +63,25 @@ PackageGrid::PackageGrid(QWidget* parent, const Catalogue& catalogue)
   horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setStretchLastSection(true);
   horizontalHeader()->setMaximumSectionSize(Pixels(kWidestColumn));
-  connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] { Chosen(); });
+  Listen();
 }
 
 void PackageGrid::Fill() {
   const int row = Row();
   const bool chosen = selectionModel()->hasSelection();
-  mQuiet = true;
-  mTable.Refill();
-  FitColumns();
-  const int count = mTable.rowCount();
-  if (count > 0) {
+  Quietly([&] {
+    mTable.Refill();
+    FitColumns();
+    const int count = mTable.rowCount();
+    if (count == 0) return;
     const QModelIndex current = mTable.index(std::clamp(row, 1, count) - 1, 0);
-    selectionModel()->setCurrentIndex(
-        current, chosen ? QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows
-                        : QItemSelectionModel::SelectionFlags(QItemSelectionModel::NoUpdate));
+    if (chosen) {
+      SelectRow(current.row());
+    } else {
+      selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+    }
     scrollTo(current);
-  }
-  mQuiet = false;
+  });
 }
 
 void PackageGrid::FitColumns() {
@@ -100,35 +97,7 @@ void PackageGrid::FitColumns() {
 }
 
 void PackageGrid::Row(int row) {
-  mQuiet = true;
-  selectRow(row - 1);
-  mQuiet = false;
-}
-
-void PackageGrid::keyPressEvent(QKeyEvent* event) {
-  const bool moves = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
-  if (moves && Row() > 0 && !selectionModel()->hasSelection()) {
-    selectRow(Row() - 1);  // The first step chooses the row that is current already.
-    return;
-  }
-  QTableView::keyPressEvent(event);
-}
-
-void PackageGrid::mousePressEvent(QMouseEvent* event) {
-  if (event->button() != Qt::LeftButton) return;  // No other button chooses.
-  mQuiet = true;
-  QTableView::mousePressEvent(event);
-}
-
-void PackageGrid::mouseReleaseEvent(QMouseEvent* event) {
-  if (event->button() != Qt::LeftButton) return;
-  QTableView::mouseReleaseEvent(event);
-  mQuiet = false;
-  Chosen();
-}
-
-void PackageGrid::Chosen() {
-  if (!mQuiet && selectionModel()->hasSelection() && onChoose) onChoose();
+  Quietly([&] { SelectRow(row - 1); });
 }
 
 }  // namespace tarnwick

@@ -2,17 +2,17 @@
 #pragma once
 
 #include <QTableView>
-#include <functional>
 
 #include "PackageTable.h"
+#include "widgets/ChoosingView.h"
 
 namespace tarnwick {
 
 /// Rows are numbered from 1, since row 0 is the header's.
 ///
 /// The row that is current at first has not been chosen: it is not shown as selected, and `onChoose` has
-/// not run for it. `onChoose` runs for a click on a row, the current one too, and for a choice by keyboard.
-class PackageGrid final : public QTableView {
+/// not run for it.
+class PackageGrid final : public ChoosingView<QTableView> {
  public:
   PackageGrid(QWidget* parent, const Catalogue& catalogue);
 
@@ -24,19 +24,10 @@ class PackageGrid final : public QTableView {
   /// Selects a row without an event.
   void Row(int row);
 
-  std::function<void()> onChoose;
-
- protected:
-  void keyPressEvent(QKeyEvent* event) override;
-  void mousePressEvent(QMouseEvent* event) override;
-  void mouseReleaseEvent(QMouseEvent* event) override;
-
  private:
-  void Chosen();
   void FitColumns();
 
   PackageTable mTable;
-  bool mQuiet = false;  ///< A row is being set, or the mouse is down: the event comes at its end, if at all.
 };
 
 }  // namespace tarnwick

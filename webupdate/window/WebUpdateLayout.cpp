@@ -8,8 +8,9 @@
 #include "PackageGrid.h"
 #include "settings/HelpTopics.h"
 #include "webupdate/frmWebUpdate.h"
-#include "wizard/Controls.h"
-#include "wizard/ProgressBar.h"
+#include "widgets/Controls.h"
+#include "widgets/ProgressBar.h"
+#include "widgets/Scale.h"
 
 namespace tarnwick {
 namespace {

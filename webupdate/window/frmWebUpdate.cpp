@@ -13,8 +13,8 @@
 #include "webupdate/HTTPClass.h"
 #include "webupdate/Packages.h"
 #include "webupdate/Site.h"
-#include "wizard/Controls.h"
-#include "wizard/ProgressBar.h"
+#include "widgets/Controls.h"
+#include "widgets/ProgressBar.h"
 
 namespace tarnwick {
 namespace {

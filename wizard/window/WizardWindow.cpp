@@ -9,12 +9,11 @@
 #include <QScreen>
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 
-#include "Scale.h"
 #include "SplashPicture.h"
 #include "platform/qt/QtText.h"
 #include "platform/ui.h"
+#include "widgets/Scale.h"
 #include "wizard/CWizard.h"
 #include "wizard/PageWindow.h"
 
@@ -38,11 +37,6 @@ PageWindow& WindowOf(IWizardPage& page) {
 QRect RectOf(const FrameRect& rect) {
   const QPoint topLeft(Scaled(rect.left), Scaled(rect.top));
   return {topLeft, QSize(Scaled(rect.Right()) - topLeft.x(), Scaled(rect.Bottom()) - topLeft.y())};
-}
-
-/// Device-independent pixels at the application's font back to those at the base font.
-int Unscaled(int pixels) {
-  return static_cast<int>(std::lround(pixels * 1000.0 / Scaled(1000)));
 }
 
 }  // namespace

@@ -7,10 +7,6 @@
 
 namespace tarnwick {
 
-/// Measures told in twips, 1440 to the inch at any scale: 15 of them are one device-independent
-/// pixel at the base font, and fewer where the user's font is larger, so that everything grows.
-int TwipsToPixels(int twips);
-
 /// The base class of the pages. Its controls come into being in `Form_Load`, at its first show.
 class PageWindow : public QWidget, public IWizardPage {
  public:

@@ -1,19 +1,10 @@
-#include "wizard/Controls.h"
+#include "widgets/Controls.h"
 
-#include <QKeyEvent>
-#include <QMouseEvent>
 #include <QShortcut>
-#include <QSignalBlocker>
-#include <algorithm>
 
 #include "platform/qt/QtText.h"
-#include "wizard/PageWindow.h"
 
 namespace tarnwick {
-
-int Pixels(int atBaseFont) {
-  return TwipsToPixels(atBaseFont * 15);
-}
 
 QLabel* MakeLabel(QWidget* parent, const char* name, std::string_view text) {
   auto* const label = new QLabel(qt::Show(text), parent);
@@ -61,58 +52,6 @@ void TextBox::Text(std::string_view text) {
 void TextBox::TextNow(std::string_view text) {
   Text(text);
   viewport()->repaint();
-}
-
-ListBox::ListBox(QWidget* parent, const char* name, const QString& accessibleName) : QListWidget(parent) {
-  setObjectName(QLatin1String(name));
-  setAccessibleName(accessibleName);
-  setSelectionMode(QAbstractItemView::SingleSelection);
-  setEditTriggers(QAbstractItemView::NoEditTriggers);
-  setUniformItemSizes(true);
-  connect(this, &QListWidget::itemSelectionChanged, this, [this] {
-    if (!mByMouse) Clicked();
-  });
-}
-
-int ListBox::Selected() const {
-  const QModelIndexList selected = selectionModel()->selectedRows();
-  return selected.isEmpty() ? -1 : selected.front().row();
-}
-
-void ListBox::Select(int row) {
-  mByMouse = true;
-  setCurrentRow(row, QItemSelectionModel::ClearAndSelect);
-  mByMouse = false;
-  Clicked();
-}
-
-void ListBox::Empty() {
-  const QSignalBlocker quiet(this);
-  clear();
-}
-
-void ListBox::keyPressEvent(QKeyEvent* event) {
-  const int key = event->key();
-  const bool arrow = key == Qt::Key_Down || key == Qt::Key_Up || key == Qt::Key_Home;
-  if (!arrow || Selected() >= 0 || count() == 0) return QListWidget::keyPressEvent(event);
-  setCurrentRow(std::max(currentRow(), 0), QItemSelectionModel::ClearAndSelect);
-}
-
-void ListBox::mousePressEvent(QMouseEvent* event) {
-  if (event->button() != Qt::LeftButton) return;  // No other button chooses.
-  mByMouse = true;
-  QListWidget::mousePressEvent(event);
-}
-
-void ListBox::mouseReleaseEvent(QMouseEvent* event) {
-  if (event->button() != Qt::LeftButton) return;
-  QListWidget::mouseReleaseEvent(event);
-  mByMouse = false;
-  Clicked();
-}
-
-void ListBox::Clicked() {
-  if (Selected() >= 0 && onClick) onClick();
 }
 
 }  // namespace tarnwick

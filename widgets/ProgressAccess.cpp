@@ -2,7 +2,7 @@
 
 #include <QAccessibleWidget>
 
-#include "wizard/ProgressBar.h"
+#include "widgets/ProgressBar.h"
 
 namespace tarnwick {
 namespace {

@@ -1,4 +1,4 @@
-#include "Scale.h"
+#include "widgets/Scale.h"
 
 #include <QApplication>
 #include <QFontInfo>
@@ -16,6 +16,10 @@ constexpr double kBaseFontPixels = 11.0;
 int Scaled(double pixels) {
   const double font = QFontInfo(QApplication::font()).pixelSize();
   return static_cast<int>(std::lround(pixels * std::max(1.0, font / kBaseFontPixels)));
+}
+
+int Unscaled(int pixels) {
+  return static_cast<int>(std::lround(pixels * 1000.0 / Scaled(1000)));
 }
 
 }  // namespace tarnwick

@@ -1,4 +1,4 @@
-#include "wizard/ProgressBar.h"
+#include "widgets/ProgressBar.h"
 
 #include <QAccessible>
 #include <QPainter>
