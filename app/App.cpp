@@ -16,7 +16,7 @@
 #include "platform/http/CurlTransport.h"
 #include "platform/qt/HelpWindow.h"
 #include "platform/qt/QtUser.h"
-#include "webupdate/SelfUpdate.h"
+#include "webupdate/ProgramInstaller.h"
 #include "wizard/WizardWindow.h"
 #include "wizard/modWizard.h"
 
@@ -63,7 +63,8 @@ App::App(QApplication& application) {
 App::~App() = default;
 
 void App::Start() {
-  mParts->controller = Main(mParts->window, {LoadSettings, SaveSettings}, {Make<Step1>, Make<Step2>, Make<Step3>, Make<Step4>});
+  mParts->controller = Main(mParts->window, {LoadSettings, SaveSettings},
+                            {Make<Step1>, Make<Step2>, Make<Step3>, Make<Step4>});
 }
 
 WizardWindow& App::Window() {

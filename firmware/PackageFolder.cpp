@@ -11,13 +11,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kExtensionLength = 4;
 /// More than any note has; what is longer is no note.
 constexpr std::uintmax_t kLargestNote = 1u << 20;
 
 bool IsPackageName(std::string_view name) {
-  return name.size() >= kExtensionLength &&
-         text::EqualNoCase(name.substr(name.size() - kExtensionLength), ".qal");
+  return name.size() >= kPackageEnding.size() &&
+         text::EqualNoCase(name.substr(name.size() - kPackageEnding.size()), kPackageEnding);
 }
 
 }  // namespace
@@ -35,7 +34,7 @@ std::vector<std::string> PackagesIn(const fs::path& folder) {
 }
 
 std::string PackageStem(const std::string& package) {
-  return package.substr(0, package.size() - kExtensionLength);
+  return package.substr(0, package.size() - kPackageEnding.size());
 }
 
 fs::path FindPackage(const fs::path& folder, const std::string& name) {
@@ -49,7 +48,7 @@ fs::path FindPackage(const fs::path& folder, const std::string& name) {
 }
 
 fs::path NoteOf(const fs::path& package) {
-  return PackageStem(package.string()) + ".txt";
+  return PackageStem(package.string()) + std::string(kNoteEnding);
 }
 
 std::string ReadNote(const fs::path& note) {

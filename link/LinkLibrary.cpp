@@ -143,9 +143,14 @@ std::unique_ptr<ILinkLibrary> LoadLinkLibrary(const std::filesystem::path& path)
   return std::make_unique<NoLibrary>();
 }
 
+std::filesystem::path LinkLibraryFile() {
+  std::filesystem::path file = program::This().folder / kLinkLibraryName;
+  return file += kSharedLibraryEnding;
+}
+
 ILinkLibrary& Link() {
   if (ILinkLibrary* const other = Seam<ILinkLibrary>::Used()) return *other;
-  static const std::unique_ptr<ILinkLibrary> loaded = LoadLinkLibrary(program::This().folder / "Tarnwick.so");
+  static const std::unique_ptr<ILinkLibrary> loaded = LoadLinkLibrary(LinkLibraryFile());
   return *loaded;
 }
 

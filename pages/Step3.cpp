@@ -152,7 +152,7 @@ void Step3::cmdWebUpdate_Click() {
   cmdWebUpdate->setEnabled(false);
   frmWebUpdate window(this->window());
   window.ShowModal();
-  ListFirmware(window.FirmwareText() + ".qal");
+  ListFirmware(window.FirmwareText() + std::string(kPackageEnding));
   cmdWebUpdate->setEnabled(true);
   wizard.Frozen(false);
   lstFirmware->setFocus();

@@ -14,6 +14,8 @@
 #include "support/LinkDouble.h"
 #include "support/TempFolder.h"
 #include "support/UserDouble.h"
+#include "webupdate/BatchText.h"
+#include "webupdate/ProgramInstaller.h"
 #include "webupdate/Touch.h"
 
 namespace tarnwick::test {

@@ -1,4 +1,5 @@
-// The swap as a batch file.
+#include "webupdate/BatchText.h"
+
 #include "webupdate/SelfUpdate.h"
 
 namespace tarnwick {
@@ -17,7 +18,7 @@ std::string BatchText(const Catalogue& catalogue, const std::string& programDire
     waiting += "IF EXIST " + inFolder(entry.Name) + " GOTO RETRY\r\n";
     renaming += "RENAME " + inFolder(entry.LocalName) + " " + quoted(entry.Name) + "\r\n";
   }
-  const std::string program = inFolder(executableName + ".exe");
+  const std::string program = inFolder(executableName + std::string(kProgramEnding));
   return "@ECHO OFF\r\n:RETRY\r\n" + waiting + renaming +
          "CLS\r\n"
          "ECHO Upgrade Complete.\r\n"

@@ -1,14 +1,21 @@
 #include "webupdate/Catalogue.h"
 
 #include <algorithm>
+#include <system_error>
+#include <unordered_map>
 
 #include "CatalogueRow.h"
+#include "firmware/PackageFolder.h"
+#include "platform/files.h"
 #include "platform/text.h"
 #include "webupdate/HarmlessName.h"
 #include "webupdate/Packages.h"
+#include "webupdate/Touch.h"
 
 namespace tarnwick {
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr char kProgramTag = '$';
 constexpr char kMotorTag = '@';
@@ -20,6 +27,19 @@ constexpr std::size_t kExtension = 4;
 char TagOf(std::int32_t deviceClass) {
   if (deviceClass == 0) return kMotorTag;
   return deviceClass == 1 ? kAccessoryTag : '\0';
+}
+
+/// A package of the folder that the catalogue does not know.
+FileEntry LocalEntry(const fs::path& package, std::string name) {
+  FileEntry entry;
+  entry.Name = std::move(name);
+  entry.Local = true;
+  std::error_code gone;
+  const std::uintmax_t size = fs::file_size(package, gone);
+  if (!gone) entry.Size = text::ToInt32(static_cast<double>(size));
+  if (const auto time = files::LastModified(package)) entry.Date = DateText(*time);
+  entry.Description = ReadNote(NoteOf(package));
+  return entry;
 }
 
 }  // namespace
@@ -65,7 +85,7 @@ void Catalogue::TakePackage(std::string_view line) {
   if (!row || row->name.size() <= kExtension || FileCount() == kMostEntries) return;
   const std::string_view ext = row->name.substr(row->name.size() - kExtension + 1);
   // A package and its note may not be one and the same file.
-  if (text::EqualNoCase(ext, "txt")) return;
+  if (text::EqualNoCase(ext, kNoteEnding.substr(1))) return;
   FileEntry entry;
   entry.Name = row->name.substr(0, row->name.size() - kExtension);
   entry.Ext = ext;
@@ -76,6 +96,20 @@ void Catalogue::TakePackage(std::string_view line) {
   entry.Remote = true;
   mSkip = false;
   mFiles.push_back(std::move(entry));
+}
+
+void Catalogue::MergeLocalFiles(const fs::path& folder) {
+  std::unordered_map<std::string, std::size_t> known;  // by name in upper case; of equal ones the first
+  for (std::size_t i = 0; i < mFiles.size(); ++i) known.emplace(text::Upper(mFiles[i].Name), i);
+  for (const std::string& package : PackagesIn(folder)) {
+    std::string name = PackageStem(package);
+    const auto [found, added] = known.emplace(text::Upper(name), mFiles.size());
+    if (added) {
+      mFiles.push_back(LocalEntry(folder / package, std::move(name)));
+    } else {
+      mFiles[found->second].Local = true;
+    }
+  }
 }
 
 void Catalogue::SortFiles() {

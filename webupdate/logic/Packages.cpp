@@ -37,7 +37,7 @@ std::string FileNameOf(const FileEntry& entry) {
 
 std::error_code SavePackage(const fs::path& folder, FileEntry& entry, std::string_view content) {
   const fs::path packagePath = folder / FileNameOf(entry);
-  const fs::path notePath = folder / (entry.Name + ".txt");
+  const fs::path notePath = NoteOf(packagePath);
   const std::optional<std::string> oldNote = files::ReadWhole(notePath);
   files::Staged package(packagePath);
   files::Staged note(notePath);

@@ -1,4 +1,5 @@
-// Fetching the program's own files.
+#include "webupdate/ProgramInstaller.h"
+
 #include <optional>
 
 #include "platform/files.h"

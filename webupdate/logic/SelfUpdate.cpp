@@ -18,8 +18,8 @@ using VersionNumbers = std::array<std::int32_t, 3>;
 
 FileKind KindOf(std::string_view name) {
   const std::string_view ending = name.size() < 4 ? std::string_view{} : name.substr(name.size() - 4);
-  if (text::EqualNoCase(ending, ".EXE")) return FileKind::Program;
-  if (text::EqualNoCase(ending, ".DLL")) return FileKind::Library;
+  if (text::EqualNoCase(ending, kProgramEnding)) return FileKind::Program;
+  if (text::EqualNoCase(ending, kLibraryEnding)) return FileKind::Library;
   return FileKind::Other;
 }
 
@@ -57,7 +57,8 @@ std::string InstalledName(std::string_view catalogueName) {
   if (kind == FileKind::Other) return std::string(catalogueName);
   const std::string_view stem = catalogueName.substr(0, catalogueName.size() - 4);
   if (kind == FileKind::Library)
-    return std::string(text::EqualNoCase(stem, "Tarnwick") ? "Tarnwick" : stem) + ".so";
+    return std::string(text::EqualNoCase(stem, kLinkLibraryName) ? kLinkLibraryName : stem) +
+           std::string(kSharedLibraryEnding);
   return text::EqualNoCase(stem, program::This().name) ? program::Executable().filename().string()
                                                        : std::string(stem);
 }

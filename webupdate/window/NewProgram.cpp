@@ -2,6 +2,7 @@
 #include "platform/program.h"
 #include "platform/qt/QtText.h"
 #include "platform/ui.h"
+#include "webupdate/ProgramInstaller.h"
 #include "webupdate/SelfUpdate.h"
 #include "webupdate/frmWebUpdate.h"
 #include "widgets/ProgressBar.h"

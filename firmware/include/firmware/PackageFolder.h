@@ -3,9 +3,14 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tarnwick {
+
+/// The endings of packages and of their notes.
+inline constexpr std::string_view kPackageEnding = ".qal";
+inline constexpr std::string_view kNoteEnding = ".txt";
 
 /// The names of the packages in `folder`, ascending by code point, upper case before lower. A folder
 /// that cannot be read holds none.

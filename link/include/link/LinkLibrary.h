@@ -10,10 +10,15 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "platform/seam.h"
 
 namespace tarnwick {
+
+/// The link library's file: it lies beside the program.
+inline constexpr std::string_view kLinkLibraryName = "Tarnwick";
+inline constexpr std::string_view kSharedLibraryEnding = ".so";
 
 /// The exports of the link library, without their decoration. `address` is a bus address.
 class ILinkLibrary {
@@ -64,8 +69,11 @@ class ILinkLibrary {
 /// all: what comes back then answers each call with its own failure result.
 std::unique_ptr<ILinkLibrary> LoadLinkLibrary(const std::filesystem::path& path);
 
-/// The library in use: the one that `Seam<ILinkLibrary>` has, else the loaded one. Loaded from `Tarnwick.so` in the program's folder at the first call of this,
-/// so that a start that needs no telescope does not pay for it.
+/// Where the link library lies, there or not.
+std::filesystem::path LinkLibraryFile();
+
+/// The library in use: the one that `Seam<ILinkLibrary>` has, else the loaded one. Loaded from the program's
+/// folder at the first call of this, so that a start that needs no telescope does not pay for it.
 ILinkLibrary& Link();
 
 }  // namespace tarnwick

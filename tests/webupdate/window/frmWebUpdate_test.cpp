@@ -8,7 +8,7 @@
 #include "platform/process.h"
 #include "support/HttpDouble.h"
 #include "support/ProgramTest.h"
-#include "webupdate/SelfUpdate.h"
+#include "webupdate/ProgramInstaller.h"
 #include "webupdate/frmWebUpdate.h"
 
 namespace tarnwick::test {
@@ -177,7 +177,8 @@ TEST_F(WebUpdateTest, ANewerProgramIsOfferedAndInstalledOnlyWhenAllIsRight) {
       "YesNo ?|A newer version of this program is available.\r\n\r\nTarnwick.EXE  v2.2.5\r\n\r\n"
       "Do you wish to download and install?";
   bool started = false;
-  const InPlace<process::Starter> starter{process::Starter{[&](const process::Command&) { return started = true; }}};
+  const InPlace<process::Starter> starter{
+      process::Starter{[&](const process::Command&) { return started = true; }}};
   std::string during;
   onPump = [&] {
     if (!web->isVisible()) return;

@@ -19,6 +19,9 @@ std::string_view Trim(std::string_view text);
 /// Upper case by Windows-1252: ASCII letters and the accented ones that have a capital there.
 std::string Upper(std::string_view text);
 
+/// A byte that is no letter, digit, sign or blank.
+bool IsControl(char c);
+
 /// Equal when both are compared in upper case.
 bool EqualNoCase(std::string_view a, std::string_view b);
 
