@@ -8,11 +8,22 @@
 namespace tarnwick::http {
 namespace {
 
-template <class Function>
-bool Bind(const SharedLibrary& library, const char* name, Function& function) {
-  function = reinterpret_cast<Function>(library.Find(name));
-  return function != nullptr;
-}
+/// Finds the functions one by one, and remembers the first that is missing.
+class Resolver {
+ public:
+  explicit Resolver(const SharedLibrary& library) : mLibrary(library) {}
+  template <class Function>
+  void Find(const char* name, Function& function) {
+    function = reinterpret_cast<Function>(mLibrary.Find(name));
+    if (function == nullptr && mMissing == nullptr) mMissing = name;
+  }
+  /// Null when none is missing.
+  const char* Missing() const { return mMissing; }
+
+ private:
+  const SharedLibrary& mLibrary;
+  const char* mMissing = nullptr;
+};
 
 /// libcurl, or why there is none.
 struct Loaded {
@@ -23,12 +34,13 @@ struct Loaded {
 
 Loaded::Loaded() {
   const std::unique_ptr<SharedLibrary> library = SharedLibrary::OpenSystem("libcurl.so.4", cause);
+  if (!library) return;
   CurlApi found;
-#define TARNWICK_CURL_FUNCTION(name, function)                                    \
-  if (cause.empty() && !Bind(*library, #function, found.name))                    \
-    cause = std::string("libcurl lacks ") + #function;
+  Resolver resolver(*library);
+#define TARNWICK_CURL_FUNCTION(name, function) resolver.Find(#function, found.name);
   TARNWICK_CURL_FUNCTIONS(TARNWICK_CURL_FUNCTION)
 #undef TARNWICK_CURL_FUNCTION
+  if (resolver.Missing() != nullptr) cause.assign("libcurl lacks ").append(resolver.Missing());
   if (cause.empty() && found.globalInit(CURL_GLOBAL_DEFAULT) != CURLE_OK) cause = "libcurl cannot be set up";
   if (cause.empty()) api = found;
 }

@@ -149,6 +149,10 @@ void Director::Note(const std::string& line) {
   std::cout << line << std::endl;
 }
 
+void Director::NotOnView(const char* name) {
+  throw std::logic_error(std::string("not on view: ").append(name));
+}
+
 void Director::Check(bool holds, const std::string& what) {
   Note((holds ? "ok      " : "FAILED  ") + what);
   mFailed = mFailed || !holds;

@@ -50,13 +50,15 @@ class Director final : public QObject {
   /// Notes what was checked; one that does not hold fails the play.
   void Check(bool holds, const std::string& what);
 
+  /// Throws: the play cannot go on.
+  [[noreturn]] static void NotOnView(const char* name);
   /// A control on view, of the frame or of the page, by the name that the program knows it by.
   template <class Widget>
   Widget& Find(const char* name) {
     for (Widget* const found : mFrame.findChildren<Widget*>(QLatin1String(name))) {
       if (found->isVisible()) return *found;
     }
-    throw std::logic_error(std::string("not on view: ") + name);
+    NotOnView(name);
   }
   /// Presses the button: a click, or Tab until it has the focus and then the space bar.
   void Press(const char* button);

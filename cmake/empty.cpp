@@ -1,0 +1,1 @@
+// Compiled for the headers that come before it.
