@@ -31,6 +31,9 @@ class Unseen final : public IProgress {
   void Label(const std::string&) override {}
   void Bar(double) override {}
   void Caption(const std::string&) override {}
+  void Rest() override {}
+  void Busy(bool) override {}
+  void Status() override {}
 };
 
 /// Writes the image into the device in blocks of four words; false when a call fails.

@@ -5,6 +5,7 @@
 #include "HexLine.h"
 #include "QalParser.h"
 #include "platform/contain.h"
+#include "platform/crc32.h"
 #include "platform/pieces.h"
 
 namespace tarnwick {
@@ -22,6 +23,20 @@ constexpr std::array<std::string_view, 9> kMessages = {
     "Hex Line Invalid Character",
     "No Data Found For Device",
     "No Matching END_HEX Found",
+};
+
+/// Size and CRC of what was read, piece after piece.
+class Digest {
+ public:
+  void Add(std::string_view piece) {
+    mSize += piece.size();
+    mCrc.Add(piece);
+  }
+  QalIdentity Value() const { return {mSize, mCrc.Value()}; }
+
+ private:
+  std::uintmax_t mSize = 0;
+  Crc32 mCrc;
 };
 
 }  // namespace
@@ -70,18 +85,28 @@ void QALclass::LoadQALfile(std::filesystem::path filename, std::string_view text
 }
 
 bool QALclass::LoadText(std::string_view text) {
+  Digest digest;
   QalParser parser(mPackage);
   parser.ReadLines(text);
   parser.Finish();
+  digest.Add(text);
+  mPackage.Identity = digest.Value();
   return true;
 }
 
 bool QALclass::LoadFile() {
   files::PieceReader file(mPackage.RealFilename);
+  Digest digest;
   QalParser parser(mPackage);
-  while (!parser.Failed() && file.Next()) file.Take(parser.ReadLines(file.Text()));
+  while (!parser.Failed() && file.Next()) {
+    const std::size_t taken = parser.ReadLines(file.Text());
+    digest.Add(file.Text().substr(0, taken));
+    file.Take(taken);
+  }
   if (file.Failed()) return false;
   parser.Finish();
+  digest.Add(file.Text());
+  mPackage.Identity = digest.Value();
   return true;
 }
 

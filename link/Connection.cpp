@@ -18,13 +18,16 @@ constexpr std::string_view kHandControlTooOld =
     "Hand control firmware does not support upgrade interface.\r\n"
     "Use your mount's PC Port or update the hand control to the latest version.";
 
+bool gConnected = false;
+
 /// True when the port opened and a telescope answered on it. Any other result of the library than
 /// those told is a failure without a message.
 bool OpenPort() {
   const std::int32_t result = Link().initSerialCommon(gComPort);
   if (result == -1) ui::MessageBox("Error Opening " + gComPort);
   if (result >= -8 && result <= -2) ui::MessageBox("No Telescope found on " + gComPort);
-  return result == 0;
+  gConnected = result == 0;
+  return gConnected;
 }
 
 bool Refuse(std::string_view reason) {
@@ -46,6 +49,11 @@ bool OpenConnection() {
 
 void CloseConnection() {
   Link().initSerialCommon("");
+  gConnected = false;
+}
+
+bool IsConnected() {
+  return gConnected;
 }
 
 void LockHandControl() {

@@ -3,6 +3,7 @@
 #include <array>
 #include <initializer_list>
 
+#include "link/LastSeen.h"
 #include "link/LinkLibrary.h"
 #include "platform/program.h"
 #include "platform/text.h"
@@ -103,6 +104,7 @@ void RefreshDevice(std::int32_t index) {
     ReadModelNumber(device.Address, device.Model);
     device.ModelName = ModelNameOf(device.Model);
   }
+  NoteSeen(index);
 }
 
 void RefreshDevices() {

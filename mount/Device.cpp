@@ -83,6 +83,7 @@ bool Device::Takes(Command command) const {
   const bool running = mState == RunState::Running;
   switch (command) {
     case Command::State:
+    case Command::Read:
       return true;
     case Command::Model:
     case Command::Revision:
@@ -94,8 +95,6 @@ bool Device::Takes(Command command) const {
       return !running || mRevision == 5 || mRevision == 6;
     case Command::Start:
       return mState == RunState::Boot;
-    case Command::Read:
-      return mState != RunState::Program;
     case Command::End:
     case Command::Check:
     case Command::Write1:

@@ -2,12 +2,10 @@
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
-#include <system_error>
 
 #include "link/Devices.h"
-#include "platform/files.h"
-#include "platform/program.h"
 #include "platform/qt/QtText.h"
+#include "programmer/DeviceClass.h"
 #include "settings/Settings.h"
 #include "widgets/Controls.h"
 #include "widgets/Scale.h"
@@ -57,11 +55,7 @@ void Step1::BeforePageShow(CWizard&, std::int16_t) {
 }
 
 void Step1::BeforePageHide(CWizard&, std::int16_t, bool&) {
-  SetupDevices(cboDevice->currentIndex());
-  gDeviceClass = cboDevice->currentIndex();
-  gFirmwareDir = program::This().folder / (gDeviceClass != 0 ? "Accessories" : "MotorControllers");
-  std::error_code unreported;  // a folder that cannot be made shows as an empty list
-  if (!files::FileExists(gFirmwareDir)) std::filesystem::create_directory(gFirmwareDir, unreported);
+  ChooseDeviceClass(cboDevice->currentIndex());
 }
 
 }  // namespace tarnwick

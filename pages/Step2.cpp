@@ -5,13 +5,12 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "link/Bus.h"
 #include "link/Connection.h"
-#include "link/Devices.h"
 #include "platform/program.h"
 #include "platform/qt/QtText.h"
 #include "platform/serial.h"
 #include "platform/text.h"
-#include "platform/ui.h"
 #include "ports/ports.h"
 #include "settings/Settings.h"
 #include "widgets/Controls.h"
@@ -56,11 +55,6 @@ void Describe(QComboBox& list, int row, const std::filesystem::path& folder, con
   list.setItemData(row, shown, Qt::ToolTipRole);
   list.setItemData(row, shown, Qt::AccessibleDescriptionRole);
   list.setItemData(row, rights, kRights);
-}
-
-/// A motor controller of the first model, older than the first firmware that can be upgraded.
-bool IsTooOld(const DeviceEntry& device) {
-  return device.Model == 1 && device.Version > 0.0 && device.Version < 3.0;
 }
 
 }  // namespace
@@ -150,37 +144,14 @@ void Step2::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel)
     return;
   }
   if (cboComPort->currentIndex() < 1) {
-    gComPort.clear();
+    GoOnWithoutPort();
     return;
   }
   gComPort = qt::Read(cboComPort->currentText());
   wizard.Frozen(true);
-  const bool connected = Connect();
+  const bool found = FindDevices();
   wizard.Frozen(false);
-  if (!connected) cancel = true;
-}
-
-bool Step2::Connect() {
-  if (!OpenConnection()) return false;
-  for (std::int32_t row = 1; row <= gDeviceCount(); ++row) {
-    ForgetRevisions(row);
-    gDevices[row].Model = 0;
-    RefreshDevice(row);
-  }
-  const auto silent = [](const DeviceEntry& device) { return device.State == McState::NoResponse; };
-  if (std::all_of(gDevices.begin(), gDevices.end(), silent)) {
-    ui::MessageBox("Error - No Devices found on " + gComPort);
-    CloseConnection();
-    return false;
-  }
-  if (std::any_of(gDevices.begin(), gDevices.end(), IsTooOld)) {
-    ui::MessageBox(
-        "Error - Version of Motor Controller does not support Upgrading!\r\n\r\n"
-        "Contact Halcyrion for a replacement Motor Controller Board",
-        ui::Buttons::Ok, ui::Icon::Critical);
-    return false;
-  }
-  return true;
+  if (!found) cancel = true;
 }
 
 }  // namespace tarnwick

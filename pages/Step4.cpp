@@ -2,13 +2,10 @@
 
 #include <QGridLayout>
 #include <QVBoxLayout>
-#include <optional>
 
 #include "StatusBox.h"
 #include "firmware/QALclass.h"
-#include "link/Connection.h"
 #include "link/Devices.h"
-#include "platform/awake.h"
 #include "platform/program.h"
 #include "platform/qt/QtText.h"
 #include "platform/ui.h"
@@ -27,16 +24,6 @@ namespace {
 
 /// Item value of "All Devices"; every other value is a row of `gDevices`.
 constexpr std::int32_t kAllDevices = -1;
-
-constexpr std::string_view kComplete =
-    "Programming Complete\r\n\r\n"
-    "Cycle the power on the telescope at this point, then press Ok.\r\n"
-    "The controller(s) programmed should then be in Running State and\r\n"
-    "the proper Version displayed.";
-
-void TerminateCaption(const char* caption) {
-  gController->WizardHandle().Frame().Caption(FrameButton::cmdTerminate, caption);
-}
 
 std::int32_t ValueOf(const QListWidgetItem& item) {
   return item.data(Qt::UserRole).toInt();
@@ -117,9 +104,17 @@ void Step4::EnableButtons(bool enabled) {
   for (QPushButton* const button : {cmdProgram, cmdRefresh, cmdVerify}) button->setEnabled(enabled);
 }
 
-void Step4::RestoreFrame() {
+void Step4::Rest() {
   Caption(program::Caption());
   gController->WizardHandle().Frame().Enabled(FrameButton::cmdTerminate, true);
+}
+
+void Step4::Busy(bool busy) {
+  gController->WizardHandle().Frame().Caption(FrameButton::cmdTerminate, busy ? "Cancel" : "Finish");
+}
+
+void Step4::Status() {
+  txtStatus->Refresh();
 }
 
 void Step4::BeforePageShow(CWizard& wizard, std::int16_t currentStep) {
@@ -131,6 +126,7 @@ void Step4::BeforePageShow(CWizard& wizard, std::int16_t currentStep) {
   txtStatus->ShowReport();
   lblFirmware->setText(qt::Show("QAL File: " + gQAL->Filename()));
   lblFirmware->setToolTip(lblFirmware->text());
+  mJudged = gQAL->Identity();
   ListDevices();
   ClearProgress();
   wizard.Frozen(false);
@@ -175,23 +171,9 @@ void Step4::cmdProgram_Click() {
   CWizard& wizard = gController->WizardHandle();
   wizard.Frozen(true);
   EnableButtons(false);
-  gProgramming = true;
-  std::optional<awake::Hold> hold(std::in_place);
-  TerminateCaption("Cancel");
-  const std::vector<std::int32_t> rows = ChosenRows();
   const bool together = ValueOf(*lstDevices->item(lstDevices->Selected())) == kAllDevices;
-  bool ok = (!together || AllowedTogether(rows)) && CheckAll(rows);
-  LockHandControl();
-  ok = ok && ProgramAll(rows, *this, [this] { RestoreFrame(); });
-  hold.reset();
-  gProgramming = false;
-  TerminateCaption("Finish");
-  txtStatus->Refresh();
-  if (!gCancelProgram && ok) {
-    ui::MessageBox(kComplete, ui::Buttons::Ok, ui::Icon::Information);
-    txtStatus->Refresh();
-    ui::PumpEvents();
-  }
+  ProgrammingRun run(ChosenRows(), together, mJudged);
+  run.Execute(*this);
   ClearProgress();
   EnableButtons(true);
   wizard.Frozen(false);
@@ -208,20 +190,7 @@ void Step4::cmdVerify_Click() {
   CWizard& wizard = gController->WizardHandle();
   wizard.Frozen(true);
   EnableButtons(false);
-  gVerifying = true;
-  std::optional<awake::Hold> hold(std::in_place);
-  TerminateCaption("Cancel");
-  LockHandControl();
-  const bool identical = VerifyAll(rows, *this, [this] { RestoreFrame(); });
-  hold.reset();
-  gVerifying = false;
-  TerminateCaption("Finish");
-  gCancelVerify = false;
-  txtStatus->Refresh();
-  if (identical) {
-    ui::MessageBox("Contents are Identical", ui::Buttons::Ok, ui::Icon::Information);
-    ui::PumpEvents();
-  }
+  VerifyAll(rows, *this);
   ClearProgress();
   EnableButtons(true);
   wizard.Frozen(false);

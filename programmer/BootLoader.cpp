@@ -79,6 +79,15 @@ void LoadBootPackage(std::int32_t hwRev, const std::vector<PackageDevice>& devic
   MatchPackageDevices();
 }
 
+/// Whether the package just loaded again is the one that was chosen. Tells the user when it is not.
+bool IsStill(const QalIdentity& chosen) {
+  const std::string refusal = ChosenPackageRefusal(chosen);
+  if (refusal.empty()) return true;
+  ui::MessageBox(refusal);
+  ui::PumpEvents();
+  return false;
+}
+
 }  // namespace
 
 BootLoaderCheck CheckBootLoader(std::int32_t index) {
@@ -92,11 +101,12 @@ bool UpgradeBootLoader(std::int32_t index, std::string_view caption, std::filesy
                        IProgress& progress) {
   const std::int32_t hwRev = gDevices[index].HwRev;
   if (!HasBootVersion(hwRev) && !UserWantsUpgrade()) return false;
+  const QalIdentity chosen = gQAL->Identity();
   LoadBootPackage(hwRev, DevicesToCarryOver());
   const bool written = ProgramDevice(index, caption, progress);
   gQAL->LoadQALfile(std::move(packagePath));
   MatchPackageDevices();
-  return written;
+  return written && IsStill(chosen);
 }
 
 }  // namespace tarnwick

@@ -60,7 +60,7 @@ bool Announce(Verdict verdict, const std::string& prefix) {
     case Verdict::OtherModel:
       return Refuse(prefix + "Model number doesn't match QAL file Model Number");
     case Verdict::OtherRevision:
-      return Refuse(prefix + "Hardware Revision doesn't match QAL file Hardware Revision");
+      return Refuse(prefix + std::string(kOtherRevision));
     case Verdict::InvalidChange:
       return Refuse(prefix + "Invalid Change in Hardware Revision ");
     case Verdict::ConfirmModel:
@@ -76,9 +76,13 @@ bool Announce(Verdict verdict, const std::string& prefix) {
 bool CheckCompatibility(std::int32_t index) {
   ReadDeviceState(index);
   ReadDeviceHwRev(index);
-  if (gModelOverride || gDeviceClass != 0) return true;
+  if (!ComparesPackages()) return true;
   const Verdict verdict = gQAL->HwRevCount() >= 1 ? JudgeByList(index) : JudgeWithoutList(index);
   return Announce(verdict, "[" + gDevices[index].Name + "] ");
+}
+
+bool ComparesPackages() {
+  return !gModelOverride && gDeviceClass == 0;
 }
 
 bool PassesUntold(std::int32_t index) {
@@ -108,11 +112,16 @@ std::string PackageErrorText() {
          std::to_string(gQAL->LastErrorLine());
 }
 
+std::string ChosenPackageRefusal(const QalIdentity& chosen) {
+  if (gQAL->ErrorsFound()) return PackageErrorText();
+  if (gQAL->Identity() == chosen) return {};
+  return "The package is no longer the one that was chosen";
+}
+
 std::string ImageRefusal(std::int32_t index) {
   if (gQAL->ErrorsFound()) return PackageErrorText();
   const DeviceEntry& row = gDevices[index];
-  if (row.QalIndex >= 1 && row.QalIndex <= gQAL->Devices()) return {};
-  return "[" + row.Name + "] The selected package holds no firmware for this device";
+  return row.QalIndex >= 1 && row.QalIndex <= gQAL->Devices() ? std::string() : std::string(kNoMatch);
 }
 
 }  // namespace tarnwick

@@ -42,7 +42,7 @@ bool PackageFits() {
   MatchPackageDevices();
   const auto inPackage = [](const DeviceEntry& device) { return device.QalIndex != 0; };
   if (std::none_of(gDevices.begin(), gDevices.end(), inPackage)) {
-    return Refuse("No matching devices found in firmware file");
+    return Refuse(kNoMatch);
   }
   int undetermined = 0;
   for (std::int32_t row = 1; row <= gDeviceCount(); ++row) {

@@ -15,6 +15,15 @@ inline constexpr std::string_view kAtRisk =
     "contact Halcyrion technical support if you are unsure.\r\n\r\n";
 inline constexpr std::string_view kContinue = "Do you wish to continue?";
 
+inline constexpr std::string_view kNoMatch = "No matching devices found in firmware file";
+/// Behind the row's name in brackets.
+inline constexpr std::string_view kOtherRevision =
+    "Hardware Revision doesn't match QAL file Hardware Revision";
+
+/// Whether devices are held against the package before they are programmed: not under the override, and not
+/// accessories.
+bool ComparesPackages();
+
 /// A row of revision 5 or 6 whose old boot loader cannot tell which passes for a package that
 /// leaves no choice: one that lists a single revision, 5 or 6.
 bool PassesUntold(std::int32_t index);

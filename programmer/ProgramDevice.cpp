@@ -133,6 +133,7 @@ Run::Outcome Run::SendImage() {
 
 Run::Outcome Run::SendBlock(std::int32_t word) {
   ui::PumpEvents();  // Here the user's cancel gets through.
+  mProgress.Sending(word);
   Outcome outcome = Outcome::Sent;
   if (SendPacket(word) == 0) {
     const ui::Answer answer =
@@ -165,7 +166,6 @@ std::int32_t Run::SendPacket(std::int32_t word) {
 }  // namespace
 
 bool ProgramDevice(std::int32_t index, std::string_view caption, IProgress& progress) {
-  gCancelProgram = false;
   const std::string refusal = ImageRefusal(index);
   if (!refusal.empty()) return Fail(refusal);
   return Run(index, caption, progress).Execute();

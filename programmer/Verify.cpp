@@ -1,10 +1,13 @@
 #include "programmer/Verify.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "firmware/QALclass.h"
+#include "link/Connection.h"
 #include "link/Devices.h"
 #include "link/LinkLibrary.h"
+#include "platform/awake.h"
 #include "platform/ui.h"
 #include "programmer/Compatibility.h"
 #include "programmer/modProgrammer.h"
@@ -98,13 +101,24 @@ bool VerifyDevice(std::int32_t index, IProgress& progress) {
   return true;
 }
 
-bool VerifyAll(std::span<const std::int32_t> rows, IProgress& progress,
-               const std::function<void()>& restoreFrame) {
-  return std::all_of(rows.begin(), rows.end(), [&](std::int32_t row) {
+void VerifyAll(std::span<const std::int32_t> rows, IProgress& progress) {
+  gVerifying = true;
+  std::optional<awake::Hold> hold(std::in_place);
+  progress.Busy(true);
+  LockHandControl();
+  const bool identical = std::all_of(rows.begin(), rows.end(), [&](std::int32_t row) {
     const bool same = VerifyDevice(row, progress);
-    restoreFrame();
+    progress.Rest();
     return same;
   });
+  hold.reset();
+  gVerifying = false;
+  progress.Busy(false);
+  gCancelVerify = false;
+  progress.Status();
+  if (!identical) return;
+  ui::MessageBox("Contents are Identical", ui::Buttons::Ok, ui::Icon::Information);
+  ui::PumpEvents();
 }
 
 }  // namespace tarnwick

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "platform/crc32.h"
+
 namespace tarnwick::wire {
 namespace {
 
@@ -15,16 +17,6 @@ constexpr std::array<std::uint16_t, 256> kTable16 = [] {
   return table;
 }();
 
-constexpr std::array<std::uint32_t, 256> kTable32 = [] {
-  std::array<std::uint32_t, 256> table{};
-  for (std::uint32_t i = 0; i < table.size(); ++i) {
-    std::uint32_t crc = i;
-    for (int bit = 0; bit < 8; ++bit) crc = (crc & 1U) != 0 ? (crc >> 1) ^ 0xEDB88320U : crc >> 1;
-    table[i] = crc;
-  }
-  return table;
-}();
-
 }  // namespace
 
 std::uint16_t Crc16(std::span<const std::uint8_t> bytes) {
@@ -34,9 +26,9 @@ std::uint16_t Crc16(std::span<const std::uint8_t> bytes) {
 }
 
 std::uint32_t Crc32(std::span<const std::uint8_t> bytes) {
-  std::uint32_t crc = 0xFFFFFFFFU;
-  for (const std::uint8_t byte : bytes) crc = (crc >> 8) ^ kTable32[(crc ^ byte) & 0xFFU];
-  return ~crc;
+  tarnwick::Crc32 crc;
+  crc.Add(bytes);
+  return crc.Value();
 }
 
 }  // namespace tarnwick::wire

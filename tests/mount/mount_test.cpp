@@ -31,6 +31,9 @@ TEST(Device, IsRenewedByTheBootPackageThatFitsIt) {
     EXPECT_TRUE(refuses(Command::Model));
     EXPECT_EQ(device.Handle(Command::BootRevision, {}).payload, wire::Bytes{3});
     EXPECT_FALSE(refuses(Command::Start));
+    const wire::Bytes loader = device.Handle(Command::Read, {0, 0, 3}).payload;
+    EXPECT_EQ(loader == wire::Bytes({3, 0x12, 0x8A, 0x12, 0x0A, 0x28, 0x00}), c.revision == 2)
+        << "An old boot loader is known by its words in the midst of programming too.";
     for (std::uint32_t i = 0; i < c.image.size(); ++i) device.Words().ImageWord(i, c.image[i]);
     device.Words().ImageWord(0x347, static_cast<std::uint16_t>(0x0E00 | c.fits));
     EXPECT_TRUE(refuses(Command::Write2, {0xFF, 0xFF, 0, 0, 0, 0})) << "Its second word is outside.";

@@ -90,15 +90,25 @@ TEST_F(BootLoaderTest, WritesThePackageOfTheRevisionAndLoadsTheSelectedOneAgain)
   EXPECT_THAT(user.boxes, ElementsAre(kQuestion));
 }
 
-TEST_F(BootLoaderTest, ALostPackageIsToldAndNeverWritten) {
+TEST_F(BootLoaderTest, APackageLostOrReplacedMeanwhileIsToldAndNeverWritten) {
+  const std::string lost = "Ok !|Error 1 : QAL File Not Found at Line 0";
   Select(shuffled);
   link.log = [this](const std::string&) { std::filesystem::remove(path); };
-  EXPECT_TRUE(Upgrade(1, 5));
+  EXPECT_FALSE(Upgrade(1, 5));
   EXPECT_EQ(gDevices[1].QalIndex, 0);
   link.calls.clear();
   EXPECT_FALSE(ProgramDevice(1, "Programming: ", progress));
   EXPECT_THAT(link.calls, IsEmpty());
-  EXPECT_THAT(user.boxes, ElementsAre("Ok !|Error 1 : QAL File Not Found at Line 0"));
+  EXPECT_THAT(user.Said(), ElementsAre(lost, lost));
+
+  std::string other = shuffled;
+  other.back() = other[other.size() - 3];  // As long, and what is behind the last line end is not read.
+  link.devices[16].state = 1;
+  Select(shuffled);
+  link.log = [&](const std::string&) { WriteFile(path, other); };
+  EXPECT_FALSE(Upgrade(1, 5));
+  EXPECT_FALSE(gQAL->ErrorsFound());
+  EXPECT_THAT(user.Said(), ElementsAre("Ok !|The package is no longer the one that was chosen"));
 }
 
 }  // namespace

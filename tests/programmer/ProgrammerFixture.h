@@ -24,6 +24,10 @@ class ProgressDouble final : public IProgress {
   void Bar(double) override { Log("bar"); }
   void Caption(const std::string& text) override { captions.push_back(text), Log("caption " + text); }
 
+  void Rest() override { Log("rest"); }
+  void Busy(bool busy) override { Log(busy ? "busy" : "free"); }
+  void Status() override { Log("status"), RefreshDevices(); }
+
   std::vector<std::string> labels;
   std::vector<std::string> captions;
   std::function<void(const std::string&)> log;

@@ -12,9 +12,6 @@ namespace tarnwick::qalinfo {
 /// Words as bytes, low byte before high byte.
 std::span<const std::uint8_t> BytesOf(const QalDeviceImage& image);
 
-/// The CRC-32 of zlib, PNG and Ethernet.
-std::uint32_t Crc32(std::span<const std::uint8_t> bytes);
-
 /// What is told of each device's image; of one that devices share it is found once.
 class ImageIndex {
  public:

@@ -36,6 +36,8 @@ class QALclass {
   const std::string& Filename() const { return mPackage.Filename; }
   /// The path given to the last load.
   const std::filesystem::path& RealFilename() const { return mPackage.RealFilename; }
+  /// What the last load read; of one that ended in an error it may be a part only.
+  const QalIdentity& Identity() const { return mPackage.Identity; }
   const std::string& FileDate() const { return mPackage.FileDate; }
   const std::string& Comments() const { return mPackage.Comments; }
   std::int32_t ModelNumber() const { return mPackage.ModelNumber; }

@@ -24,6 +24,13 @@ enum class QalError : std::int32_t {
   NoMatchingEnd,
 };
 
+/// By what a package is known again: size in bytes and CRC-32 of all that a load read.
+struct QalIdentity {
+  std::uintmax_t Size = 0;
+  std::uint32_t Crc = 0;
+  friend bool operator==(const QalIdentity&, const QalIdentity&) = default;
+};
+
 /// One device that a package declares.
 struct QalDevice {
   std::string Name;
@@ -58,6 +65,7 @@ struct QalPackage {
   double FileVersion = 0.0;
   std::string Filename;
   std::filesystem::path RealFilename;
+  QalIdentity Identity;
   std::string FileDate;
   std::string Comments;
   std::int32_t ModelNumber = 0;

@@ -30,8 +30,6 @@ class Step2 final : public PageWindow {
   /// Shows how to get the right to open the selected port, where the user has none, in place of the
   /// note: there is no room for both, and without the right the note is of no use.
   void ShowRights();
-  /// Opens the link and reads the bus. False when nothing usable answers, after a message.
-  bool Connect();
 
   QLabel* Label1 = nullptr;
   QLabel* Label2 = nullptr;

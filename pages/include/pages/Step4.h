@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "firmware/QalPackage.h"
 #include "programmer/Progress.h"
 #include "wizard/PageWindow.h"
 
@@ -28,6 +29,9 @@ class Step4 final : public PageWindow, public IProgress {
   void Label(const std::string& text) override;
   void Bar(double fraction) override;
   void Caption(const std::string& text) override;
+  void Rest() override;
+  void Busy(bool busy) override;
+  void Status() override;
 
  private:
   void cmdProgram_Click();
@@ -35,8 +39,6 @@ class Step4 final : public PageWindow, public IProgress {
   void cmdVerify_Click();
   void ClearProgress();
   void EnableButtons(bool enabled);
-  /// The frame as it is at rest: its caption, and the terminate button live.
-  void RestoreFrame();
   /// The rows of `gDevices` that the selection stands for, in list order; empty without a selection.
   std::vector<std::int32_t> ChosenRows() const;
   /// Shows the message that a device must be chosen.
@@ -44,6 +46,7 @@ class Step4 final : public PageWindow, public IProgress {
   void ListDevices();
   void LayOutControls();
 
+  QalIdentity mJudged;  ///< The package that the page before held against the devices.
   ListBox* lstDevices = nullptr;
   StatusBox* txtStatus = nullptr;
   QPushButton* cmdProgram = nullptr;

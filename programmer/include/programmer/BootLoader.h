@@ -20,10 +20,10 @@ enum class BootLoaderCheck : std::int32_t {
 BootLoaderCheck CheckBootLoader(std::int32_t index);
 
 /// Programs the built-in boot package that fits the row, then loads the selected package again,
-/// whatever came of the programming. True when the boot package was written; false also when the
+/// whatever came of the programming. True when the boot package was written and the package loaded again
+/// is the one from before, by size and CRC; false, after a message, also when it is not, and when the
 /// user declines. `packagePath` is the selected package's path; a copy, for loading clears the
-/// original. Where the package cannot be loaded again, the result stands all the same, and
-/// `ImageRefusal` then tells what became of the package.
+/// original.
 bool UpgradeBootLoader(std::int32_t index, std::string_view caption, std::filesystem::path packagePath,
                        IProgress& progress);
 

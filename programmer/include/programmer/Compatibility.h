@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "firmware/QalPackage.h"
+
 namespace tarnwick {
 
 /// True when programming of row `index` may go on. Reads the row's state and revision anew and shows
@@ -19,6 +21,10 @@ void MatchPackageDevices();
 
 /// What a package that did not load is told to be: error number, its text and the line.
 std::string PackageErrorText();
+
+/// Why `gQAL` is not the package that was chosen, known by `chosen`: the last load failed, or it is another
+/// one. Empty when it is.
+std::string ChosenPackageRefusal(const QalIdentity& chosen);
 
 /// Why `gQAL` has no image that may be used for row `index`: the last load failed, or the package
 /// does not hold the row's device. Empty when there is one. Whoever reads an image asks this first,

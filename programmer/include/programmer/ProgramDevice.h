@@ -10,7 +10,8 @@ namespace tarnwick {
 
 /// Brings row `index` into program state, sends its image block by block and ends the programming.
 /// True when the image was written. The row's `State` and `HwRev` must be up to date. Shows its own
-/// messages, pumps events before every block, and stops between blocks when `gCancelProgram` is set.
+/// messages, pumps events before every block, and stops between blocks when `gCancelProgram` is set; the flag
+/// is the run's, which clears it when it begins and begins no image while it stands.
 /// A row without a usable image is refused with `ImageRefusal`'s text before the first call.
 bool ProgramDevice(std::int32_t index, std::string_view caption, IProgress& progress);
 

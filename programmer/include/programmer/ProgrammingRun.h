@@ -1,26 +1,45 @@
-// A programming run over the chosen devices, without its window: what is checked, and what is done
-// for one device after the other. The first failure ends each of these; it has then been shown.
+// A programming run over the chosen devices, without its window.
+//
+// A run owns what the user chose and what was judged: the rows, and by what the package is known again. While
+// it executes, `gProgramming` stands, and `gCancelProgram`, which it clears when it begins, is the user's
+// decision to stop: a block under way is finished, and no further image is begun. The first failure ends the
+// run; it has then been shown.
 #pragma once
 
 #include <cstdint>
-#include <functional>
-#include <span>
+#include <string>
+#include <vector>
 
+#include "firmware/QalPackage.h"
 #include "programmer/Progress.h"
+#include "programmer/RunOutcome.h"
 
 namespace tarnwick {
 
-/// True when the rows, chosen together, may be programmed in one run. Shows its own message. Asks no
-/// device: the table's values are used as they stand.
-bool AllowedTogether(std::span<const std::int32_t> rows);
+class ProgrammingRun {
+ public:
+  /// Rows of `gDevices`, in the order in which they are worked on. `together`: chosen as all devices, not one
+  /// by itself. `judged` is the package that was held against the devices when it was chosen.
+  ProgrammingRun(std::vector<std::int32_t> rows, bool together, QalIdentity judged);
 
-/// `CheckCompatibility` of each row, in order.
-bool CheckAll(std::span<const std::int32_t> rows);
+  /// The whole run, from its checks to the last reading of the status. Once.
+  void Execute(IProgress& progress);
 
-/// Renews the boot loader where that is needed and programs the device, row by row. `restoreFrame`
-/// is called after each display of progress, so that the frame's caption and the cancel button come
-/// back to normal.
-bool ProgramAll(std::span<const std::int32_t> rows, IProgress& progress,
-                const std::function<void()>& restoreFrame);
+  /// What became of each row, in order. After `Execute`.
+  const std::vector<RowOutcome>& Outcomes() const { return mOutcomes; }
+
+ private:
+  class Watch;
+
+  bool Check();
+  bool RefuseTogether() const;
+  bool RefusePackage() const;
+  bool ProgramRow(RowOutcome& outcome, Watch& watch);
+  bool RenewBootLoader(RowOutcome& outcome, Watch& watch);
+
+  const bool mTogether;
+  const QalIdentity mJudged;
+  std::vector<RowOutcome> mOutcomes;
+};
 
 }  // namespace tarnwick

@@ -1,4 +1,4 @@
-// The progress display of a run.
+// How a run shows itself.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,7 @@
 
 namespace tarnwick {
 
-/// Where progress shows: a label and a bar on the page, and the frame's caption. The three always
-/// travel together.
+/// Where a run of programming or verifying shows: the page that it was begun on, or whatever stands for it.
 class IProgress {
  public:
   virtual ~IProgress() = default;
@@ -18,6 +17,15 @@ class IProgress {
   virtual void Bar(double fraction) = 0;
   /// Sets the frame's caption.
   virtual void Caption(const std::string& text) = 0;
+  /// Puts the frame back as it is at rest, after the last display of one device: its own caption, and the
+  /// terminate button live.
+  virtual void Rest() = 0;
+  /// The terminate button stops a run from now on (true), or leaves the program (false).
+  virtual void Busy(bool busy) = 0;
+  /// Reads every device anew and shows the status report.
+  virtual void Status() = 0;
+  /// The block at `word` is about to be sent. Shows nothing; for those who keep a record.
+  virtual void Sending(std::int32_t /*word*/) {}
 };
 
 /// Shows `position` (a word index) as a share of `gTotalWords`, 0 when that is 0: `text` with the

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <string>
 
@@ -26,8 +25,9 @@ bool SupportsVerify(std::int32_t index);
 /// Expects that `VerifyRefusal` gave none.
 bool VerifyDevice(std::int32_t index, IProgress& progress);
 
-/// `VerifyDevice` of each row until one fails, with `restoreFrame` after each.
-bool VerifyAll(std::span<const std::int32_t> rows, IProgress& progress,
-               const std::function<void()>& restoreFrame);
+/// A verify run: while `gVerifying` stands and the computer is kept awake, the hand control is locked and the
+/// rows are verified in order until one fails; then the status is read anew, and the user is told when all
+/// were equal. Expects that `VerifyRefusal` gave none.
+void VerifyAll(std::span<const std::int32_t> rows, IProgress& progress);
 
 }  // namespace tarnwick

@@ -4,6 +4,7 @@
 #include "firmware/QALclass.h"
 #include "link/Connection.h"
 #include "link/Devices.h"
+#include "link/LastSeen.h"
 #include "programmer/modProgrammer.h"
 #include "settings/Settings.h"
 
@@ -13,6 +14,7 @@ inline void ResetGlobals() {
   gComPort.clear();
   gDeviceClass = 0;
   gDevices.Assign({});
+  ForgetSeen();
   gQAL = std::make_unique<QALclass>();
   gDebugFilter4 = gDebugFilter6 = gModelOverride = gBlockOverride = gTypeOverride = false;
   gFirmwareDir.clear();

@@ -1,0 +1,56 @@
+#include "programmer/RunOutcome.h"
+
+#include "link/Devices.h"
+#include "link/LastSeen.h"
+#include "platform/text.h"
+#include "programmer/Advice.h"
+
+namespace tarnwick {
+namespace {
+
+bool TellsNoRevision(std::int32_t index) {
+  return HasBootVersion(gDevices[index].HwRev) && EffectiveHwRev(index) == 0;
+}
+
+/// What to do about a motor whose firmware is not written.
+std::string_view WayOn(const RowOutcome& outcome) {
+  const McState state = gDevices[outcome.Row].State;
+  if (outcome.PackageLost) return advice::kChooseAgain;
+  if (state <= McState::NoResponse) return advice::kAskAgain;
+  if (TellsNoRevision(outcome.Row)) return advice::kNameRevision;
+  return outcome.End == RowEnd::Refused ? std::string_view() : advice::kBeginAgain;
+}
+
+std::string WrittenText(const RowOutcome& outcome) {
+  const std::string written = text::Fixed2(outcome.Version) + " written";
+  if (gDevices[outcome.Row].State == McState::Running) return written + ", running";
+  return written + ". " + std::string(advice::kCyclePower);
+}
+
+std::string ProgressText(const RowOutcome& outcome) {
+  switch (outcome.End) {
+    case RowEnd::NotReached:
+      return "not touched";
+    case RowEnd::Refused:
+      return "not changed";
+    case RowEnd::NotBegun:
+      return "not written";
+    default:
+      return "stopped at " + std::to_string(outcome.Percent) + " %" +
+             (outcome.BootPackage ? " of the boot loader" : "");
+  }
+}
+
+}  // namespace
+
+std::string OutcomeText(const RowOutcome& outcome) {
+  const DeviceEntry& row = gDevices[outcome.Row];
+  if (outcome.End == RowEnd::Written) return row.Name + ": " + WrittenText(outcome);
+  const std::string seen = row.State == McState::Running ? "" : SeenText(LastSeen(row.Address));
+  const std::string name = row.Name + (seen.empty() ? "" : " (last seen: " + seen + ")");
+  const bool runs = row.State == McState::Running && outcome.End <= RowEnd::Refused && !outcome.PackageLost;
+  const std::string_view way = runs ? std::string_view() : WayOn(outcome);
+  return name + ": " + ProgressText(outcome) + (way.empty() ? "." : ". ") + std::string(way);
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,52 @@
+// A note beside the program of the motors whose programming was begun and not ended. It stands from the first
+// block on and goes when that motor was written, so that one who finds the program gone in the midst, with
+// the computer's power or by a crash, is told at the next start which motor it was and what to do.
+//
+// A note that cannot be written stops nothing.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "link/LastSeen.h"
+#include "programmer/RunOutcome.h"
+
+namespace tarnwick {
+
+struct UnfinishedMotor {
+  std::int32_t Address = 0;
+  std::string Name;
+  SeenDevice Seen;           ///< What it last told of itself.
+  std::string Package;       ///< File name of the package.
+  bool BootPackage = false;  ///< `Percent` is of the boot package.
+  std::int32_t Percent = 0;
+};
+
+/// Keeps the note of one row up to date.
+class UnfinishedNote {
+ public:
+  /// The package in `gQAL` is the one to be written to row `row` of `gDevices`.
+  explicit UnfinishedNote(std::int32_t row);
+  /// The row's image is being written, and got so far. The file is written at the first call and at each
+  /// further twentieth.
+  void Keep(const RowOutcome& outcome);
+
+ private:
+  UnfinishedMotor mMotor;
+  bool mNoted = false;
+};
+
+/// The note's file: beside the program, under its name.
+std::filesystem::path UnfinishedPath();
+/// The motors that the note names; none when there is no note or it makes no sense.
+std::vector<UnfinishedMotor> ReadUnfinished();
+/// Takes one motor out of the note.
+void ForgetUnfinished(std::int32_t address);
+
+/// At the start of the program: recalls what the motors of a note told of themselves, shows the note with
+/// what to do, and asks whether it is to be kept. Nothing happens without a note.
+void ShowUnfinished();
+
+}  // namespace tarnwick
