@@ -93,7 +93,9 @@ TEST_F(BootLoaderTest, WritesThePackageOfTheRevisionAndLoadsTheSelectedOneAgain)
 TEST_F(BootLoaderTest, APackageLostOrReplacedMeanwhileIsToldAndNeverWritten) {
   const std::string lost = "Ok !|Error 1 : QAL File Not Found at Line 0";
   Select(shuffled);
-  link.log = [this](const std::string&) { std::filesystem::remove(path); };
+  link.log = [this](const std::string& call) {
+    if (call == "endProgramming 16") std::filesystem::remove(path);
+  };
   EXPECT_FALSE(Upgrade(1, 5));
   EXPECT_EQ(gDevices[1].QalIndex, 0);
   link.calls.clear();
@@ -105,7 +107,9 @@ TEST_F(BootLoaderTest, APackageLostOrReplacedMeanwhileIsToldAndNeverWritten) {
   other.back() = other[other.size() - 3];  // As long, and what is behind the last line end is not read.
   link.devices[16].state = 1;
   Select(shuffled);
-  link.log = [&](const std::string&) { WriteFile(path, other); };
+  link.log = [&](const std::string& call) {
+    if (call == "endProgramming 16") WriteFile(path, other);
+  };
   EXPECT_FALSE(Upgrade(1, 5));
   EXPECT_FALSE(gQAL->ErrorsFound());
   EXPECT_THAT(user.Said(), ElementsAre("Ok !|The package is no longer the one that was chosen"));

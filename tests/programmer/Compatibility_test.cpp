@@ -107,7 +107,7 @@ TEST_F(CompatibilityTest, MatchesRowsByAddressAlone) {
   Load(5, "", {{"X", 40, CountedWords(3)}, {"A", 17, CountedWords(3)}, {"B", 17, CountedWords(3)}});
   EXPECT_EQ(gDevices[1].QalIndex, 0);
   EXPECT_EQ(gDevices[2].QalIndex, 2);
-  EXPECT_EQ(ImageRefusal(1), "[AZM(RA) Motor] The selected package holds no firmware for this device");
+  EXPECT_EQ(ImageRefusal(1), "No matching devices found in firmware file");
   EXPECT_EQ(ImageRefusal(2), "");
   gQAL->LoadQALfile({}, PackageText(5, "", {{"A", 17, {}}}));
   MatchPackageDevices();

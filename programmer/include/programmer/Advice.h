@@ -22,12 +22,11 @@ inline constexpr std::string_view kChooseAgain =
     "Not lost. Press Back, fetch the package again if it is gone, choose it, press Next, and press Begin "
     "Programming.";
 inline constexpr std::string_view kNameRevision =
-    "The motor cannot tell its hardware revision. Choose a package that names one revision alone, the one of "
-    "this "
-    "motor.";
+    "If the status report says HwRev Unknown, choose a package that names one revision alone, the one of "
+    "this motor. Otherwise choose one that names the HwRev of the report.";
 inline constexpr std::string_view kResume =
-    "Not lost. Program it with the same package, beginning on the first page.";
-inline constexpr std::string_view kOtherPackage = "Press Back and choose the package for this mount.";
+    "Not lost. Program the motor with the same package, beginning on the first page.";
+inline constexpr std::string_view kOtherPackage = "Choose the package that is for this mount.";
 inline constexpr std::string_view kSamePackage =
     "Press Yes if this is the package that you chose before, or if you are certain that it is for this "
     "mount.";
