@@ -46,7 +46,7 @@ std::string Console::Execute(std::string_view line) {
   if (command == "poke") return Poke(words);
   if (command == "line") return SetLine(words);
   if (command == "fault") return Fault(words);
-  if (command == "hand-control") return HandControl(words);
+  if (words.size() == 2) return SetLink(words);
   if (words.size() > 1) return Error("not a command");
   if (command == "power") return mFaults.Power(), kOk;
   if (command == "plug") return mFaults.Plug(), kOk;
@@ -103,9 +103,17 @@ std::string Console::Fault(const Words& words) {
   return mFaults.Play(Words(words.begin() + 1, words.end())) ? kOk : Error("fault KIND ...");
 }
 
-std::string Console::HandControl(const Words& words) {
+/// What else is told by one word behind the command.
+std::string Console::SetLink(const Words& words) {
   LinkSetup link = mMount.Link();
-  if (words.size() != 2 || !ParseHandControl(words[1], link)) return Error("hand-control KIND");
+  const auto set = [&] {
+    if (words[0] == "hand-control") return ParseHandControl(words[1], link);
+    if (words[0] == "busy") return ParseBusy(words[1], link.busy);
+    if (words[0] == "baud") return ParseSpeed(words[1], link.fastest);
+    link.first = words[1] == "on";
+    return words[0] == "first" && (link.first || words[1] == "off");
+  };
+  if (!set()) return Error("not a command");
   mMount.Link(link);
   return kOk;
 }

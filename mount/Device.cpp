@@ -103,6 +103,7 @@ bool Device::Takes(Command command) const {
       return mState == RunState::Program;
     case Command::Identify:
     case Command::Speed:
+    case Command::Times:
     case Command::Lock:
       break;
   }

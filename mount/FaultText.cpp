@@ -12,10 +12,11 @@ namespace {
 using wire::Command;
 using Words = std::vector<std::string_view>;
 
-constexpr std::array<std::pair<std::string_view, Command>, 16> kCommands = {
+constexpr std::array<std::pair<std::string_view, Command>, 17> kCommands = {
     {{"identify", Command::Identify},
      {"lock", Command::Lock},
      {"speed", Command::Speed},
+     {"times", Command::Times},
      {"state", Command::State},
      {"model", Command::Model},
      {"revision", Command::Revision},
@@ -59,6 +60,8 @@ std::string_view FaultUsage() {
          "  drop RATE [in|out]     drop a byte\n"
          "  insert RATE [in|out]   insert a byte\n"
          "  double RATE [in|out]   send a byte twice\n"
+         "  stray MS MS            a byte comes up by itself each way, as often as between the two, up to "
+         "10000\n"
          "  late RATE MS           answer that much later, up to 10000 ms; all behind it waits\n"
          "  old RATE               send the answer before in place of this one\n"
          "  unstored RATE          acknowledge a block without storing it\n"
@@ -88,6 +91,7 @@ bool Faults::Play(const Words& words) {
   const bool good = [&] {
     const std::string_view kind = words[0];
     if (words.size() == 1) return kind == "none" && (Clear(), true);
+    if (kind == "stray") return PlayStrays(words);
     if (kind == "stuck") return PlayStuck(words);
     if (kind == "refuse") return PlayRefusal(words);
     if (kind == "cut" || kind == "pull") return PlayBreak(words);
@@ -129,6 +133,15 @@ bool Faults::PlayNoise(const Words& words) {
     return true;
   }
   return false;
+}
+
+bool Faults::PlayStrays(const Words& words) {
+  std::uint32_t least = 0;
+  std::uint32_t most = 0;
+  if (words.size() != 3 || !Parse(words[1], 10'000, least) || !Parse(words[2], 10'000, most)) return false;
+  if (least == 0 || least > most) return false;
+  mLine.strays = {std::chrono::milliseconds(least), std::chrono::milliseconds(most)};
+  return true;
 }
 
 bool Faults::PlayStuck(const Words& words) {

@@ -11,17 +11,21 @@ Faults::Faults(Mount& mount, Line& line, Say say)
       mLies(mount, mDice, mSay) {
   mLine.toMount = [this](wire::Bytes& bytes) { Pass(bytes, kIn); };
   mLine.toLibrary = [this](wire::Bytes& bytes) { Pass(bytes, kOut); };
+  mLine.chance = [this](std::uint32_t count) { return mDice.Below(count); };
   mMount.instead = [this](const wire::Frame& request) { return mLies.Handle(request); };
 }
 
 Faults::~Faults() {
   mLine.toMount = mLine.toLibrary = nullptr;
+  mLine.strays = {};
+  mLine.chance = [this](std::uint32_t count) { return mDice.Below(count); };
   mMount.instead = nullptr;
 }
 
 void Faults::Clear() {
   mNoise = {};
   mLate = 0;
+  mLine.strays = {};
   mPlanned = Break::None;
   mLies.unstored = mLies.old = 0;
   mLies.stuck.clear();

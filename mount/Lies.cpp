@@ -6,15 +6,11 @@ namespace {
 using wire::Command;
 using wire::Frame;
 
-bool IsWrite(Command command) {
-  return command == Command::Write1 || command == Command::Write2 || command == Command::Write4;
-}
-
 }  // namespace
 
 std::optional<Frame> Lies::Handle(const Frame& request) {
   if (std::optional<Frame> refusal = Refuse(request)) return refusal;
-  std::optional<Frame> answer = IsWrite(request.command) ? Write(request) : mMount.Handle(request);
+  std::optional<Frame> answer = wire::IsWrite(request.command) ? Write(request) : mMount.Handle(request);
   KeepStuck();
   if (!answer) return answer;
   const bool lie = mBefore && mDice.Hit(old);

@@ -61,10 +61,18 @@ wire::Bytes Line::Played(wire::ByteView bytes, int sentAt, int heardAt) {
 }
 
 void Line::Send(wire::ByteView view, int farSpeed, Time now) {
+  farSpeed = std::min(farSpeed, setup.roundsTo);
   wire::Bytes bytes(view.begin(), view.end());
   if (toMount) toMount(bytes);
-  mComingFree = std::max(mComingFree, now) + TimeOf(bytes.size(), farSpeed);
-  mComing.push_back({mComingFree, Played(bytes, farSpeed, mEndpoint.Speed())});
+  const Time begins = std::max(mComingFree, now);
+  mComingFree = begins + TimeOf(bytes.size(), farSpeed);
+  mComing.push_back({begins, mComingFree, Played(bytes, farSpeed, mEndpoint.Speed())});
+}
+
+/// An adapter that holds back looks at its clock, not at what came in.
+Line::Time Line::HandedOn(Time arrives) const {
+  if (setup.hold == Time{}) return arrives;
+  return (arrives / setup.hold + 1) * setup.hold;
 }
 
 /// What the mount says at `now`. It arrives whole or, on a paced line, as it comes in.
@@ -72,27 +80,70 @@ void Line::Answer(wire::Bytes bytes, int speed, int farSpeed, Time now) {
   if (toLibrary) toLibrary(bytes);
   const std::size_t sent = bytes.size();
   if (sent == 0) return;
+  const bool brief = sent < wire::kHeaderLength + wire::kCrcLength;
+  const bool device = brief || bytes[2] != wire::kMountAddress;
   const wire::Bytes heard = Played(bytes, speed, farSpeed);
-  const Time begin = std::max(mLeavingFree, now);
+  const Time begin = std::max(mLeavingFree, now) + (device ? setup.handControl : Time{});
   mLeavingFree = begin + TimeOf(sent, speed);
   const std::size_t whole = setup.paced ? kFifo : std::max<std::size_t>(heard.size(), 1);
   const std::size_t most = setup.piece == 0 ? whole : std::min(setup.piece, whole);
   const Time pause = setup.paced ? Time{} : kBetweenPieces;
+  Time last = begin;
   for (std::size_t at = 0; at < heard.size(); at += most) {
     const std::size_t count = std::min(most, heard.size() - at);
     const Time arrives = begin + setup.latency + delay + TimeOf((at + count) * sent / heard.size(), speed) +
                          pause * static_cast<std::int64_t>(at / most);
     const auto first = heard.begin() + static_cast<std::ptrdiff_t>(at);
-    mLeaving.push_back({arrives, {first, first + static_cast<std::ptrdiff_t>(count)}});
+    mLeaving.push_back({last, HandedOn(arrives), {first, first + static_cast<std::ptrdiff_t>(count)}});
+    last = arrives;
   }
 }
 
+/// The next piece to the mount, and what the mount says to it.
+void Line::Deliver(int farSpeed) {
+  const Travelling piece = std::move(mComing.front());
+  mComing.pop_front();
+  const int speed = mEndpoint.Speed();
+  Answer(mEndpoint.Receive(piece.bytes, piece.arrives), speed, farSpeed, piece.arrives);
+}
+
+/// Puts one byte into each direction: into what is under way at that moment, else by itself.
+void Line::Stray() {
+  const Time at = *mNextStray;
+  for (Queue* const queue : {&mComing, &mLeaving}) {
+    const auto byte = static_cast<std::uint8_t>(chance(256));
+    const auto under = std::ranges::find_if(*queue, [at](const Travelling& t) { return t.arrives > at; });
+    if (under == queue->end() || under->begins >= at) {
+      queue->insert(under, {at, at, {byte}});
+      continue;
+    }
+    const auto size = static_cast<std::int64_t>(under->bytes.size());
+    under->bytes.insert(under->bytes.begin() + size * (at - under->begins) / (under->arrives - under->begins),
+                        byte);
+  }
+  PlanStray(at);
+}
+
+void Line::PlanStray(Time now) {
+  mNextStray.reset();
+  if (strays.most == Time{}) return;
+  mNextStray =
+      now + strays.least + Time(chance(static_cast<std::uint32_t>((strays.most - strays.least).count()) + 1));
+}
+
 wire::Bytes Line::Take(int farSpeed, Time now) {
-  while (!mComing.empty() && mComing.front().arrives <= now) {
-    const Travelling piece = std::move(mComing.front());
-    mComing.pop_front();
-    const int speed = mEndpoint.Speed();
-    Answer(mEndpoint.Receive(piece.bytes, piece.arrives), speed, farSpeed, piece.arrives);
+  farSpeed = std::min(farSpeed, setup.roundsTo);
+  if (mNextStray.has_value() != (strays.most != Time{})) PlanStray(now);
+  for (;;) {
+    const bool comes = !mComing.empty() && mComing.front().arrives <= now;
+    const bool stray = mNextStray && *mNextStray <= now;
+    if (stray && (!comes || *mNextStray < mComing.front().arrives)) {
+      Stray();
+    } else if (comes) {
+      Deliver(farSpeed);
+    } else {
+      break;
+    }
   }
   const int speed = mEndpoint.Speed();
   if (const auto due = mEndpoint.Due(); due && *due <= now) Answer(mEndpoint.Tick(now), speed, farSpeed, now);
@@ -107,6 +158,7 @@ wire::Bytes Line::Take(int farSpeed, Time now) {
 
 std::optional<Line::Time> Line::Due() const {
   std::optional<Time> due = mEndpoint.Due();
+  if (mNextStray) due = std::min(due.value_or(Time::max()), *mNextStray);
   for (const auto* queue : {&mComing, &mLeaving})
     if (!queue->empty()) due = std::min(due.value_or(Time::max()), queue->front().arrives);
   return due;

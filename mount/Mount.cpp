@@ -41,7 +41,11 @@ void Mount::PowerCycle() {
 
 std::optional<wire::Frame> Mount::Handle(const wire::Frame& request) {
   if (request.kind != wire::Kind::Request) return std::nullopt;
-  if (mLastRequest == request) return mLastAnswer;
+  if (IsRepeated(request)) {
+    wire::Frame again = mLastAnswer;
+    again.brief = request.brief;
+    return again;
+  }
   std::optional<Reply> reply = Answer(request);
   if (!reply) return std::nullopt;
   wire::Frame answer = request;
@@ -52,6 +56,14 @@ std::optional<wire::Frame> Mount::Handle(const wire::Frame& request) {
     mLastAnswer = answer;
   }
   return answer;
+}
+
+/// In the short form or not, the same block is the same request.
+bool Mount::IsRepeated(const wire::Frame& request) const {
+  if (!mLastRequest) return false;
+  wire::Frame last = *mLastRequest;
+  last.brief = request.brief;
+  return last == request;
 }
 
 std::optional<Reply> Mount::Answer(const wire::Frame& request) {
@@ -70,6 +82,8 @@ Reply Mount::AnswerItself(const wire::Frame& request) {
       return Identify();
     case Command::Speed:
       return ChangeSpeed(request.payload[0]);
+    case Command::Times:
+      return mLink.first ? Reply::Refused(wire::Reason::WrongState) : TellTimes();
     case Command::Lock:
       if (mLink.kind == wire::LinkKind::Direct) break;
       mLocked = true;
@@ -83,11 +97,34 @@ Reply Mount::AnswerItself(const wire::Frame& request) {
 /// Begins a new session: what the last one asked for is no repetition of what this one asks.
 Reply Mount::Identify() {
   mLastRequest.reset();
+  const unsigned knows = mLink.first ? 0U : wire::kTakesShort | unsigned{wire::kTellsTimes};
   const unsigned flags =
-      (mLink.upgradeSupported ? wire::kUpgradeSupported : 0U) | (mLocked ? wire::kLocked : 0U);
+      (mLink.upgradeSupported ? wire::kUpgradeSupported : 0U) | (mLocked ? wire::kLocked : 0U) | knows;
   return Reply::Done({wire::kMagic[0], wire::kMagic[1], wire::kProtocol,
                       static_cast<std::uint8_t>(mLink.kind), static_cast<std::uint8_t>(flags),
                       wire::SpeedCode(mLink.fastest)});
+}
+
+/// Rounded up, since a time that is too short is of no use.
+Reply Mount::TellTimes() const {
+  wire::Bytes times;
+  for (const auto time : {mLink.busy.start, mLink.busy.end, mLink.busy.check})
+    times.push_back(static_cast<std::uint8_t>((time + wire::kTimesUnit - std::chrono::milliseconds(1)) /
+                                              wire::kTimesUnit));
+  return Reply::Done(std::move(times));
+}
+
+std::chrono::milliseconds Mount::TimeOf(Command command) const {
+  switch (command) {
+    case Command::Start:
+      return mLink.busy.start;
+    case Command::End:
+      return mLink.busy.end;
+    case Command::Check:
+      return mLink.busy.check;
+    default:
+      return {};
+  }
 }
 
 Reply Mount::ChangeSpeed(std::size_t code) {

@@ -18,6 +18,12 @@ constexpr std::array<std::pair<std::string_view, RunState>, 4> kStates = {{{"run
                                                                            {"program", RunState::Program},
                                                                            {"silent", RunState::Silent}}};
 
+/// The keys of a line that are times.
+constexpr std::array<std::pair<std::string_view, Endpoint::Time LineSetup::*>, 3> kLineTimes = {
+    {{"latency", &LineSetup::latency},
+     {"hold", &LineSetup::hold},
+     {"hand-control", &LineSetup::handControl}}};
+
 bool Assign(std::string_view text, std::uint32_t most, int& out) {
   const std::optional<std::uint32_t> value = ParseNumber(text, most);
   if (value) out = static_cast<int>(*value);
@@ -65,14 +71,6 @@ bool ApplyDevice(std::string_view text, std::map<std::uint8_t, DeviceSetup>& dev
                   [&](std::string_view key, std::string_view value) { return Apply(key, value, setup); });
 }
 
-bool ApplySpeed(std::string_view text, int& speed) {
-  int value = 0;
-  if (!Assign(text, wire::kSpeeds.back(), value) || wire::SpeedCode(value) == wire::kSpeeds.size())
-    return false;
-  speed = value;
-  return true;
-}
-
 /// Notes a fault that can be played.
 bool ApplyFault(std::string_view text, Options& options) {
   Mount mount;
@@ -93,8 +91,9 @@ bool ApplyOption(std::string_view name, std::string_view value, Options& options
   if (name == "--link") options.link = value;
   if (name == "--link") return !value.empty();
   if (name == "--device") return ApplyDevice(value, options.devices);
-  if (name == "--baud") return ApplySpeed(value, options.path.fastest);
+  if (name == "--baud") return ParseSpeed(value, options.path.fastest);
   if (name == "--line") return ParseLine(value, options.line);
+  if (name == "--busy") return ParseBusy(value, options.path.busy);
   if (name == "--fault") return ApplyFault(value, options);
   if (name == "--hand-control") return ParseHandControl(value, options.path);
   for (const std::string_view key : {"model", "revision", "state", "version", "claims"})
@@ -127,12 +126,21 @@ std::string_view Usage() {
          "  --claims N             revision that an old boot loader tells (the true one)\n"
          "  --device A:KEY=VALUE,...  set one device; keys: model, revision, version, state, boot, claims\n"
          "  --hand-control KIND    link through a hand control: real, old or virtual; or direct\n"
-         "  --baud SPEED           fastest speed of the line: 9600, 19200, 57600 or 115200 (115200)\n"
+         "  --baud SPEED           fastest speed: 9600, 19200, 57600, 115200, 230400, 460800, 921600 "
+         "(115200)\n"
+         "  --first                a mount of the protocol's first version: no short frames, no times\n"
+         "  --busy KEY=MS,...      how long start, end and check take, up to 10000 ms each (0); with "
+         "deaf=on\n"
+         "                         the mount hears nothing meanwhile, else it refuses what comes in\n"
          "  --line KEY=VALUE,...   how the line is played; keys:\n"
          "                           paced=on|off      bytes take the time of their bits (off)\n"
          "                           latency=MS        answers are held back, up to 1000 ms (0)\n"
          "                           piece=N           most bytes that arrive together; 0 for all (0)\n"
          "                           poor-above=SPEED  faster than this, one byte in 23 is damaged\n"
+         "                           hold=MS           an adapter hands on what came in at such times alone "
+         "(0)\n"
+         "                           hand-control=MS   time to pass a device's answer on, up to 1000 ms (0)\n"
+         "                           rounds-to=SPEED   what a driver takes for each faster speed\n"
          "  --fault FAULT          play a fault, such as \"flip 0.001\"; they are listed below\n"
          "  --until-eof            end when standard input ends\n"
          "Options apply in their order. Commands on standard input:\n"
@@ -140,6 +148,9 @@ std::string_view Usage() {
          "  plug                   plug the cable in after it was pulled\n"
          "  fault FAULT            play a fault from now on; what is played is told on standard error\n"
          "  hand-control KIND      play another link: direct, real, old or virtual\n"
+         "  busy KEY=MS,...        let it take that long; keys as above\n"
+         "  baud SPEED             let that be the fastest speed from the next opening on\n"
+         "  first on|off           be a mount of the first version, or not\n"
          "  line                   tell how the line is played, ended by \"end\"\n"
          "  line KEY=VALUE,...     play it otherwise; keys as above\n"
          "  state                  tell each device's state, ended by \"end\"\n"
@@ -157,6 +168,8 @@ std::optional<Options> ParseOptions(const std::vector<std::string>& arguments, s
       options.help = true;
     } else if (name == "--until-eof") {
       options.untilEof = true;
+    } else if (name == "--first") {
+      options.path.first = true;
     } else if (name == "--old-boot") {
       ApplyToMotorControllers("boot", "1", options);
     } else if (i + 1 == arguments.size() || !ApplyOption(name, arguments[i + 1], options)) {
@@ -169,25 +182,54 @@ std::optional<Options> ParseOptions(const std::vector<std::string>& arguments, s
   return options;
 }
 
+bool ParseSpeed(std::string_view text, int& speed) {
+  int value = 0;
+  if (!Assign(text, wire::kSpeeds.back(), value) || wire::SpeedCode(value) == wire::kSpeeds.size())
+    return false;
+  speed = value;
+  return true;
+}
+
 bool ParseLine(std::string_view text, LineSetup& line) {
-  constexpr std::uint32_t kMostLatency = 1000;
+  constexpr std::uint32_t kMostTime = 1000;
   constexpr std::uint32_t kMostPiece = 256;
   return !text.empty() && EachPair(text, [&line](std::string_view key, std::string_view value) {
     int number = 0;
-    if (key == "poor-above") return ApplySpeed(value, line.poorAbove);
+    if (key == "poor-above") return ParseSpeed(value, line.poorAbove);
+    if (key == "rounds-to") return ParseSpeed(value, line.roundsTo);
     if (key == "paced") line.paced = value == "on";
     if (key == "paced") return value == "on" || value == "off";
-    if (!Assign(value, key == "latency" ? kMostLatency : kMostPiece, number)) return false;
-    if (key == "latency") line.latency = std::chrono::milliseconds(number);
-    if (key == "piece") line.piece = static_cast<std::size_t>(number);
-    return key == "latency" || key == "piece";
+    if (key == "piece" && Assign(value, kMostPiece, number))
+      return line.piece = static_cast<std::size_t>(number), true;
+    for (const auto& [name, time] : kLineTimes)
+      if (name == key && Assign(value, kMostTime, number))
+        return line.*time = std::chrono::milliseconds(number), true;
+    return false;
   });
 }
 
 std::string DescribeLine(const LineSetup& line) {
-  const auto latency = std::chrono::duration_cast<std::chrono::milliseconds>(line.latency).count();
-  return std::string("paced=") + (line.paced ? "on" : "off") + " latency=" + std::to_string(latency) +
-         " piece=" + std::to_string(line.piece) + " poor-above=" + std::to_string(line.poorAbove);
+  std::string text =
+      std::string("paced=") + (line.paced ? "on" : "off") + " piece=" + std::to_string(line.piece) +
+      " poor-above=" + std::to_string(line.poorAbove) + " rounds-to=" + std::to_string(line.roundsTo);
+  for (const auto& [name, time] : kLineTimes)
+    text += " " + std::string(name) + "=" +
+            std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(line.*time).count());
+  return text;
+}
+
+bool ParseBusy(std::string_view text, Busy& busy) {
+  constexpr std::uint32_t kMost = 10'000;
+  return !text.empty() && EachPair(text, [&busy](std::string_view key, std::string_view value) {
+    int number = 0;
+    if (key == "deaf") busy.deaf = value == "on";
+    if (key == "deaf") return value == "on" || value == "off";
+    for (const auto& [name, time] :
+         {std::pair{"start", &Busy::start}, {"end", &Busy::end}, {"check", &Busy::check}})
+      if (name == key && Assign(value, kMost, number))
+        return busy.*time = std::chrono::milliseconds(number), true;
+    return false;
+  });
 }
 
 bool ParseHandControl(std::string_view text, LinkSetup& link) {

@@ -15,9 +15,9 @@
 namespace {
 
 using namespace tarnwick::mount;
+using std::chrono::milliseconds;
 using tarnwick::Attendant;
 using tarnwick::PseudoTerminal;
-using std::chrono::milliseconds;
 
 /// How often the terminal is looked after while nothing happens.
 constexpr milliseconds kRound(250);

@@ -47,19 +47,24 @@ std::optional<Command> WriteCommand(std::int32_t elements) {
 
 }  // namespace
 
-std::int32_t LinkCore::InitSerial(const std::string& name) {
+void LinkCore::Close() {
+  if (mLink) mLink->Close();
   mLink.reset();
   mFailure.clear();
   mAhead.Forget();
   mWritten.clear();
+}
+
+std::int32_t LinkCore::InitSerial(const std::string& name) {
+  Close();
   if (name.empty()) return static_cast<std::int32_t>(Opening::Opened);
   std::error_code error;
   std::unique_ptr<serial::ILine> port = mOpener.Open(name, error);
   mTrace.Note(Trace::kPort, port ? "opened " + name : "cannot open " + name + ": " + error.message());
   if (!port) return Failed(Opening::CannotOpen, error);
   const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(mClock.Now());
-  mLink.emplace(
-      Session(std::move(port), mClock, mTrace, static_cast<std::uint8_t>(milliseconds.count() & 0xFF)));
+  mLink.emplace(Session(std::move(port), mOpener, mClock, mTrace,
+                        static_cast<std::uint8_t>(milliseconds.count() & 0xFF)));
   const Opening result = mLink->Open();
   if (result != Opening::Opened) return Failed(result, mLink->Cause());
   return static_cast<std::int32_t>(result);
@@ -105,8 +110,7 @@ std::int32_t LinkCore::TestForUpgradeSupport() const {
 Answer LinkCore::Ask(std::int32_t address, Command command, Bytes payload) {
   mAhead.Forget();
   if (!mLink || !IsDevice(address)) return {};
-  return mLink->Ask(static_cast<std::uint8_t>(address), command, std::move(payload),
-                    mClock.Now() + kAskLimit);
+  return mLink->Ask(static_cast<std::uint8_t>(address), command, std::move(payload), mClock.Now());
 }
 
 /// Asks for a number of one or two bytes.
@@ -152,7 +156,7 @@ std::int32_t LinkCore::GetState(std::int32_t address, std::int32_t* major, std::
 }
 
 std::int32_t LinkCore::ReadMemory(std::int32_t address, std::int32_t first, std::int32_t last,
-                                 std::int32_t* words) {
+                                  std::int32_t* words) {
   if (words == nullptr || !IsWord(first) || !IsWord(last) || first > last) return kFailed;
   if (first == last) return ReadWord(address, first, words);
   while (first <= last) {
@@ -177,7 +181,7 @@ std::int32_t LinkCore::ReadWord(std::int32_t address, std::int32_t place, std::i
   const auto bus = static_cast<std::uint8_t>(address);
   const std::int32_t wanted = mAhead.Wanted(address, place);
   if (wanted > 1) {
-    const Answer answer = mLink->Try(bus, Command::Read, ReadPayload(place, wanted), asked + kAskLimit);
+    const Answer answer = mLink->Try(bus, Command::Read, ReadPayload(place, wanted), asked);
     if (answer.Done()) {
       std::vector<std::int32_t> words(static_cast<std::size_t>(wanted));
       TakeWords(answer, words.data());
@@ -186,7 +190,7 @@ std::int32_t LinkCore::ReadWord(std::int32_t address, std::int32_t place, std::i
       return kOk;
     }
   }
-  const Answer answer = mLink->Ask(bus, Command::Read, ReadPayload(place, 1), asked + kAskLimit);
+  const Answer answer = mLink->Ask(bus, Command::Read, ReadPayload(place, 1), asked);
   mAhead.Note(address, place, wanted > 1);
   if (!answer.Done()) return kFailed;
   TakeWords(answer, word);

@@ -4,8 +4,10 @@
 
 namespace tarnwick::wire {
 
-void ReplyReader::Expect(const Frame& request) {
+void ReplyReader::Expect(const Frame& request, bool briefly) {
   mRequest = request;
+  mKnown.clear();
+  if (briefly) mKnown.push_back(KnownOf(request));
   mBytes.clear();
   mSawBytes = mSawOthers = mSawEcho = false;
 }
@@ -13,8 +15,37 @@ void ReplyReader::Expect(const Frame& request) {
 bool ReplyReader::IsAnswer(const Frame& frame) const {
   if (frame.kind == Kind::Request || frame.command != mRequest.command) return false;
   if (frame.sequence != mRequest.sequence || frame.address != mRequest.address) return false;
-  if (frame.kind == Kind::Refused || frame.command != Command::Read) return true;
-  return frame.payload[0] == mRequest.payload[2];
+  if (frame.kind == Kind::Refused) return true;
+  // An answer that tells what was asked for is held against it.
+  if (frame.command == Command::Speed) return frame.payload == mRequest.payload;
+  return frame.command != Command::Read || frame.payload[0] == mRequest.payload[2];
+}
+
+/// `bytes` are a part of a frame: true unless their beginning says already that it is another one.
+bool ReplyReader::MayBeAnswer(ByteView bytes) const {
+  Frame answer = mRequest;
+  for (const Kind kind : {Kind::Done, Kind::Refused}) {
+    answer.kind = kind;
+    answer.payload.clear();
+    const Bytes head = Encode(answer);
+    const std::size_t same = std::min(bytes.size(), kHeaderLength);
+    if (std::ranges::equal(bytes.first(same), ByteView(head).first(same))) return true;
+    if (mKnown.empty()) continue;
+    answer.brief = mKnown.front().first;
+    if (bytes[0] == Encode(answer)[0]) return true;
+    answer.brief.reset();
+  }
+  return false;
+}
+
+bool ReplyReader::MayGoOn() const {
+  Frame frame;
+  std::size_t length = 0;
+  for (std::size_t at = 0; at < mBytes.size(); ++at) {
+    const ByteView rest = ByteView(mBytes).subspan(at);
+    if (MayBeAnswer(rest) && ScanFrame(rest, frame, length, mKnown) == Scan::Partial) return true;
+  }
+  return false;
 }
 
 std::optional<Frame> ReplyReader::Push(ByteView bytes) {
@@ -24,7 +55,7 @@ std::optional<Frame> ReplyReader::Push(ByteView bytes) {
   std::size_t firstPartial = mBytes.size();
   for (std::size_t at = 0; at < mBytes.size();) {
     std::size_t length = 1;
-    const Scan scan = ScanFrame(ByteView(mBytes).subspan(at), frame, length);
+    const Scan scan = ScanFrame(ByteView(mBytes).subspan(at), frame, length, mKnown);
     if (scan == Scan::Whole) {
       if (IsAnswer(frame)) {
         mBytes.clear();

@@ -10,9 +10,10 @@
 namespace tarnwick::wire {
 namespace {
 
-constexpr std::array<std::pair<Command, const char*>, 16> kNames = {{{Command::Identify, "Identify"},
+constexpr std::array<std::pair<Command, const char*>, 17> kNames = {{{Command::Identify, "Identify"},
                                                                      {Command::Lock, "Lock"},
                                                                      {Command::Speed, "Speed"},
+                                                                     {Command::Times, "Times"},
                                                                      {Command::State, "State"},
                                                                      {Command::Model, "Model"},
                                                                      {Command::Revision, "Revision"},
@@ -42,6 +43,7 @@ std::string Describe(const Frame& frame) {
   for (const auto& [command, name] : kNames)
     if (command == frame.command) text += name;
   text += frame.address == kMountAddress ? " mount" : " device " + std::to_string(frame.address);
+  if (frame.brief) text += " short";
   if (frame.kind != Kind::Request) text += frame.kind == Kind::Done ? " done" : " refused";
   return text + (frame.payload.empty() ? "" : ":") + Hex(frame.payload);
 }

@@ -2,6 +2,7 @@
 #include "platform/serial.h"
 
 #include <fcntl.h>
+#include <linux/serial.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
@@ -11,7 +12,9 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <fstream>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "posix.h"
@@ -41,8 +44,9 @@ Duration Now() {
 /// A line that is open, locked and raw; gives all of that back at its end.
 class TerminalLine final : public ILine {
  public:
-  explicit TerminalLine(int fd) : mFd(fd) {}
+  TerminalLine(int fd, std::filesystem::path timer) : mFd(fd), mTimer(std::move(timer)) {}
   ~TerminalLine() override {
+    HoldBackAgain();
     if (mChanged) ::tcsetattr(mFd, TCSANOW, &mBefore);
     if (mLocked) ::ioctl(mFd, TIOCNXCL);
     ::close(mFd);
@@ -58,18 +62,49 @@ class TerminalLine final : public ILine {
  private:
   std::error_code Claim();
   std::error_code MakeRaw(int speed);
+  void HandOnAtOnce();
+  void HoldBackAgain();
   bool Await(short events, Duration limit) const;
 
   int mFd;
   bool mLocked = false;
   bool mChanged = false;
   termios mBefore{};
+  std::filesystem::path mTimer;  ///< The file of the driver's that tells how long it holds bytes back.
+  std::string mHeldBack;         ///< What stood there before it was changed.
+  bool mHurried = false;         ///< The driver was asked by its flag, which was not set before.
 };
 
 std::error_code TerminalLine::Prepare(int speed) {
   if (::isatty(mFd) == 0) return posix::LastError();
   if (const std::error_code error = Claim()) return error;
-  return MakeRaw(speed);
+  if (const std::error_code error = MakeRaw(speed)) return error;
+  HandOnAtOnce();
+  return {};
+}
+
+/// Most USB adapters hold what comes in back for 16 ms, to hand more on at once. Asked by the flag that most
+/// drivers know, else by the driver's own file; what can do neither is no worse than before.
+void TerminalLine::HandOnAtOnce() {
+  serial_struct driver{};
+  if (::ioctl(mFd, TIOCGSERIAL, &driver) == 0) {
+    if ((driver.flags & ASYNC_LOW_LATENCY) != 0) return;
+    driver.flags |= ASYNC_LOW_LATENCY;
+    mHurried = ::ioctl(mFd, TIOCSSERIAL, &driver) == 0;
+    if (mHurried) return;
+  }
+  std::string before;
+  if (!std::getline(std::ifstream(mTimer), before) || before == "1") return;
+  if (std::ofstream(mTimer) << "1" << std::flush) mHeldBack = before;
+}
+
+void TerminalLine::HoldBackAgain() {
+  serial_struct driver{};
+  if (mHurried && ::ioctl(mFd, TIOCGSERIAL, &driver) == 0) {
+    driver.flags &= ~ASYNC_LOW_LATENCY;
+    ::ioctl(mFd, TIOCSSERIAL, &driver);
+  }
+  if (!mHeldBack.empty()) std::ofstream(mTimer) << mHeldBack;
 }
 
 /// The lock holds root off as well, which the terminal's own flag does not.
@@ -86,6 +121,7 @@ std::error_code TerminalLine::MakeRaw(int speed) {
   if (::tcgetattr(mFd, &mBefore) != 0) return posix::LastError();
   termios raw = mBefore;
   ::cfmakeraw(&raw);
+  raw.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF | IXANY | INPCK);
   raw.c_cflag &= ~static_cast<tcflag_t>(CSTOPB | CRTSCTS);
   raw.c_cflag |= CLOCAL | CREAD;
   raw.c_cc[VMIN] = 0;
@@ -105,16 +141,22 @@ bool TerminalLine::Await(short events, Duration limit) const {
   return ::ppoll(&line, 1, &timeout, nullptr) > 0;
 }
 
-/// An adapter may take other settings than it was told: the speed counts only when it stands there.
+/// An adapter may take other settings than it was told: the speed counts only when it stands there. What it
+/// took in its place is undone.
 std::error_code TerminalLine::Speed(int speed) {
   const std::optional<speed_t> rate = RateOf(speed);
   if (!rate) return std::make_error_code(std::errc::invalid_argument);
-  termios settings{};
-  if (::tcgetattr(mFd, &settings) != 0) return posix::LastError();
+  termios before{};
+  if (::tcgetattr(mFd, &before) != 0) return posix::LastError();
+  termios settings = before;
   ::cfsetspeed(&settings, *rate);
-  if (::tcsetattr(mFd, TCSANOW, &settings) != 0 || ::tcgetattr(mFd, &settings) != 0) return posix::LastError();
-  if (::cfgetospeed(&settings) != *rate) return std::make_error_code(std::errc::not_supported);
-  return {};
+  std::error_code error;
+  if (::tcsetattr(mFd, TCSANOW, &settings) != 0 || ::tcgetattr(mFd, &settings) != 0)
+    error = posix::LastError();
+  if (!error && (::cfgetospeed(&settings) != *rate || ::cfgetispeed(&settings) != *rate))
+    error = std::make_error_code(std::errc::not_supported);
+  if (error) ::tcsetattr(mFd, TCSANOW, &before);
+  return error;
 }
 
 std::error_code TerminalLine::Write(std::span<const std::uint8_t> bytes, Duration limit) {
@@ -146,7 +188,8 @@ std::size_t TerminalLine::Read(std::span<std::uint8_t> buffer, Duration limit, s
 
 }  // namespace
 
-std::unique_ptr<ILine> Open(const std::filesystem::path& device, int speed, std::error_code& error) {
+std::unique_ptr<ILine> Open(const std::filesystem::path& device, int speed, std::error_code& error,
+                            const System& system) {
   error.clear();
   // Without blocking, since a line without carrier would hold the opening up.
   const int fd = ::open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
@@ -154,7 +197,9 @@ std::unique_ptr<ILine> Open(const std::filesystem::path& device, int speed, std:
     error = posix::LastError();
     return nullptr;
   }
-  auto line = std::make_unique<TerminalLine>(fd);
+  std::error_code unknown;
+  const std::filesystem::path name = std::filesystem::canonical(device, unknown).filename();
+  auto line = std::make_unique<TerminalLine>(fd, system.terminals / name / "device/latency_timer");
   error = line->Prepare(speed);
   if (error) return nullptr;
   return line;

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <fstream>
+#include <vector>
 
 #include "platform/serial.h"
 
@@ -42,6 +43,44 @@ bool HasHardware(const fs::path& resolved) {
   return answered && serial.type != PORT_UNKNOWN;
 }
 
+/// The first line of a file of the system's, without what is not to be shown; empty when there is none.
+std::string LineOf(const fs::path& file) {
+  std::string line;
+  std::getline(std::ifstream(file), line);
+  std::erase_if(line, [](char c) { return c < ' ' || c > '~'; });
+  return line;
+}
+
+/// What the system tells of the terminal of that name as a USB adapter. The USB device is one level above an
+/// ACM interface and two above a serial converter's port.
+std::optional<Adapter> AdapterNamed(const std::string& name, const System& system) {
+  std::error_code error;
+  const fs::path port = fs::canonical(system.terminals / name / "device", error);
+  if (error) return std::nullopt;
+  for (fs::path interface : {port, port.parent_path()}) {
+    const fs::path usb = interface.parent_path();
+    const std::string maker = LineOf(usb / "idVendor");
+    if (maker.empty()) continue;
+    const std::string inner = interface.filename().string();
+    return Adapter{
+        .product = maker + ":" + LineOf(usb / "idProduct") + " " + LineOf(usb / "product"),
+        .port = inner.substr(std::min(inner.find(':'), inner.size())) + "/" + LineOf(port / "port_number"),
+        .serial = LineOf(usb / "serial"),
+        .place = usb.filename().string()};
+  }
+  return std::nullopt;
+}
+
+/// Calls `visit` with the name and the adapter of each terminal of the system that is one.
+template <class Visit>
+void EachAdapter(const System& system, Visit&& visit) {
+  std::error_code error;
+  for (fs::directory_iterator it(system.terminals, error), end; !error && it != end; it.increment(error)) {
+    const std::string name = it->path().filename().string();
+    if (const std::optional<Adapter> adapter = AdapterNamed(name, system)) visit(name, *adapter);
+  }
+}
+
 /// True when the process described in `process` has `resolved` open.
 bool Holds(const fs::path& process, const fs::path& resolved) {
   std::error_code error;
@@ -53,6 +92,33 @@ bool Holds(const fs::path& process, const fs::path& resolved) {
 }
 
 }  // namespace
+
+bool Adapter::SameAs(const Adapter& other) const {
+  if (product != other.product || port != other.port) return false;
+  return serial.empty() ? place == other.place : serial == other.serial;
+}
+
+/// Some makers give all their adapters one serial number, which then tells nothing.
+std::optional<Adapter> AdapterOf(const fs::path& device, const System& system) {
+  const fs::path resolved = Resolve(device);
+  if (resolved.empty()) return std::nullopt;
+  std::optional<Adapter> adapter = AdapterNamed(resolved.filename().string(), system);
+  if (!adapter || adapter->serial.empty()) return adapter;
+  bool shared = false;
+  EachAdapter(system, [&](const std::string&, const Adapter& other) {
+    shared = shared || (other.SameAs(*adapter) && other.place != adapter->place);
+  });
+  if (shared) adapter->serial.clear();
+  return adapter;
+}
+
+fs::path FindAdapter(const Adapter& adapter, const System& system) {
+  std::vector<std::string> found;
+  EachAdapter(system, [&](const std::string& name, const Adapter& other) {
+    if (adapter.SameAs(other)) found.push_back(name);
+  });
+  return found.size() == 1 ? system.devices / found.front() : fs::path();
+}
 
 fs::path StandardDevice(int number) {
   if (number <= 4) return "/dev/ttyS" + std::to_string(number - 1);
@@ -73,10 +139,8 @@ std::string ProductOf(const fs::path& device) {
   if (resolved.empty()) return {};
   // The USB device is one level above an ACM interface and two above a serial converter's port.
   for (const char* up : {"../product", "../../product"}) {
-    std::string product;
-    if (!std::getline(std::ifstream(HardwareOf(resolved) / up), product)) continue;
-    std::erase_if(product, [](char c) { return c < ' ' || c > '~'; });
-    return product;
+    const std::string product = LineOf(HardwareOf(resolved) / up);
+    if (!product.empty()) return product;
   }
   return {};
 }

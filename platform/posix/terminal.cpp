@@ -66,8 +66,15 @@ std::error_code PseudoTerminal::Open(const fs::path& link, std::string& what) {
 }
 
 int PseudoTerminal::Speed() const {
-  constexpr std::array<std::pair<speed_t, int>, 6> kRates = {
-      {{B9600, 9600}, {B19200, 19200}, {B38400, 38400}, {B57600, 57600}, {B115200, 115200}, {B4800, 4800}}};
+  constexpr std::array<std::pair<speed_t, int>, 9> kRates = {{{B9600, 9600},
+                                                              {B19200, 19200},
+                                                              {B38400, 38400},
+                                                              {B57600, 57600},
+                                                              {B115200, 115200},
+                                                              {B230400, 230400},
+                                                              {B460800, 460800},
+                                                              {B921600, 921600},
+                                                              {B4800, 4800}}};
   termios settings{};
   if (::tcgetattr(mSlave, &settings) == 0)
     for (const auto& [rate, speed] : kRates)

@@ -6,9 +6,9 @@
 
 #include <sstream>
 
+#include "linklib/Checksum.h"
 #include "support/TempFolder.h"
 #include "support/VirtualLine.h"
-#include "linklib/Checksum.h"
 
 namespace tarnwick::wire {
 namespace {
@@ -140,10 +140,12 @@ TEST(LinkCore, TakesTheFastestSpeedThatTheLineBears) {
     Bench bench({LinkKind::Direct, true, fastest});
     bench.line.line.setup = {true, milliseconds(latency), 0, bears};
     for (const char* round : {"first", "left at that speed by a killed program"}) {
-      EXPECT_EQ(bench.Open(), 0) << round;
-      EXPECT_EQ(bench.core.Speed(), wanted) << round;
+      LinkCore core{bench.line, bench.line};
+      EXPECT_EQ(bench.Within(kOpenLimit, [&] { return core.InitSerial("COM5"); }), 0) << round;
+      EXPECT_EQ(core.Speed(), wanted) << round;
       EXPECT_EQ(bench.mount.Speed(), wanted);
-      EXPECT_EQ(bench.State(16), 1);
+      std::int32_t version = 0;
+      EXPECT_EQ(core.GetState(16, &version, &version), 1);
     }
   }
 }

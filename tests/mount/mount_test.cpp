@@ -50,7 +50,7 @@ TEST(Options, SetTheMountUpOrAreRefusedWithAReason) {
       {"--hand-control", "old", "--line", "paced=on,latency=100,piece=1,poor-above=19200"}, error);
   ASSERT_TRUE(options) << error;
   EXPECT_FALSE(options->path.upgradeSupported);
-  EXPECT_EQ(DescribeLine(options->line), "paced=on latency=100 piece=1 poor-above=19200");
+  EXPECT_EQ(DescribeLine(options->line), "paced=on piece=1 poor-above=19200 rounds-to=921600 latency=100 hold=0 hand-control=0");
   for (const std::string name : {"--revision=256", "--revision=2x", "--state=asleep", "--device=16",
                                  "--device=0:model=1", "--baud=38400", "--line=latency", "stray="}) {
     const std::size_t end = name.find('=');

@@ -27,7 +27,7 @@ class Console {
   std::string State(const Words& words);
   std::string Dump(const Words& words);
   std::string SetLine(const Words& words);
-  std::string HandControl(const Words& words);
+  std::string SetLink(const Words& words);
   std::string Fault(const Words& words);
   std::string Poke(const Words& words);
   Device* Find(std::string_view address);

@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-#include "mount/Memory.h"
 #include "linklib/Frame.h"
+#include "mount/Memory.h"
 
 namespace tarnwick::mount {
 

@@ -3,13 +3,13 @@
 
 #include <chrono>
 
-#include "mount/Mount.h"
 #include "linklib/Frame.h"
+#include "mount/Mount.h"
 
 namespace tarnwick::mount {
 
 /// A frame that does not go on for this long was noise.
-inline constexpr std::chrono::microseconds kGap = std::chrono::milliseconds(120);
+inline constexpr std::chrono::microseconds kGap = std::chrono::milliseconds(40);
 /// With no request understood for this long after a change of speed, or after the first byte that was
 /// none, the mount goes back to the speed of switching on.
 inline constexpr std::chrono::microseconds kLost = std::chrono::milliseconds(500);
@@ -34,10 +34,14 @@ class Endpoint {
 
  private:
   void Answer(wire::Bytes& out, Time now);
+  std::optional<wire::Frame> Hear(const wire::Frame& request, Time now);
+  void Follow(const wire::Frame& request, const wire::Frame& answer);
 
   Mount& mMount;
   wire::RequestReader mReader;
   Time mLast{};                  ///< When the last byte came in.
+  wire::Bytes mHeld;             ///< The answer to what the mount is busy with.
+  Time mBusyUntil{};             ///< When it is sent.
   std::optional<Time> mStrange;  ///< Since when no request was understood, or the speed not confirmed.
 };
 

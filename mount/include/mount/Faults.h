@@ -52,6 +52,7 @@ class Faults {
 
   bool PlayNoise(const std::vector<std::string_view>& words);
   bool PlayRate(const std::vector<std::string_view>& words);
+  bool PlayStrays(const std::vector<std::string_view>& words);
   bool PlayStuck(const std::vector<std::string_view>& words);
   bool PlayRefusal(const std::vector<std::string_view>& words);
   bool PlayBreak(const std::vector<std::string_view>& words);

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "mount/Mount.h"
 #include "linklib/Frame.h"
+#include "mount/Mount.h"
 
 namespace tarnwick::mount {
 

@@ -14,6 +14,15 @@ struct LineSetup {
   Endpoint::Time latency{};  ///< How long an adapter holds back what the mount sends.
   std::size_t piece = 0;     ///< Most bytes that arrive together, a millisecond apart; 0 for no limit.
   int poorAbove = wire::kSpeeds.back();  ///< At faster speeds the line damages one byte in 23.
+  Endpoint::Time hold{};  ///< An adapter hands on at such times alone what came in, or when it is full.
+  Endpoint::Time handControl{};         ///< What a hand control needs to pass a request on to a device.
+  int roundsTo = wire::kSpeeds.back();  ///< A driver takes this for each faster speed, and says nothing.
+};
+
+/// Bytes that come up on the line by themselves, each way.
+struct Strays {
+  Endpoint::Time least{};  ///< The time from one to the next.
+  Endpoint::Time most{};   ///< 0 for none.
 };
 
 class Line {
@@ -25,7 +34,9 @@ class Line {
   explicit Line(Endpoint& endpoint) : mEndpoint(endpoint) {}
 
   LineSetup setup;
-  Time delay{};      ///< Answers are held back for so much longer.
+  Strays strays;
+  std::function<std::uint32_t(std::uint32_t count)> chance;  ///< 0 to `count` - 1; for the strays.
+  Time delay{};                                              ///< Answers are held back for so much longer.
   Damage toMount;    ///< Applied to each piece that is sent to the mount, before it travels.
   Damage toLibrary;  ///< Applied to what the mount sends upon each piece; that may be nothing.
 
@@ -40,17 +51,24 @@ class Line {
 
  private:
   struct Travelling {
+    Time begins;
     Time arrives;
     wire::Bytes bytes;
   };
+  using Queue = std::deque<Travelling>;
   wire::Bytes Played(wire::ByteView bytes, int sentAt, int heardAt);
   Time TimeOf(std::size_t bytes, int speed) const;
   void Answer(wire::Bytes bytes, int speed, int farSpeed, Time now);
+  void Deliver(int farSpeed);
+  void Stray();
+  void PlanStray(Time now);
+  Time HandedOn(Time arrives) const;
 
   Endpoint& mEndpoint;
-  std::deque<Travelling> mComing;   ///< To the mount.
-  std::deque<Travelling> mLeaving;  ///< To the far end.
-  Time mComingFree{};               ///< When the last byte of that direction has been sent.
+  Queue mComing;   ///< To the mount.
+  Queue mLeaving;  ///< To the far end.
+  std::optional<Time> mNextStray;
+  Time mComingFree{};  ///< When the last byte of that direction has been sent.
   Time mLeavingFree{};
   std::size_t mCount = 0;  ///< Bytes that travelled over a poor line.
 };

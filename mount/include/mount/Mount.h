@@ -2,21 +2,30 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
 
-#include "mount/Device.h"
 #include "linklib/Frame.h"
+#include "mount/Device.h"
 
 namespace tarnwick::mount {
 
-/// What the serial line runs through.
+/// What takes a device long.
+struct Busy {
+  std::chrono::milliseconds start{}, end{}, check{};
+  bool deaf = false;  ///< It hears nothing meanwhile; else it refuses what comes in as busy.
+};
+
+/// What the serial line runs through, and what the mount can do.
 struct LinkSetup {
   wire::LinkKind kind = wire::LinkKind::Direct;
   bool upgradeSupported = true;
-  int fastest = wire::kSpeeds.back();  ///< Fastest line speed; one of `wire::kSpeeds`.
+  int fastest = 115200;  ///< Fastest line speed; one of `wire::kSpeeds`.
+  bool first = false;    ///< Of the protocol's first version: no short frames, no times.
+  Busy busy{};
 };
 
 class Mount {
@@ -41,6 +50,10 @@ class Mount {
   /// The answer to a request, or nothing where the mount stays silent. The same request to a device
   /// again is answered as before and not carried out again.
   std::optional<wire::Frame> Handle(const wire::Frame& request);
+  /// True of the last request to a device that was done: it will be answered again, not carried out.
+  bool IsRepeated(const wire::Frame& request) const;
+  /// How long the mount takes for a request that was done, by what it was set to.
+  std::chrono::milliseconds TimeOf(wire::Command command) const;
   /// Answers what comes over the line in place of `Handle`, which it may call; none by itself.
   std::function<std::optional<wire::Frame>(const wire::Frame& request)> instead;
   /// The answer to a request that came over the line.
@@ -54,6 +67,7 @@ class Mount {
   std::optional<Reply> Answer(const wire::Frame& request);
   Reply AnswerItself(const wire::Frame& request);
   Reply Identify();
+  Reply TellTimes() const;
   Reply ChangeSpeed(std::size_t code);
 
   LinkSetup mLink;

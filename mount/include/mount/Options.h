@@ -38,9 +38,14 @@ std::string_view NameOf(RunState state);
 /// Sets what the line runs through: direct, real, old or virtual; false when it is none of them.
 bool ParseHandControl(std::string_view text, LinkSetup& link);
 
+/// Sets a speed of the line; false when it is none.
+bool ParseSpeed(std::string_view text, int& speed);
+
 /// Sets what `text` names, as "key=value,key=value"; false, with some set, when it cannot be understood.
 bool ParseLine(std::string_view text, LineSetup& line);
-/// The same for reading, all keys in a line.
+/// Sets how long the mount takes, in the same form.
+bool ParseBusy(std::string_view text, Busy& busy);
+/// The line for reading, all keys in a line.
 std::string DescribeLine(const LineSetup& line);
 
 /// A whole number from 0 to `most`, in decimal, or hexadecimal behind "0x"; nothing else in `text`.

@@ -67,6 +67,7 @@ class LinkCore {
   std::int32_t EndProgramming(std::int32_t address);
 
  private:
+  void Close();
   std::int32_t Failed(Opening result, const std::error_code& error);
   Answer Ask(std::int32_t address, Command command, Bytes payload = {});
   std::int32_t AskNumber(std::int32_t address, Command command, std::int32_t* out);

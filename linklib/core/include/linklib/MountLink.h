@@ -23,9 +23,11 @@ enum class Opening : std::int32_t {
 std::string_view CauseText(Opening result);
 
 /// The longest that opening may take.
-inline constexpr Duration kOpenLimit = std::chrono::seconds(3);
+inline constexpr Duration kOpenLimit = std::chrono::seconds(4);
 /// The longest that one question may take, with finding the mount again and locking it again.
 inline constexpr Duration kAskLimit = std::chrono::milliseconds(4500);
+/// The longest beyond what the mount says that it takes, where that is more.
+inline constexpr Duration kSlowMargin = std::chrono::milliseconds(1500);
 
 class MountLink {
  public:
@@ -33,6 +35,8 @@ class MountLink {
 
   /// Looks for the mount and agrees on the speed, within `kOpenLimit`.
   Opening Open();
+  /// Sends the mount home, so that the next opening finds it at once. A line that is gone is left alone.
+  void Close();
   LinkKind Kind() const { return mKind; }
   bool UpgradeSupported() const { return mUpgradeSupported; }
   /// Locks the hand control, and from now on again whenever it has lost its lock.
@@ -44,16 +48,21 @@ class MountLink {
   /// How often a request was sent again since the opening.
   std::int32_t Repeats() const { return mSession.Repeats(); }
 
-  /// One question to a device, over at `end`.
-  Answer Ask(std::uint8_t address, Command command, Bytes payload, Duration end);
+  /// One question to a device, put at `asked`: over `kAskLimit` later or, where the mount says that it takes
+  /// long, `kSlowMargin` after that time.
+  Answer Ask(std::uint8_t address, Command command, Bytes payload, Duration asked);
   /// The same without looking for a mount that does not answer, and with few repetitions.
-  Answer Try(std::uint8_t address, Command command, Bytes payload, Duration end);
+  Answer Try(std::uint8_t address, Command command, Bytes payload, Duration asked);
 
  private:
   Answer FindMount(Duration end);
-  Opening Settle(int fastest, Duration end);
+  Opening TakeIdentity(const Bytes& identity);
+  void LearnTimes(Duration end);
+  Duration TimeOf(Command command) const;
+  Opening Settle(int fastest, Duration trial, Duration end);
   bool ChangeTo(int speed, Duration end);
   int Probe(Duration end);
+  Answer First(const Frame& request, Duration end);
   Answer Insist(const Frame& request, Duration end);
   bool FindAgain(Duration end);
   Frame SpeedRequest(int speed);
@@ -63,6 +72,9 @@ class MountLink {
   bool mUpgradeSupported = false;
   bool mLockWanted = false;
   int mHome = kBaseSpeed;  ///< Speed to which the mount goes back.
+  int mFastest = kBaseSpeed;
+  bool mTellsTimes = false;
+  std::array<Duration, 3> mTimes{};  ///< How long Start, End and Check may take.
 };
 
 }  // namespace tarnwick::wire

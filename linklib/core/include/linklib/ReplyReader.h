@@ -11,10 +11,14 @@ namespace tarnwick::wire {
 /// at every offset: noise before it, or the rest of a late answer, never hides it.
 class ReplyReader {
  public:
-  /// Starts to look for the answer to `request`. What came in before is forgotten.
-  void Expect(const Frame& request);
+  /// Starts to look for the answer to `request`, in the short form as well if `briefly`, which only a Write
+  /// has. What came in before is forgotten.
+  void Expect(const Frame& request, bool briefly = false);
   /// The answer, once it is there. Other frames are passed over.
   std::optional<Frame> Push(ByteView bytes);
+
+  /// True when what came in last may be the beginning of the answer.
+  bool MayGoOn() const;
 
   bool SawBytes() const { return mSawBytes; }
   /// True when valid frames came that are neither the answer nor an echo of the request.
@@ -23,8 +27,10 @@ class ReplyReader {
 
  private:
   bool IsAnswer(const Frame& frame) const;
+  bool MayBeAnswer(ByteView bytes) const;
 
   Frame mRequest;
+  std::vector<Known> mKnown;  ///< The request's block, where a short answer is looked for.
   Bytes mBytes;
   bool mSawBytes = false;
   bool mSawOthers = false;

@@ -3,10 +3,12 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace tarnwick::wire {
@@ -20,6 +22,7 @@ enum class Command : std::uint8_t {
   Identify = 0x01,
   Lock = 0x02,
   Speed = 0x03,
+  Times = 0x04,
   State = 0x08,
   Model = 0x09,
   Revision = 0x0A,
@@ -46,17 +49,23 @@ inline constexpr std::uint8_t kMountAddress = 0;
 /// Bits in the flags of the answer to Identify.
 inline constexpr std::uint8_t kUpgradeSupported = 0x01;
 inline constexpr std::uint8_t kLocked = 0x02;
+inline constexpr std::uint8_t kTakesShort = 0x04;
+inline constexpr std::uint8_t kTellsTimes = 0x08;
 /// First bytes of the answer to Identify, and the version of the protocol told here.
 inline constexpr std::uint8_t kMagic[2] = {'T', 'W'};
 inline constexpr std::uint8_t kProtocol = 1;
 
 inline constexpr std::size_t kHeaderLength = 3;  ///< Head, sequence number, address.
 inline constexpr std::size_t kCrcLength = 2;
-inline constexpr std::size_t kMostWords = 64;  ///< Words in one answer to Read.
+inline constexpr std::size_t kMostWords = 64;      ///< Words in one answer to Read.
+inline constexpr std::size_t kShortCrcLength = 4;  ///< Of a short request; a short answer has `kCrcLength`.
+/// The answer to Times tells in this unit how long Start, End and Check may take, at most so many of it.
+inline constexpr std::chrono::milliseconds kTimesUnit{100};
+inline constexpr std::uint8_t kMostTime = 100;
 inline constexpr std::size_t kLongestFrame = kHeaderLength + 1 + 2 * kMostWords + kCrcLength;
 
 /// Line speeds in bits per second, slowest first; a speed's place here is its code in a frame.
-inline constexpr std::array<int, 4> kSpeeds = {9600, 19200, 57600, 115200};
+inline constexpr std::array<int, 7> kSpeeds = {9600, 19200, 57600, 115200, 230400, 460800, 921600};
 /// Speed of a mount that was just switched on, unless it is slower altogether.
 inline constexpr int kBaseSpeed = 19200;
 inline constexpr int kBitsPerByte = 10;
@@ -69,9 +78,27 @@ struct Frame {
   std::uint8_t sequence = 0;
   std::uint8_t address = kMountAddress;
   Bytes payload;
+  /// Set where the frame travels in the short form: number of the block's first word. The payload of a
+  /// request has it all the same.
+  std::optional<std::uint16_t> brief{};
 
   bool operator==(const Frame&) const = default;
 };
+
+/// What both ends know of a block beforehand, so that a short frame need not carry it.
+struct Known {
+  std::uint8_t sequence = 0;
+  std::uint8_t address = kMountAddress;
+  std::uint16_t first = 0;  ///< Number of the block's first word.
+
+  bool operator==(const Known&) const = default;
+};
+
+bool IsWrite(Command command);
+/// What is known of the block of a Write request once it has been heard.
+Known KnownOf(const Frame& write);
+/// The same of the block that follows it, if it follows at once.
+Known FollowerOf(const Frame& write);
 
 /// The frame's bytes. The payload must have the length that `PayloadLength` tells.
 Bytes Encode(const Frame& frame);
@@ -86,8 +113,9 @@ std::size_t AnswerLength(const Frame& request);
 enum class Scan { Whole, Partial, None };
 
 /// What `bytes` begin with: a whole frame with a right CRC, which is put into `frame` with its bytes
-/// counted in `length`; a part of what may become one; or no frame.
-Scan ScanFrame(ByteView bytes, Frame& frame, std::size_t& length);
+/// counted in `length`; a part of what may become one; or no frame. A short frame is one of a block in
+/// `known` or none at all.
+Scan ScanFrame(ByteView bytes, Frame& frame, std::size_t& length, std::span<const Known> known = {});
 
 /// Takes requests out of a stream of bytes, in order, skipping what is none. Holds less than the bytes
 /// of one request back.
@@ -100,10 +128,13 @@ class RequestReader {
   bool Waiting() const { return !mBytes.empty(); }
   /// Gives up the request that is waited for: the bytes behind its first one are looked at anew.
   void GiveUp();
-  void Clear() { mBytes.clear(); }
+  /// Blocks of which short requests may come from now on.
+  void Know(std::vector<Known> known) { mKnown = std::move(known); }
+  void Clear() { *this = {}; }
 
  private:
   Bytes mBytes;
+  std::vector<Known> mKnown;
 };
 
 /// 16-bit numbers in payloads, high byte first.

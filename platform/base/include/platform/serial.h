@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <system_error>
@@ -12,6 +13,29 @@
 namespace tarnwick::serial {
 
 using Duration = std::chrono::microseconds;
+
+/// Where the system tells of its devices and where it has them; a test puts folders of its own there.
+struct System {
+  std::filesystem::path terminals = "/sys/class/tty";  ///< An entry for each device, under its name.
+  std::filesystem::path devices = "/dev";              ///< The devices under the same names.
+};
+
+/// What tells a USB adapter from all others, whatever name the system gives it when it is plugged in again.
+struct Adapter {
+  std::string product;  ///< Numbers of maker and product, and the product's name.
+  std::string port;     ///< Which of an adapter's lines it is; most have one.
+  std::string serial;   ///< Serial number; empty where it has none, or shares it with another one here.
+  std::string place;    ///< Where it is plugged in: its place in the USB tree.
+
+  /// True when both are the same adapter: by the serial number or, without one, by the place.
+  bool SameAs(const Adapter& other) const;
+};
+
+/// What the system tells of the adapter behind `device`; none where it is no USB adapter or not there.
+std::optional<Adapter> AdapterOf(const std::filesystem::path& device, const System& system = {});
+
+/// The device that is that adapter now; empty when it is not there, or when several could be it.
+std::filesystem::path FindAdapter(const Adapter& adapter, const System& system = {});
 
 /// The device that the system has under a number of the list of ports, there or not; `number` is from 1
 /// to 16.
@@ -44,7 +68,8 @@ Access AccessTo(const std::filesystem::path& device);
 class ILine {
  public:
   virtual ~ILine() = default;
-  /// Sets the speed, in bits per second. An error when the line cannot take it, or takes another.
+  /// Sets the speed, in bits per second. An error when the line cannot take it, or takes another; it then
+  /// stays at the speed that it had.
   virtual std::error_code Speed(int speed) = 0;
   /// Sends all bytes. An error when the line is gone, or did not take them within `limit`.
   virtual std::error_code Write(std::span<const std::uint8_t> bytes, Duration limit) = 0;
@@ -53,10 +78,11 @@ class ILine {
   virtual std::size_t Read(std::span<std::uint8_t> buffer, Duration limit, std::error_code& error) = 0;
 };
 
-/// Opens `device` raw, without parity, at `speed` bits per second and with nothing waiting in it. What was
-/// set before is put back at the end. Null, and the cause in `error`, where that cannot be done: a device
-/// that another program holds is `device_or_resource_busy`, one that is no terminal
-/// `inappropriate_io_control_operation`.
-std::unique_ptr<ILine> Open(const std::filesystem::path& device, int speed, std::error_code& error);
+/// Opens `device` raw, without parity or flow control, at `speed` bits per second and with nothing waiting in
+/// it; asks its driver, where it can, to hand on at once what comes in. What was set before is put back at
+/// the end. Null, and the cause in `error`, where that cannot be done: a device that another program holds is
+/// `device_or_resource_busy`, one that is no terminal `inappropriate_io_control_operation`.
+std::unique_ptr<ILine> Open(const std::filesystem::path& device, int speed, std::error_code& error,
+                            const System& system = {});
 
 }  // namespace tarnwick::serial

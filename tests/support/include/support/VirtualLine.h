@@ -3,11 +3,12 @@
 
 #include <algorithm>
 #include <memory>
+#include <set>
 #include <string>
 
+#include "linklib/Surroundings.h"
 #include "mount/Line.h"
 #include "mount/Mount.h"
-#include "linklib/Surroundings.h"
 
 namespace tarnwick::test {
 
@@ -20,11 +21,17 @@ struct VirtualLine : wire::IClock, wire::IPortOpener {
     error = name == "COM5" ? std::error_code() : std::make_error_code(std::errc::no_such_device);
     return error ? nullptr : std::make_unique<Port>(*this);
   }
+  std::unique_ptr<serial::ILine> OpenAgain(std::error_code& error) override {
+    error = there ? Lost() : std::make_error_code(std::errc::no_such_device);
+    return error ? nullptr : std::make_unique<Port>(*this);
+  }
 
   mount::Endpoint endpoint;
   mount::Line line{endpoint};
   wire::Duration now = std::chrono::seconds(1000);
   bool hungUp = false;  ///< Each use of the line fails.
+  bool there = true;    ///< The adapter is there to be opened again.
+  std::set<int> refused;  ///< Speeds that the adapter's driver does not take.
 
  private:
   std::error_code Lost() const {
@@ -34,6 +41,7 @@ struct VirtualLine : wire::IClock, wire::IPortOpener {
   struct Port : serial::ILine {
     explicit Port(VirtualLine& virtualLine) : at(virtualLine) {}
     std::error_code Speed(int to) override {
+      if (at.refused.contains(to)) return std::make_error_code(std::errc::not_supported);
       speed = to;
       return at.Lost();
     }
