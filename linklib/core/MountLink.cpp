@@ -182,10 +182,12 @@ bool MountLink::ChangeTo(int speed, Duration end) {
 /// `kProbes` when the line is good at the present speed, else the number of probes that were answered.
 int MountLink::Probe(Duration end) {
   const Duration enough = mSession.Now() + kProbeTime;
-  const int bearable = mSession.Speed() == mHome ? kLossesAtHome : kLossesAtMost;
+  const bool home = mSession.Speed() == mHome;
+  const int bearable = home ? kLossesAtHome : kLossesAtMost;
+  const int least = home ? kProbes : kProbesAtLeast;
   int answered = 0;
   int lost = 0;
-  while (answered + lost < kProbes && (answered + lost < kProbesAtLeast || mSession.Now() < enough)) {
+  while (answered + lost < kProbes && (answered + lost < least || mSession.Now() < enough)) {
     const bool done = mSession.Exchange(SpeedRequest(mSession.Speed()), kProbeWaits, end).Done();
     ++(done ? answered : lost);
     if (lost > bearable) return answered;
