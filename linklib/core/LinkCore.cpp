@@ -202,9 +202,11 @@ std::int32_t LinkCore::EnterBoot(std::int32_t address) {
 }
 
 std::int32_t LinkCore::StartProgramming(std::int32_t address) {
-  // Also when no answer comes: the device may have started all the same, with its memory erased.
-  mWritten.erase(address);
-  return AskPlain(address, Command::Start);
+  const Answer answer = Ask(address, Command::Start);
+  // Also when no answer came: the device may have started all the same, with its memory erased. One that
+  // refuses has erased nothing.
+  if (answer.outcome != Outcome::Refused) mWritten.erase(address);
+  return answer.Done() ? kOk : kFailed;
 }
 
 std::int32_t LinkCore::SendData(std::int32_t address, std::int32_t count, const std::int32_t* elements) {

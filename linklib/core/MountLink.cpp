@@ -26,7 +26,7 @@ constexpr Duration kSearchLimit = milliseconds(1200);
 constexpr Duration kFirstLimit = milliseconds(1500);
 /// A speed above the home speed is not tried when less time is left: at opening, where all below it may
 /// have to be tried, and when the mount is found again, at a speed that worked.
-constexpr Duration kTrialAtOpening = milliseconds(2000);
+constexpr Duration kTrialAtOpening = milliseconds(2500);
 constexpr Duration kTrialAgain = milliseconds(1200);
 /// What is left then for the request itself.
 constexpr Duration kRequestTime = milliseconds(1200);

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "linklib/Checksum.h"
+#include "mount/Faults.h"
 #include "support/TempFolder.h"
 #include "support/VirtualLine.h"
 
@@ -26,8 +27,11 @@ TEST(Frame, AgreesWithThePage) {
       {Kind::Request, Command::Speed, 1, 0},      {Kind::Done, Command::Speed, 1, 0},
       {Kind::Request, Command::State, 1, 16},     {Kind::Done, Command::State, 1, 16},
       {Kind::Request, Command::Write2, 0x2C, 16}, {Kind::Done, Command::Write2, 0x2C, 16},
+      {Kind::Request, Command::Write2, 0x2D, 16}, {Kind::Done, Command::Write2, 0x2D, 16},
       {Kind::Request, Command::Read, 0x2D, 17},   {Kind::Done, Command::Read, 0x2D, 17},
+      {Kind::Request, Command::Times, 0x2E, 0},   {Kind::Done, Command::Times, 0x2E, 0},
       {Kind::Request, Command::Start, 0x2E, 16},  {Kind::Refused, Command::Start, 0x2E, 16}};
+  constexpr Known kNext[] = {{0x2D, 16, 302}};
   const std::string page = test::ReadFile(TARNWICK_PROTOCOL_PAGE);
   std::istringstream examples(page.substr(page.find("### Examples")));
   for (const Head& head : expected) {
@@ -38,7 +42,7 @@ TEST(Frame, AgreesWithThePage) {
     for (unsigned value = 0; text >> std::hex >> value;) bytes.push_back(static_cast<std::uint8_t>(value));
     Frame frame;
     std::size_t length = 0;
-    EXPECT_EQ(ScanFrame(bytes, frame, length), Scan::Whole) << hex;
+    EXPECT_EQ(ScanFrame(bytes, frame, length, kNext), Scan::Whole) << hex;
     EXPECT_EQ(Head(frame.kind, frame.command, frame.sequence, frame.address), head) << hex;
     EXPECT_EQ(Encode(frame), bytes) << hex;
   }
@@ -89,6 +93,7 @@ TEST(LinkCore, TellsWhyNoTelescopeIsThere) {
       {-4, frame(Kind::Request, Command::Identify, {})},
       {-5, frame(Kind::Done, Command::Enter, {})},
       {-5, frame(Kind::Done, Command::Identify, {'X', 'W', 1, 0, 0, 0})},
+      {-5, frame(Kind::Done, Command::Identify, {'T', 'W', 1, 3, 0, 0})},
       {-6, frame(Kind::Done, Command::Identify, {'T', 'W', 2, 0, 0, 0})},
       {-8, [&](Bytes& out) { answers += out.empty() || answers > 0 ? out.clear(), 0 : 1; }}};
   for (const auto& [result, damage] : cases) {
@@ -169,6 +174,81 @@ TEST(LinkCore, FindsItsWayBackAfterAPowerCycleWithinTheCall) {
     bench.mount.PowerCycle();
     bench.line.line.toMount = nullptr;
     EXPECT_EQ(bench.State(16), 1);
+  }
+}
+
+TEST(LinkCore, GoesOnWhereItWasOnceTheSameAdapterIsBack) {
+  Bench bench({LinkKind::HandControl, true});
+  const std::int32_t word[4] = {0, 0, 0x34, 0x12};
+  ASSERT_EQ(bench.Open(), 0);
+  bench.core.LockHandControl();
+  EXPECT_EQ(bench.core.EnterBoot(16), 1);
+  bench.line.line.toLibrary = [&](Bytes& bytes) { bench.line.hungUp = !bytes.empty(); };
+  EXPECT_EQ(bench.core.StartProgramming(16), 0) << "It did start; the answer came to nobody.";
+  bench.line.line.toLibrary = nullptr;
+  bench.line.hungUp = false;
+  bench.line.there = false;
+  EXPECT_EQ(bench.Within({}, [&] { return bench.core.EnterBoot(16); }), 0) << "Another adapter is there.";
+  bench.line.there = true;
+  EXPECT_EQ(bench.State(16), 3);
+  EXPECT_EQ(bench.core.SendData(16, 4, word), 1);
+  EXPECT_EQ(bench.core.StartProgramming(16), 0);
+  EXPECT_EQ(bench.mount.Devices().at(16).Words().ImageWord(0), 0x1234) << "Nothing is erased twice.";
+  bench.line.hungUp = true;
+  EXPECT_EQ(bench.State(16), 0);
+  bench.line.hungUp = false;
+  bench.mount.Devices().at(16).Words().ImageWord(0, 0x1235);
+  EXPECT_EQ(bench.core.EndProgramming(16), 0) << "What was written is still known.";
+  EXPECT_EQ(bench.core.SendData(16, 4, word) + bench.core.EndProgramming(16), 2);
+  EXPECT_EQ(bench.core.SerialMode(), 2);
+}
+
+TEST(LinkCore, SendsBlocksThatFollowEachOtherInFewBytes) {
+  for (const std::int32_t words : {1, 2, 4}) {
+    Bench bench;
+    std::size_t bytes = 0;
+    const auto count = [&](Bytes& piece) { bytes += piece.size(); };
+    const auto send = [&](std::int32_t first) {
+      const std::int32_t packet[10] = {0, first, 1, 2, 3, 4, 5, 6, 7, first};
+      bytes = 0;
+      EXPECT_EQ(bench.core.SendData(16, 2 + 2 * words, packet), 1);
+      return static_cast<std::int32_t>(bytes);
+    };
+    ASSERT_EQ(bench.Open(), 0);
+    EXPECT_EQ(bench.core.EnterBoot(16) + bench.core.StartProgramming(16), 2);
+    bench.line.line.toMount = bench.line.line.toLibrary = count;
+    EXPECT_EQ(send(0), 12 + 2 * words);
+    EXPECT_EQ(send(words), 8 + 2 * words);
+    EXPECT_EQ(send(3 * words), 12 + 2 * words) << "It does not follow.";
+    bench.State(17);
+    EXPECT_EQ(send(4 * words), 12 + 2 * words) << "Not at once.";
+    EXPECT_EQ(send(5 * words), 8 + 2 * words);
+    EXPECT_EQ(bench.mount.Devices().at(16).Words().ImageWord(static_cast<std::uint32_t>(5 * words)), 0x0201);
+    EXPECT_EQ(bench.core.EndProgramming(16), 1);
+  }
+}
+
+TEST(LinkCore, PutsARepeatOffForNothingButTheAnswer) {
+  Bench bench;
+  ASSERT_EQ(bench.Open(), 0);
+  mount::Faults faults(bench.mount, bench.line.line);
+  int lost = 0;
+  bench.line.line.toLibrary = [&](Bytes& bytes) {
+    lost += bytes.empty() || lost > 0 ? 0 : (bytes.clear(), 1);
+  };
+  EXPECT_TRUE(faults.Play("stray 100 140"));
+  EXPECT_EQ(bench.Within(milliseconds(200), [&] { return bench.State(16); }), 1);
+  EXPECT_EQ(lost, 1);
+}
+
+TEST(LinkCore, OpensAMountThatWasClosedAtOnce) {
+  Bench bench({LinkKind::Direct, true, 921600});
+  bench.line.line.setup = {.paced = true, .latency = milliseconds(16)};
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(bench.Within(milliseconds(200), [&] { return bench.core.InitSerial("COM5"); }), 0);
+    EXPECT_EQ(bench.core.Speed(), 921600);
+    EXPECT_EQ(bench.core.InitSerial(""), 0);
+    EXPECT_EQ(bench.mount.Speed(), kBaseSpeed);
   }
 }
 

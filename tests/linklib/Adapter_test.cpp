@@ -1,0 +1,166 @@
+// Serial adapters as the system tells of them, by folders in the place of its own and pseudo terminals in the
+// place of the adapters; and drivers that take other settings than they are told.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+
+#include "linklib/Surroundings.h"
+#include "platform/terminal.h"
+#include "support/TempFolder.h"
+
+namespace {
+
+/// What the driver makes of a speed that it is told: itself, or another one.
+speed_t (*gDriver)(speed_t told) = nullptr;
+
+}  // namespace
+
+extern "C" int tcsetattr(int fd, int when, const termios* settings) noexcept {
+  using Call = int (*)(int, int, const termios*);
+  static const auto next = reinterpret_cast<Call>(dlsym(RTLD_NEXT, "tcsetattr"));
+  termios taken = *settings;
+  if (gDriver != nullptr) cfsetspeed(&taken, gDriver(cfgetospeed(settings)));
+  return next(fd, when, &taken);
+}
+
+namespace tarnwick::wire {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The system's folders with USB adapters, each a pseudo terminal.
+struct Desk {
+  /// Plugs one in under a name of its own: its terminal's number.
+  std::string Plug(PseudoTerminal& terminal, const std::string& place, const std::string& serial,
+                   const std::string& product = "6015") {
+    std::string what;
+    EXPECT_FALSE(terminal.Open({}, what)) << what;
+    const std::string name = fs::path(terminal.Path()).filename();
+    const fs::path usb = folder / ("usb/" + place);
+    const fs::path port = usb / (place + ":1.0") / name;
+    fs::create_directories(port);
+    test::WriteFile(usb / "idVendor", "0403\n");
+    test::WriteFile(usb / "idProduct", product + "\n");
+    test::WriteFile(usb / "product", "USB Serial\n");
+    if (!serial.empty()) test::WriteFile(usb / "serial", serial + "\n");
+    test::WriteFile(port / "latency_timer", "16\n");
+    fs::create_directories(system.terminals / name);
+    fs::create_symlink(port, system.terminals / name / "device");
+    fs::create_directories(folder / "ports");
+    fs::remove(folder / "ports/COM5");
+    fs::create_symlink(terminal.Path(), folder / "ports/COM5");
+    return name;
+  }
+  void Unplug(const std::string& name, const std::string& place) {
+    fs::remove_all(system.terminals / name);
+    fs::remove_all(folder / ("usb/" + place));
+  }
+  std::string Timer(const std::string& name) {
+    return test::ReadFile(system.terminals / name / "device/latency_timer");
+  }
+
+  const test::TempFolder folder;
+  const serial::System system{folder / "class", "/dev/pts"};
+  PortOpener opener{folder.Path(), system};
+  std::error_code error;
+};
+
+TEST(Adapter, IsFoundAgainUnderAnotherNameAndNoOtherIsTakenForIt) {
+  struct Case {
+    std::string what;
+    std::string serial, again, place, product;
+    bool same;
+  };
+  const std::vector<Case> cases = {{"by its number, elsewhere", "A9", "A9", "1-2", "6015", true},
+                                   {"another number in its place", "A9", "B7", "1-1", "6015", false},
+                                   {"without a number, in its place", "", "", "1-1", "6015", true},
+                                   {"without a number, elsewhere", "", "", "1-2", "6015", false},
+                                   {"another product with its number", "A9", "A9", "1-1", "2303", false}};
+  for (const Case& c : cases) {
+    Desk desk;
+    PseudoTerminal before, after;
+    const std::string name = desk.Plug(before, "1-1", c.serial);
+    auto line = desk.opener.Open("COM5", desk.error);
+    ASSERT_TRUE(line) << c.what;
+    desk.Unplug(name, "1-1");
+    line.reset();
+    EXPECT_FALSE(desk.opener.OpenAgain(desk.error)) << c.what;
+    const std::string other = desk.Plug(after, c.place, c.again, c.product);
+    ASSERT_NE(other, name);
+    line = desk.opener.OpenAgain(desk.error);
+    EXPECT_EQ(line != nullptr, c.same) << c.what;
+    if (!line) continue;
+    const std::array<std::uint8_t, 2> sent = {'h', 'i'};
+    EXPECT_FALSE(line->Write(sent, std::chrono::seconds(1)));
+    EXPECT_EQ(after.Read(), std::vector<std::uint8_t>(sent.begin(), sent.end())) << c.what;
+  }
+}
+
+TEST(Adapter, IsKnownByItsPlaceWhereAnotherOneHasItsNumber) {
+  Desk desk;
+  PseudoTerminal one, twin, again;
+  desk.Plug(twin, "1-2", "0001");
+  const std::string name = desk.Plug(one, "1-1", "0001");
+  ASSERT_TRUE(desk.opener.Open("COM5", desk.error));
+  desk.Unplug(name, "1-1");
+  EXPECT_FALSE(desk.opener.OpenAgain(desk.error)) << "The twin is another one.";
+  desk.Plug(again, "1-1", "0001");
+  EXPECT_TRUE(desk.opener.OpenAgain(desk.error));
+}
+
+TEST(Adapter, HandsOnAtOnceWhileItIsOpen) {
+  Desk desk;
+  PseudoTerminal terminal;
+  const std::string name = desk.Plug(terminal, "1-1", "A9");
+  auto line = desk.opener.Open("COM5", desk.error);
+  EXPECT_EQ(desk.Timer(name), "1");
+  line.reset();
+  EXPECT_EQ(desk.Timer(name), "16");
+  fs::remove(desk.system.terminals / name / "device/latency_timer");
+  EXPECT_TRUE(desk.opener.Open("COM5", desk.error)) << "One that cannot is no worse.";
+}
+
+TEST(Adapter, StaysAtItsSpeedWhereItsDriverTakesAnother) {
+  Desk desk;
+  PseudoTerminal terminal;
+  desk.Plug(terminal, "1-1", "A9");
+  auto line = desk.opener.Open("COM5", desk.error);
+  ASSERT_TRUE(line);
+  for (const auto driver : {+[](speed_t told) { return told == B115200 ? speed_t{B38400} : told; },
+                            +[](speed_t told) { return told == B115200 ? speed_t{B19200} : told; }}) {
+    gDriver = driver;
+    EXPECT_EQ(line->Speed(115200), std::errc::not_supported);
+    EXPECT_EQ(terminal.Speed(), 19200);
+    EXPECT_FALSE(line->Speed(921600));
+    EXPECT_EQ(terminal.Speed(), 921600);
+    EXPECT_FALSE(line->Speed(19200));
+  }
+  gDriver = nullptr;
+}
+
+TEST(Adapter, HasNoFlowControlLeftFromBefore) {
+  Desk desk;
+  PseudoTerminal terminal;
+  desk.Plug(terminal, "1-1", "A9");
+  const int fd = ::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY);
+  termios settings{};
+  ::tcgetattr(fd, &settings);
+  settings.c_iflag |= IXON | IXOFF | IXANY;
+  ::tcsetattr(fd, TCSANOW, &settings);
+  const auto flow = [&] {
+    ::tcgetattr(fd, &settings);
+    return settings.c_iflag & (IXON | IXOFF | IXANY);
+  };
+  auto line = desk.opener.Open("COM5", desk.error);
+  EXPECT_EQ(flow(), 0U);
+  line.reset();
+  EXPECT_EQ(flow(), unsigned{IXON | IXOFF | IXANY}) << "As it was before.";
+  ::close(fd);
+}
+
+}  // namespace
+}  // namespace tarnwick::wire
