@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFontInfo>
+#include <QSessionManager>
 #include <algorithm>
 #include <cmath>
 
@@ -16,6 +17,8 @@
 #include "platform/http/CurlTransport.h"
 #include "platform/qt/HelpWindow.h"
 #include "platform/qt/QtUser.h"
+#include "programmer/UnfinishedRun.h"
+#include "programmer/modProgrammer.h"
 #include "webupdate/ProgramInstaller.h"
 #include "wizard/WizardWindow.h"
 #include "wizard/modWizard.h"
@@ -34,6 +37,13 @@ void ApplyLook() {
   const double growth = std::max(1.0, QFontInfo(font).pixelSize() / kUsualSystemFontPixels);
   font.setPixelSize(static_cast<int>(std::lround(kBaseFontPixels * growth)));
   QApplication::setFont(font);
+}
+
+/// The user logs out. That asks what the close box asks, and goes on only where that ends the program.
+void EndSession(QSessionManager& session, QWidget& window) {
+  const bool asks = session.allowsInteraction();
+  if (!asks ? gProgramming : !window.close()) session.cancel();
+  if (asks) session.release();
 }
 
 template <class Page>
@@ -58,6 +68,8 @@ App::App(QApplication& application) {
   ApplyLook();
   if (const auto key = ReadPublicKey(kBuiltInKey)) TrustKey(*key);
   mParts = std::make_unique<Parts>();
+  QObject::connect(&application, &QGuiApplication::commitDataRequest, &mParts->window,
+                   [this](QSessionManager& session) { EndSession(session, mParts->window); });
 }
 
 App::~App() = default;
@@ -65,6 +77,7 @@ App::~App() = default;
 void App::Start() {
   mParts->controller = Main(mParts->window, {LoadSettings, SaveSettings},
                             {Make<Step1>, Make<Step2>, Make<Step3>, Make<Step4>});
+  ShowUnfinished();
 }
 
 WizardWindow& App::Window() {

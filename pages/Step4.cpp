@@ -54,6 +54,8 @@ void Step4::Form_Load() {
   Line1->setFrameShape(QFrame::HLine);
   Line1->setFrameShadow(QFrame::Sunken);
   mBar = new ProgressBar(this);
+  txtOutcome = new TextBox(this, "txtOutcome", QStringLiteral("Outcome"));
+  txtOutcome->hide();
   GiveKey(*cmdProgram, Qt::ALT | Qt::Key_P);
   GiveKey(*cmdVerify, Qt::ALT | Qt::Key_V);
   GiveKey(*cmdRefresh, Qt::ALT | Qt::Key_R);
@@ -74,10 +76,12 @@ void Step4::LayOutControls() {
   grid->addWidget(cmdRefresh, 3, 1, Qt::AlignRight);
   grid->addWidget(Line1, 4, 0, 1, 2);
   grid->addWidget(mBar, 5, 0, 1, 2);
+  grid->addWidget(txtOutcome, 6, 0, 1, 2);
   grid->setRowStretch(1, 1);
   grid->setColumnStretch(0, 2);
   grid->setColumnStretch(1, 3);
   mBar->setFixedHeight(Pixels(18));
+  txtOutcome->setFixedHeight(Pixels(40));
   lblFirmware->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 }
 
@@ -98,6 +102,13 @@ void Step4::Caption(const std::string& text) {
 void Step4::ClearProgress() {
   mBar->Bar(0.0);
   mBar->Label({});
+}
+
+void Step4::ShowOutcomes(const std::vector<RowOutcome>& outcomes) {
+  std::string lines;
+  for (const RowOutcome& outcome : outcomes) lines += (lines.empty() ? "" : "\r\n") + OutcomeText(outcome);
+  txtOutcome->Text(lines);
+  txtOutcome->setVisible(!lines.empty());
 }
 
 void Step4::EnableButtons(bool enabled) {
@@ -129,6 +140,7 @@ void Step4::BeforePageShow(CWizard& wizard, std::int16_t currentStep) {
   mJudged = gQAL->Identity();
   ListDevices();
   ClearProgress();
+  ShowOutcomes({});
   wizard.Frozen(false);
 }
 
@@ -171,10 +183,12 @@ void Step4::cmdProgram_Click() {
   CWizard& wizard = gController->WizardHandle();
   wizard.Frozen(true);
   EnableButtons(false);
+  ShowOutcomes({});
   const bool together = ValueOf(*lstDevices->item(lstDevices->Selected())) == kAllDevices;
   ProgrammingRun run(ChosenRows(), together, mJudged);
   run.Execute(*this);
   ClearProgress();
+  ShowOutcomes(run.Outcomes());
   EnableButtons(true);
   wizard.Frozen(false);
 }
@@ -190,6 +204,7 @@ void Step4::cmdVerify_Click() {
   CWizard& wizard = gController->WizardHandle();
   wizard.Frozen(true);
   EnableButtons(false);
+  ShowOutcomes({});
   VerifyAll(rows, *this);
   ClearProgress();
   EnableButtons(true);

@@ -8,6 +8,7 @@
 #include "firmware/QALclass.h"
 #include "link/Connection.h"
 #include "link/Devices.h"
+#include "link/LastSeen.h"
 #include "platform/awake.h"
 #include "platform/ui.h"
 #include "programmer/BootLoader.h"
@@ -31,6 +32,13 @@ bool IsGuess() {
   return !ComparesPackages() && !(gQAL->HwRevCount() == 1 && HasBootVersion(gQAL->HwRevValue(1)));
 }
 
+/// The boot loader need not be asked only because the device was not heard: one of revision 2 whose words
+/// could not be read, and one that told a revision before and none now.
+bool WasToTell(const DeviceEntry& row) {
+  const std::int32_t seen = LastSeen(row.Address).HwRev;
+  return row.HwRev == 2 || (row.HwRev == 0 && (seen == 2 || HasBootVersion(seen)));
+}
+
 void ForgetGuess(DeviceEntry& row, const DeviceEntry& before) {
   row.HwRev = before.HwRev;
   row.HwRevApp = before.HwRevApp;
@@ -50,6 +58,8 @@ class ProgrammingRun::Watch final : public IProgress {
   void Rest() override { mShown.Rest(); }
   void Busy(bool busy) override { mShown.Busy(busy); }
   void Status() override { mShown.Status(); }
+  /// An image is about to be written: from here on the device may be brought out of its firmware.
+  void Beginning() { mNote.Keep(mOutcome); }
   void Sending(std::int32_t word) override {
     mOutcome.End = RowEnd::Stopped;
     mOutcome.Percent = gTotalWords == 0 ? 0 : word * 100 / gTotalWords;
@@ -82,10 +92,19 @@ void ProgrammingRun::Execute(IProgress& progress) {
   gProgramming = false;
   progress.Busy(false);
   progress.Status();
+  ForgetUntouched();
   if (gCancelProgram || !ok) return;
   ui::MessageBox(kComplete, ui::Buttons::Ok, ui::Icon::Information);
   progress.Status();
   ui::PumpEvents();
+}
+
+/// A motor that was to be written, was not, and runs, needs no note.
+void ProgrammingRun::ForgetUntouched() const {
+  for (const RowOutcome& outcome : mOutcomes) {
+    const DeviceEntry& row = gDevices[outcome.Row];
+    if (outcome.End == RowEnd::NotBegun && row.State == McState::Running) ForgetUnfinished(row.Address);
+  }
 }
 
 bool ProgrammingRun::Check() {
@@ -130,6 +149,7 @@ bool ProgrammingRun::ProgramRow(RowOutcome& outcome, Watch& watch) {
     return false;
   }
   if (gCancelProgram) return false;
+  watch.Beginning();
   const bool written = ProgramDevice(outcome.Row, "Programming: ", watch);
   watch.Rest();
   if (!written) return false;
@@ -146,6 +166,7 @@ bool ProgrammingRun::RenewBootLoader(RowOutcome& outcome, Watch& watch) {
   const DeviceEntry before = row;
   const BootLoaderCheck check = CheckBootLoader(outcome.Row);
   if (check == BootLoaderCheck::NoAnswer) return false;
+  outcome.LoaderUntold = check == BootLoaderCheck::NotNeeded && WasToTell(row);
   if (check != BootLoaderCheck::Outdated) return true;
   if (HasBootVersion(before.HwRev) && before.HwRevApp == 0 && IsGuess()) {
     ForgetGuess(row, before);
@@ -153,6 +174,7 @@ bool ProgrammingRun::RenewBootLoader(RowOutcome& outcome, Watch& watch) {
     return false;
   }
   outcome.BootPackage = true;
+  watch.Beginning();
   const bool renewed = UpgradeBootLoader(outcome.Row, "Upgrading BootLoader: ", gQAL->RealFilename(), watch);
   watch.Rest();
   if (!renewed) return false;

@@ -8,6 +8,13 @@
 namespace tarnwick {
 namespace {
 
+/// Runs, and yet did not tell what it told before: it was not heard.
+bool WasNotHeard(const DeviceEntry& row) {
+  const SeenDevice& seen = LastSeen(row.Address);
+  return row.State == McState::Running &&
+         ((row.HwRev == 0 && seen.HwRev != 0) || (row.Model == 0 && seen.Model != 0));
+}
+
 bool TellsNoRevision(std::int32_t index) {
   return HasBootVersion(gDevices[index].HwRev) && EffectiveHwRev(index) == 0;
 }
@@ -16,13 +23,16 @@ bool TellsNoRevision(std::int32_t index) {
 std::string_view WayOn(const RowOutcome& outcome) {
   const McState state = gDevices[outcome.Row].State;
   if (outcome.PackageLost) return advice::kChooseAgain;
-  if (state <= McState::NoResponse) return advice::kAskAgain;
+  if (state <= McState::NoResponse || WasNotHeard(gDevices[outcome.Row])) return advice::kAskAgain;
+  if (outcome.End == RowEnd::Refused) return {};  // The message told why, and its advice holds.
   if (TellsNoRevision(outcome.Row)) return advice::kNameRevision;
-  return outcome.End == RowEnd::Refused ? std::string_view() : advice::kBeginAgain;
+  const bool whole = state == McState::Running && outcome.End == RowEnd::NotReached;
+  return whole ? std::string_view() : advice::kBeginAgain;
 }
 
 std::string WrittenText(const RowOutcome& outcome) {
   const std::string written = text::Fixed2(outcome.Version) + " written";
+  if (outcome.LoaderUntold) return written + ". " + std::string(advice::kOnceMore);
   if (gDevices[outcome.Row].State == McState::Running) return written + ", running";
   return written + ". " + std::string(advice::kCyclePower);
 }
@@ -48,8 +58,7 @@ std::string OutcomeText(const RowOutcome& outcome) {
   if (outcome.End == RowEnd::Written) return row.Name + ": " + WrittenText(outcome);
   const std::string seen = row.State == McState::Running ? "" : SeenText(LastSeen(row.Address));
   const std::string name = row.Name + (seen.empty() ? "" : " (last seen: " + seen + ")");
-  const bool runs = row.State == McState::Running && outcome.End <= RowEnd::Refused && !outcome.PackageLost;
-  const std::string_view way = runs ? std::string_view() : WayOn(outcome);
+  const std::string_view way = WayOn(outcome);
   return name + ": " + ProgressText(outcome) + (way.empty() ? "." : ". ") + std::string(way);
 }
 

@@ -14,7 +14,7 @@
 namespace tarnwick::awake {
 namespace {
 
-/// Holds a lock of the system's login manager against sleep, idleness and the closed lid, by its
+/// Holds a lock of the system's login manager against shutdown, sleep, idleness and the closed lid, by its
 /// program `systemd-inhibit`. Where there is none, or it is refused, nothing happens and nothing is said.
 ///
 /// The lock lives as long as a pipe to that program, so that it goes with this process however that ends.
@@ -39,7 +39,7 @@ class SleepInhibitor final : public IKeeper {
 /// Starts the program with `input` as its standard input and the rest thrown away; -1 when it cannot.
 pid_t Start(int input) {
   std::array<const char*, 7> arguments{"systemd-inhibit",
-                                       "--what=sleep:idle:handle-lid-switch",
+                                       "--what=shutdown:sleep:idle:handle-lid-switch",
                                        "--mode=block",
                                        "--who=Tarnwick",
                                        "--why=Working on the telescope mount",

@@ -198,7 +198,7 @@ TEST_F(Pages, FourKeepsTheComputerAwakeDuringARun) {
   for (const char* const button : {"cmdVerify", "cmdProgram"}) {
     Click(button);
     EXPECT_EQ(ReadFile(said),
-              "--what=sleep:idle:handle-lid-switch --mode=block --who=Tarnwick "
+              "--what=shutdown:sleep:idle:handle-lid-switch --mode=block --who=Tarnwick "
               "--why=Working on the telescope mount cat\n");
     EXPECT_FALSE(held());
     std::filesystem::remove(said);

@@ -9,6 +9,7 @@
 
 #include "firmware/QalPackage.h"
 #include "programmer/Progress.h"
+#include "programmer/RunOutcome.h"
 #include "wizard/PageWindow.h"
 
 namespace tarnwick {
@@ -16,6 +17,7 @@ namespace tarnwick {
 class ListBox;
 class ProgressBar;
 class StatusBox;
+class TextBox;
 
 class Step4 final : public PageWindow, public IProgress {
  public:
@@ -39,6 +41,8 @@ class Step4 final : public PageWindow, public IProgress {
   void cmdVerify_Click();
   void ClearProgress();
   void EnableButtons(bool enabled);
+  /// Shows how a run ended and what to do; nothing where there is nothing to tell.
+  void ShowOutcomes(const std::vector<RowOutcome>& outcomes);
   /// The rows of `gDevices` that the selection stands for, in list order; empty without a selection.
   std::vector<std::int32_t> ChosenRows() const;
   /// Shows the message that a device must be chosen.
@@ -49,6 +53,7 @@ class Step4 final : public PageWindow, public IProgress {
   QalIdentity mJudged;  ///< The package that the page before held against the devices.
   ListBox* lstDevices = nullptr;
   StatusBox* txtStatus = nullptr;
+  TextBox* txtOutcome = nullptr;
   QPushButton* cmdProgram = nullptr;
   QPushButton* cmdVerify = nullptr;
   QPushButton* cmdRefresh = nullptr;

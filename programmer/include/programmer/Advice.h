@@ -22,11 +22,18 @@ inline constexpr std::string_view kChooseAgain =
     "Not lost. Press Back, fetch the package again if it is gone, choose it, press Next, and press Begin "
     "Programming.";
 inline constexpr std::string_view kNameRevision =
+    "Press Refresh Status and try again. "
     "If the status report says HwRev Unknown, choose a package that names one revision alone, the one of "
     "this motor. Otherwise choose one that names the HwRev of the report.";
+inline constexpr std::string_view kOnceMore =
+    "Its boot loader could not be asked whether it is outdated. Switch the mount off and on, wait a few "
+    "seconds, "
+    "press Refresh Status, and press Begin Programming once more.";
 inline constexpr std::string_view kResume =
     "Not lost. Program the motor with the same package, beginning on the first page.";
-inline constexpr std::string_view kOtherPackage = "Choose the package that is for this mount.";
+inline constexpr std::string_view kOtherPackage =
+    "Press Refresh Status and try again. "
+    "If it is refused once more, choose the package that is for this mount.";
 inline constexpr std::string_view kSamePackage =
     "Press Yes if this is the package that you chose before, or if you are certain that it is for this "
     "mount.";

@@ -32,6 +32,7 @@ class ProgrammingRun {
   class Watch;
 
   bool Check();
+  void ForgetUntouched() const;
   bool RefuseTogether() const;
   bool RefusePackage() const;
   bool ProgramRow(RowOutcome& outcome, Watch& watch);

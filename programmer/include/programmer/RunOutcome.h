@@ -18,10 +18,11 @@ enum class RowEnd {
 struct RowOutcome {
   std::int32_t Row = 0;
   RowEnd End = RowEnd::NotReached;
-  bool BootPackage = false;  ///< `Percent` is of the boot package, not of the firmware.
-  std::int32_t Percent = 0;  ///< How much was sent when it stopped.
-  bool PackageLost = false;  ///< The package is no longer there as it was chosen.
-  double Version = 0.0;      ///< What was written.
+  bool BootPackage = false;   ///< `Percent` is of the boot package, not of the firmware.
+  std::int32_t Percent = 0;   ///< How much was sent when it stopped.
+  bool PackageLost = false;   ///< The package is no longer there as it was chosen.
+  bool LoaderUntold = false;  ///< Written without knowing whether the boot loader is outdated.
+  double Version = 0.0;       ///< What was written.
 };
 
 /// The outcome in a line, by the row's state as it was last read: "ALT(DEC) Motor: 5.12 written, running", or

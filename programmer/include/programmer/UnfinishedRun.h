@@ -1,6 +1,7 @@
-// A note beside the program of the motors whose programming was begun and not ended. It stands from the first
-// block on and goes when that motor was written, so that one who finds the program gone in the midst, with
-// the computer's power or by a crash, is told at the next start which motor it was and what to do.
+// A note beside the program of the motors whose programming was begun and not ended. It stands from before
+// the first call that can take a motor out of its firmware, and goes when that motor was written, so that one
+// who finds the program gone in the midst, with the computer's power or by a crash, is told at the next start
+// which motor it was and what to do.
 //
 // A note that cannot be written stops nothing.
 #pragma once
@@ -29,8 +30,8 @@ class UnfinishedNote {
  public:
   /// The package in `gQAL` is the one to be written to row `row` of `gDevices`.
   explicit UnfinishedNote(std::int32_t row);
-  /// The row's image is being written, and got so far. The file is written at the first call and at each
-  /// further twentieth.
+  /// The row's image is going to be, or being, written, and got so far. The file is written at the first call
+  /// and at each further twentieth.
   void Keep(const RowOutcome& outcome);
 
  private:

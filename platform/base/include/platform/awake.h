@@ -10,7 +10,7 @@ namespace tarnwick::awake {
 class IKeeper {
  public:
   virtual ~IKeeper() = default;
-  /// The computer is not to go to sleep of itself from here on. Never fails: where nobody can be
+  /// The computer is not to go to sleep of itself, nor to be switched off, from here on. Never fails: where nobody can be
   /// asked, nothing happens.
   virtual void Keep() = 0;
   /// It may again. Only after `Keep`.
