@@ -15,8 +15,10 @@
 #include "pages/Step4.h"
 #include "platform/awake.h"
 #include "platform/http/CurlTransport.h"
+#include "platform/program.h"
 #include "platform/qt/HelpWindow.h"
 #include "platform/qt/QtUser.h"
+#include "platform/record.h"
 #include "programmer/UnfinishedRun.h"
 #include "programmer/modProgrammer.h"
 #include "webupdate/ProgramInstaller.h"
@@ -70,9 +72,14 @@ App::App(QApplication& application) {
   mParts = std::make_unique<Parts>();
   QObject::connect(&application, &QGuiApplication::commitDataRequest, &mParts->window,
                    [this](QSessionManager& session) { EndSession(session, mParts->window); });
+  record::Open(program::This().folder);
+  record::Line("start: " + program::This().name + " " + program::VersionText() + ", " +
+               program::SystemText());
 }
 
-App::~App() = default;
+App::~App() {
+  record::Close();
+}
 
 void App::Start() {
   mParts->controller = Main(mParts->window, {LoadSettings, SaveSettings},

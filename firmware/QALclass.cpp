@@ -6,7 +6,9 @@
 #include "QalParser.h"
 #include "platform/contain.h"
 #include "platform/crc32.h"
+#include "platform/files.h"
 #include "platform/pieces.h"
+#include "platform/record.h"
 
 namespace tarnwick {
 namespace {
@@ -76,12 +78,23 @@ QalDeviceImage QALclass::DeviceImage(std::int32_t device) const {
 void QALclass::LoadQALfile(std::filesystem::path filename, std::string_view text) {
   mPackage = QalPackage();
   mPackage.RealFilename = std::move(filename);
+  mCause.clear();
   bool found = false;
-  if (Contain([&] { found = text.empty() ? LoadFile() : LoadText(text); }) && found) return;
-  filename = std::move(mPackage.RealFilename);
-  mPackage = QalPackage();
-  mPackage.RealFilename = std::move(filename);
-  mPackage.SetError(QalError::FileNotFound);
+  if (!Contain([&] { found = text.empty() ? LoadFile() : LoadText(text); }))
+    mCause = files::Problem::NoMemory;
+  if (mCause || !found) {
+    filename = std::move(mPackage.RealFilename);
+    mPackage = QalPackage();
+    mPackage.RealFilename = std::move(filename);
+    mPackage.SetError(QalError::FileNotFound);
+  }
+  if (ErrorsFound()) Contain([&] { NoteError(); });
+}
+
+void QALclass::NoteError() const {
+  const std::string cause =
+      mCause ? mCause.message() : LastErrorMessage() + " at Line " + std::to_string(LastErrorLine());
+  record::Failure("loading the package " + mPackage.RealFilename.filename().string(), cause);
 }
 
 bool QALclass::LoadText(std::string_view text) {
@@ -103,7 +116,8 @@ bool QALclass::LoadFile() {
     digest.Add(file.Text().substr(0, taken));
     file.Take(taken);
   }
-  if (file.Failed()) return false;
+  mCause = file.Error();
+  if (mCause) return false;
   parser.Finish();
   digest.Add(file.Text());
   mPackage.Identity = digest.Value();

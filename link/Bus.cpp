@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "link/Connection.h"
+#include "link/DeviceRecord.h"
 #include "link/Devices.h"
 #include "platform/ui.h"
 #include "settings/Settings.h"
@@ -28,6 +29,7 @@ bool FindDevices() {
     gDevices[row].Model = 0;
     RefreshDevice(row);
   }
+  RecordDevices();
   if (std::all_of(gDevices.begin(), gDevices.end(), IsSilent)) {
     ui::MessageBox("Error - No Devices found on " + gComPort);
     CloseConnection();

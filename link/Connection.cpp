@@ -1,8 +1,13 @@
 #include "link/Connection.h"
 
+#include <string>
 #include <string_view>
 
+#include "link/DeviceRecord.h"
 #include "link/LinkLibrary.h"
+#include "link/OpeningCause.h"
+#include "platform/contain.h"
+#include "platform/record.h"
 #include "platform/ui.h"
 #include "settings/Settings.h"
 
@@ -19,11 +24,27 @@ constexpr std::string_view kHandControlTooOld =
     "Use your mount's PC Port or update the hand control to the latest version.";
 
 bool gConnected = false;
+std::string gHint;
+
+/// Keeps what is known of an opening, for the page and for the record.
+void NoteOpening(std::int32_t result) {
+  gHint.clear();
+  if (result == 0) return RecordLine();
+  Contain([result] {
+    const std::string cause = ReadLinkNote().cause;
+    gHint = OpeningHint(result, cause);
+    const std::string words = gHint.empty() ? "result " + std::to_string(result) : gHint;
+    const std::string device = PortText();
+    record::Failure("opening " + gComPort + (device.empty() ? "" : " (" + device + ")"),
+                    cause.empty() ? words : words + " (" + cause + ")");
+  });
+}
 
 /// True when the port opened and a telescope answered on it. Any other result of the library than
 /// those told is a failure without a message.
 bool OpenPort() {
   const std::int32_t result = Link().initSerialCommon(gComPort);
+  NoteOpening(result);
   if (result == -1) ui::MessageBox("Error Opening " + gComPort);
   if (result >= -8 && result <= -2) ui::MessageBox("No Telescope found on " + gComPort);
   gConnected = result == 0;
@@ -50,6 +71,10 @@ bool OpenConnection() {
 void CloseConnection() {
   Link().initSerialCommon("");
   gConnected = false;
+}
+
+const std::string& LastOpeningHint() {
+  return gHint;
 }
 
 bool IsConnected() {

@@ -1,27 +1,35 @@
 #include "link/LinkLibrary.h"
 
+#include <string_view>
+#include <utility>
+
 #include "platform/SharedLibrary.h"
 #include "platform/program.h"
+#include "platform/record.h"
+#include "platform/text.h"
 
 namespace tarnwick {
 namespace {
 
 using Word = std::int32_t;
 
-/// Resolves exports one by one and remembers whether one was missing.
+/// Resolves exports one by one and remembers the first that was missing.
 class Resolver {
  public:
   explicit Resolver(const SharedLibrary& library) : mLibrary(library) {}
   void* Find(const char* decorated) {
     void* const found = mLibrary.Find(decorated);
-    mComplete = mComplete && found != nullptr;
+    if (found == nullptr && mMissing.empty()) mMissing = decorated;
     return found;
   }
-  bool Complete() const { return mComplete; }
+  /// One that the library may lack; null then.
+  void* FindOptional(const char* decorated) const { return mLibrary.Find(decorated); }
+  /// Empty when none is missing.
+  const std::string& Missing() const { return mMissing; }
 
  private:
   const SharedLibrary& mLibrary;
-  bool mComplete = true;
+  std::string mMissing;
 };
 
 /// One export, callable once it was found.
@@ -58,6 +66,9 @@ struct Exports {
   Export<Word> startProgrammingCommon{resolver, "_startProgrammingCommon@4"};
   Export<Word, Word, const Word*> sendDataCommon{resolver, "_sendDataCommon@12"};
   Export<Word> endProgrammingCommon{resolver, "_endProgrammingCommon@4"};
+  /// Null in a library that tells nothing.
+  Word (*getLinkNote)(char*, Word) =
+      reinterpret_cast<Word (*)(char*, Word)>(resolver.FindOptional("_getLinkNote@8"));
 };
 
 /// The library as loaded.
@@ -66,7 +77,7 @@ class LoadedLibrary final : public ILinkLibrary {
   explicit LoadedLibrary(std::unique_ptr<SharedLibrary> library)
       : mLibrary(std::move(library)), mExports(*mLibrary) {}
 
-  bool Complete() const { return mExports.resolver.Complete(); }
+  const std::string& Missing() const { return mExports.resolver.Missing(); }
 
   std::array<Word, 3> getDllVersion() override {
     std::array<Word, 3> version{};
@@ -104,6 +115,12 @@ class LoadedLibrary final : public ILinkLibrary {
     return mExports.sendDataCommon(address, static_cast<Word>(elements.size()), elements.data());
   }
   Word endProgrammingCommon(Word address) override { return mExports.endProgrammingCommon(address); }
+  std::string getLinkNote() override {
+    if (mExports.getLinkNote == nullptr) return {};
+    std::array<char, 1024> text{};
+    mExports.getLinkNote(text.data(), static_cast<Word>(text.size()));
+    return text.data();
+  }
 
  private:
   std::unique_ptr<SharedLibrary> mLibrary;
@@ -113,6 +130,7 @@ class LoadedLibrary final : public ILinkLibrary {
 /// Stands in for a library that cannot be used: every call fails, each in its own way.
 class NoLibrary final : public ILinkLibrary {
  public:
+  explicit NoLibrary(std::string cause) : mCause(std::move(cause)) {}
   std::array<Word, 3> getDllVersion() override { return {}; }
   void debugFilter(Word) override {}
   Word initSerialCommon(const std::string&) override { return -1; }
@@ -130,7 +148,21 @@ class NoLibrary final : public ILinkLibrary {
   Word startProgrammingCommon(Word) override { return 0; }
   Word sendDataCommon(Word, std::span<const Word>) override { return 0; }
   Word endProgrammingCommon(Word) override { return 0; }
+  std::string getLinkNote() override { return "cause: the link library cannot be used: " + mCause + "\n"; }
+
+ private:
+  const std::string mCause;
 };
+
+std::string gLoaded;
+
+/// A line of the note in its two parts; both are empty for any other line.
+std::pair<std::string_view, std::string_view> KeyAndValue(std::string_view line) {
+  constexpr std::string_view kBetween = ": ";
+  const std::size_t at = line.find(kBetween);
+  if (at == std::string_view::npos) return {};
+  return {line.substr(0, at), line.substr(at + kBetween.size())};
+}
 
 }  // namespace
 
@@ -138,9 +170,34 @@ std::unique_ptr<ILinkLibrary> LoadLinkLibrary(const std::filesystem::path& path)
   std::string cause;
   if (auto file = SharedLibrary::Open(path, cause)) {
     auto library = std::make_unique<LoadedLibrary>(std::move(file));
-    if (library->Complete()) return library;
+    if (library->Missing().empty()) {
+      const auto [major, minor, build] = library->getDllVersion();
+      gLoaded = path.filename().string() + " " + std::to_string(major) + "." + std::to_string(minor) + "." +
+                std::to_string(build);
+      record::Line("link library: " + gLoaded);
+      return library;
+    }
+    cause = "it lacks the export " + library->Missing();
   }
-  return std::make_unique<NoLibrary>();
+  gLoaded = "no link library: " + cause;
+  record::Failure("loading the link library " + path.filename().string(), cause);
+  return std::make_unique<NoLibrary>(cause);
+}
+
+const std::string& LoadedLibraryText() {
+  return gLoaded;
+}
+
+LinkNote ReadLinkNote() {
+  const std::string text = Link().getLinkNote();
+  LinkNote note;
+  for (std::string_view line : text::Split(text, '\n')) {
+    const auto [key, value] = KeyAndValue(line);
+    if (key == "cause") note.cause = value;
+    if (key == "speed") note.speed = text::ToInt32(text::NumericPrefix(value));
+    if (key == "repeats") note.repeats = text::ToInt32(text::NumericPrefix(value));
+  }
+  return note;
 }
 
 std::filesystem::path LinkLibraryFile() {

@@ -7,6 +7,7 @@
 
 #include "link/Bus.h"
 #include "link/Connection.h"
+#include "link/OpeningCause.h"
 #include "platform/program.h"
 #include "platform/qt/QtText.h"
 #include "platform/serial.h"
@@ -32,8 +33,11 @@ constexpr std::string_view kNote =
 /// How often the page on view looks for ports that were plugged in.
 constexpr int kWatchMilliseconds = 1000;
 
-/// Item value: what the user has to do to be allowed to open the port; empty when allowed.
+/// Item values: what the user has to do to be allowed to open the port, empty when allowed; device and
+/// product; whether it is a USB adapter.
 constexpr int kRights = Qt::UserRole;
+constexpr int kDevice = Qt::UserRole + 1;
+constexpr int kAdapter = Qt::UserRole + 2;
 
 std::string RightsTo(const std::filesystem::path& device) {
   const serial::Access access = serial::AccessTo(device);
@@ -55,6 +59,8 @@ void Describe(QComboBox& list, int row, const std::filesystem::path& folder, con
   list.setItemData(row, shown, Qt::ToolTipRole);
   list.setItemData(row, shown, Qt::AccessibleDescriptionRole);
   list.setItemData(row, rights, kRights);
+  list.setItemData(row, QString::fromLocal8Bit(tip), kDevice);
+  list.setItemData(row, serial::IsUsb(device), kAdapter);
 }
 
 }  // namespace
@@ -70,6 +76,9 @@ void Step2::Form_Load() {
   cboComPort->setMaxVisibleItems(ports::kLastPort + 1);
   Label1->setBuddy(cboComPort);
   cboComPort->setAccessibleName(Label1->text());
+  lblDevice = MakeLabel(this, "lblDevice", {});
+  lblKnown = MakeWrappedLabel(this, "lblKnown");
+  lblKnown->hide();
   lblRights = MakeWrappedLabel(this, "lblRights");
   lblRights->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   lblRights->hide();
@@ -80,21 +89,27 @@ void Step2::Form_Load() {
     // In an opened list no row moves under the pointer.
     if (QApplication::activePopupWidget() == nullptr) AddPorts();
   });
-  connect(cboComPort, &QComboBox::currentIndexChanged, this, [this] { ShowRights(); });
+  connect(cboComPort, &QComboBox::currentIndexChanged, this, [this] {
+    ShowKnown({});
+    ShowRights();
+  });
 
   auto* const rows = new QVBoxLayout(this);
   rows->setContentsMargins(Pixels(10), Pixels(6), Pixels(8), Pixels(4));
-  rows->setSpacing(Pixels(8));
+  rows->setSpacing(Pixels(3));
   auto* const choice = new QHBoxLayout;
   choice->setSpacing(Pixels(10));
   choice->addWidget(Label1);
   choice->addWidget(cboComPort, 1);
   rows->addLayout(choice);
+  rows->addWidget(lblDevice);
+  rows->addWidget(lblKnown, 1);
   rows->addWidget(Label2, 1);
   rows->addWidget(lblRights, 1);
 }
 
 void Step2::BeforePageShow(CWizard&, std::int16_t currentStep) {
+  ShowKnown({});
   if (currentStep == 1) ListPorts();
 }
 
@@ -102,8 +117,34 @@ void Step2::ListPorts() {
   cboComPort->clear();
   cboComPort->addItem(qt::Show("None"));
   AddPorts();
-  const int selected = cboComPort->findText(qt::Show(gComPort), Qt::MatchFixedString);
+  const int selected = gComPort.empty() && !mShown
+                           ? OnlyAdapter()
+                           : cboComPort->findText(qt::Show(gComPort), Qt::MatchFixedString);
   cboComPort->setCurrentIndex(std::max(selected, 0));
+  mShown = true;
+}
+
+int Step2::OnlyAdapter() const {
+  int found = 0;
+  for (int row = 1; row < cboComPort->count(); ++row) {
+    if (!cboComPort->itemData(row, kAdapter).toBool()) continue;
+    if (found != 0) return 0;
+    found = row;
+  }
+  return found;
+}
+
+void Step2::ShowKnown(const std::string& text) {
+  lblKnown->setText(qt::Show(text));
+  SettleNotes();
+}
+
+void Step2::SettleNotes() {
+  const bool known = !lblKnown->text().isEmpty();
+  const bool rights = !lblRights->text().isEmpty();
+  lblKnown->setVisible(known && !rights);
+  lblRights->setVisible(rights);
+  Label2->setVisible(!known && !rights);
 }
 
 void Step2::AddPorts() {
@@ -123,9 +164,9 @@ void Step2::AddPorts() {
 
 void Step2::ShowRights() {
   const QString rights = cboComPort->currentData(kRights).toString();
+  lblDevice->setText(cboComPort->currentData(kDevice).toString());
   lblRights->setText(rights);
-  lblRights->setVisible(!rights.isEmpty());
-  Label2->setVisible(rights.isEmpty());
+  SettleNotes();
   cboComPort->setToolTip(cboComPort->currentData(Qt::ToolTipRole).toString());
   cboComPort->setAccessibleDescription(cboComPort->toolTip());
 }
@@ -149,7 +190,11 @@ void Step2::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel)
   }
   gComPort = qt::Read(cboComPort->currentText());
   wizard.Frozen(true);
+  lblDevice->setText(QStringLiteral("Asking the mount ..."));
+  lblDevice->repaint();
   const bool found = FindDevices();
+  lblDevice->setText(cboComPort->currentData(kDevice).toString());
+  ShowKnown(LastOpeningHint());
   wizard.Frozen(false);
   if (!found) cancel = true;
 }

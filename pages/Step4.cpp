@@ -1,12 +1,14 @@
 #include "pages/Step4.h"
 
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QVBoxLayout>
 
 #include "StatusBox.h"
 #include "firmware/QALclass.h"
 #include "link/Devices.h"
 #include "platform/program.h"
+#include "platform/qt/CopyRecord.h"
 #include "platform/qt/QtText.h"
 #include "platform/ui.h"
 #include "programmer/ProgrammingRun.h"
@@ -46,6 +48,7 @@ void Step4::Form_Load() {
   cmdVerify = MakeButton(this, "cmdVerify", "Verify Firmware", [this] { cmdVerify_Click(); });
   txtStatus = new StatusBox(this);
   cmdRefresh = MakeButton(this, "cmdRefresh", "Refresh Status", [this] { cmdRefresh_Click(); });
+  cmdCopy = MakeButton(this, "cmdCopy", "Copy details", qt::CopyRecord);
   lblFirmware = MakeLabel(this, "lblFirmware", {});
   Label1 = MakeLabel(this, "Label1", "Choose Device ...");
   Label1->setBuddy(lstDevices);
@@ -59,6 +62,7 @@ void Step4::Form_Load() {
   GiveKey(*cmdProgram, Qt::ALT | Qt::Key_P);
   GiveKey(*cmdVerify, Qt::ALT | Qt::Key_V);
   GiveKey(*cmdRefresh, Qt::ALT | Qt::Key_R);
+  GiveKey(*cmdCopy, Qt::ALT | Qt::Key_C);
   LayOutControls();
 }
 
@@ -73,7 +77,12 @@ void Step4::LayOutControls() {
   grid->addWidget(cmdProgram, 2, 0);
   grid->addWidget(cmdVerify, 3, 0);
   grid->addWidget(txtStatus, 1, 1, 2, 1);
-  grid->addWidget(cmdRefresh, 3, 1, Qt::AlignRight);
+  auto* const asides = new QHBoxLayout;
+  asides->setSpacing(Pixels(6));
+  asides->addStretch(1);
+  asides->addWidget(cmdRefresh);
+  asides->addWidget(cmdCopy);
+  grid->addLayout(asides, 3, 1);
   grid->addWidget(Line1, 4, 0, 1, 2);
   grid->addWidget(mBar, 5, 0, 1, 2);
   grid->addWidget(txtOutcome, 6, 0, 1, 2);
@@ -112,7 +121,7 @@ void Step4::ShowOutcomes(const std::vector<RowOutcome>& outcomes) {
 }
 
 void Step4::EnableButtons(bool enabled) {
-  for (QPushButton* const button : {cmdProgram, cmdRefresh, cmdVerify}) button->setEnabled(enabled);
+  for (QPushButton* const button : {cmdProgram, cmdRefresh, cmdVerify, cmdCopy}) button->setEnabled(enabled);
 }
 
 void Step4::Rest() {

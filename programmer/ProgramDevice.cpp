@@ -5,8 +5,10 @@
 #include <string>
 
 #include "firmware/QALclass.h"
+#include "link/DeviceRecord.h"
 #include "link/Devices.h"
 #include "link/LinkLibrary.h"
+#include "platform/record.h"
 #include "platform/text.h"
 #include "platform/ui.h"
 #include "programmer/Compatibility.h"
@@ -24,6 +26,12 @@ void Tell(const std::string& text) {
 bool Fail(const std::string& text) {
   Tell(text);
   return false;
+}
+
+/// The same where a call of the link library failed, which the record tells more of.
+bool FailCall(const std::string& text) {
+  RecordLinkFailure(text);
+  return Fail(text);
 }
 
 /// The programming of one device. Every step that answers false has told the user why.
@@ -66,11 +74,15 @@ bool Run::Execute() {
   if (!ReachBootLoader()) return false;
   if (gBlockOverride && !AskBlockSize()) return false;
   if (!ReachProgramState()) return false;
+  record::Line("writing: " + mText + std::to_string(gTotalWords + 1) + " words in blocks of " +
+               std::to_string(mBlockSize));
   if (!WriteImage()) {
     gProgramming = false;
     return false;
   }
-  if (Link().endProgrammingCommon(mAddress) == 0) return Fail("Unable to end programming.");
+  if (Link().endProgrammingCommon(mAddress) == 0) {
+    return FailCall("Unable to end programming.");
+  }
   Show(gTotalWords);
   return true;
 }
@@ -80,9 +92,13 @@ bool Run::ReachBootLoader() {
   const DeviceEntry& row = gDevices[mIndex];
   if (row.State <= McState::NoResponse) return Fail("No response from MC");
   const bool entersByCall = row.State == McState::Running && row.HwRev >= 4;
-  if (entersByCall && Link().enterBootCommon(mAddress) == 0) return Fail("Unable to enter boot.");
+  if (entersByCall && Link().enterBootCommon(mAddress) == 0) {
+    return FailCall("Unable to enter boot.");
+  }
   std::int32_t bootRevision = 0;
-  if (Link().getHwRevFromBootCommon(mAddress, bootRevision) == 0) return Fail("Unable to enter boot.");
+  if (Link().getHwRevFromBootCommon(mAddress, bootRevision) == 0) {
+    return FailCall("Unable to enter boot.");
+  }
   mBlockSize = Link().getSerialMode() == 2 || bootRevision != 0 ? 1 : 2;
   return true;
 }
@@ -104,7 +120,9 @@ bool Run::AskBlockSize() {
 bool Run::ReachProgramState() {
   ReadDeviceState(mIndex);
   const bool inBootMode = gDevices[mIndex].State == McState::BootMode;
-  if (inBootMode && Link().startProgrammingCommon(mAddress) == 0) return Fail("Unable to start programming.");
+  if (inBootMode && Link().startProgrammingCommon(mAddress) == 0) {
+    return FailCall("Unable to start programming.");
+  }
   ReadDeviceState(mIndex);
   return gDevices[mIndex].State == McState::Program || Fail("Unable to start programming.");
 }
@@ -136,6 +154,7 @@ Run::Outcome Run::SendBlock(std::int32_t word) {
   mProgress.Sending(word);
   Outcome outcome = Outcome::Sent;
   if (SendPacket(word) == 0) {
+    RecordLinkFailure("writing word " + std::to_string(word));
     const ui::Answer answer =
         ui::MessageBox("An Error occurred Programming Data at Address: " + std::to_string(word) +
                            "\r\n\r\nIt is highly recommended to Restart Programming of this device\r\n\r\n"

@@ -10,10 +10,12 @@
 #include "link/Devices.h"
 #include "link/LastSeen.h"
 #include "platform/awake.h"
+#include "platform/record.h"
 #include "platform/ui.h"
 #include "programmer/BootLoader.h"
 #include "programmer/Compatibility.h"
 #include "programmer/ProgramDevice.h"
+#include "programmer/RunRecord.h"
 #include "programmer/UnfinishedRun.h"
 #include "programmer/modProgrammer.h"
 
@@ -78,6 +80,7 @@ ProgrammingRun::ProgrammingRun(std::vector<std::int32_t> rows, bool together, Qa
 }
 
 void ProgrammingRun::Execute(IProgress& progress) {
+  const RunRecord inRecord("programming", Rows());
   gProgramming = true;
   gCancelProgram = false;
   std::optional<awake::Hold> hold(std::in_place);
@@ -93,6 +96,7 @@ void ProgrammingRun::Execute(IProgress& progress) {
   progress.Busy(false);
   progress.Status();
   ForgetUntouched();
+  for (const RowOutcome& outcome : mOutcomes) record::Line("outcome: " + OutcomeText(outcome));
   if (gCancelProgram || !ok) return;
   ui::MessageBox(kComplete, ui::Buttons::Ok, ui::Icon::Information);
   progress.Status();
@@ -105,6 +109,12 @@ void ProgrammingRun::ForgetUntouched() const {
     const DeviceEntry& row = gDevices[outcome.Row];
     if (outcome.End == RowEnd::NotBegun && row.State == McState::Running) ForgetUnfinished(row.Address);
   }
+}
+
+std::vector<std::int32_t> ProgrammingRun::Rows() const {
+  std::vector<std::int32_t> rows;
+  for (const RowOutcome& outcome : mOutcomes) rows.push_back(outcome.Row);
+  return rows;
 }
 
 bool ProgrammingRun::Check() {

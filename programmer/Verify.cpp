@@ -5,11 +5,13 @@
 
 #include "firmware/QALclass.h"
 #include "link/Connection.h"
+#include "link/DeviceRecord.h"
 #include "link/Devices.h"
 #include "link/LinkLibrary.h"
 #include "platform/awake.h"
 #include "platform/ui.h"
 #include "programmer/Compatibility.h"
+#include "programmer/RunRecord.h"
 #include "programmer/modProgrammer.h"
 
 namespace tarnwick {
@@ -27,6 +29,7 @@ std::int32_t ReadWord(const DeviceEntry& row, std::int32_t wordAddress, std::int
 bool ReadWithRetry(const DeviceEntry& row, std::int32_t word, std::int32_t& value) {
   const std::int32_t wordAddress = row.HwRev < 4 && word < 4 ? kTopWords + word : word;
   while (ReadWord(row, wordAddress, value) != 1) {
+    RecordLinkFailure("reading word " + std::to_string(word));
     const ui::Answer answer = ui::MessageBox("Error Verifying Data at Address: " + std::to_string(word),
                                              ui::Buttons::RetryCancel, ui::Icon::Exclamation);
     ui::PumpEvents();
@@ -102,6 +105,7 @@ bool VerifyDevice(std::int32_t index, IProgress& progress) {
 }
 
 void VerifyAll(std::span<const std::int32_t> rows, IProgress& progress) {
+  const RunRecord inRecord("verifying", {rows.begin(), rows.end()});
   gVerifying = true;
   std::optional<awake::Hold> hold(std::in_place);
   progress.Busy(true);
@@ -116,6 +120,7 @@ void VerifyAll(std::span<const std::int32_t> rows, IProgress& progress) {
   progress.Busy(false);
   gCancelVerify = false;
   progress.Status();
+  record::Line(identical ? "outcome: identical" : "outcome: not identical, or not compared to the end");
   if (!identical) return;
   ui::MessageBox("Contents are Identical", ui::Buttons::Ok, ui::Icon::Information);
   ui::PumpEvents();

@@ -8,8 +8,8 @@ bool Ready(std::string& cause) {
   return false;
 }
 
-std::unique_ptr<IRequest> OpenRequest(const Server& server, const std::string& method, const std::string& path,
-                                      bool reload) {
+std::unique_ptr<IRequest> OpenRequest(const Server& server, const std::string& method,
+                                      const std::string& path, bool reload) {
   ITransport* const transport = Seam<ITransport>::Used();
   return transport == nullptr ? nullptr : transport->OpenRequest(server, method, path, reload);
 }

@@ -86,18 +86,35 @@ bool FileExists(const fs::path& path) {
   return fs::exists(path, error);
 }
 
-std::optional<std::string> ReadWhole(const fs::path& path, std::uintmax_t limit) {
+std::optional<std::string> ReadWhole(const fs::path& path, std::uintmax_t limit, std::error_code& error) {
+  error.clear();
+  const auto fail = [&error](const std::error_code& cause) {
+    error = cause;
+    return std::nullopt;
+  };
   const Descriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat info {};
-  if (fd.Get() < 0 || ::fstat(fd.Get(), &info) != 0 || !S_ISREG(info.st_mode)) return std::nullopt;
-  if (static_cast<std::uintmax_t>(info.st_size) > limit) return std::nullopt;
+  if (fd.Get() < 0 || ::fstat(fd.Get(), &info) != 0) return fail(LastError());
+  if (!S_ISREG(info.st_mode)) return fail(Problem::NotOrdinary);
+  if (static_cast<std::uintmax_t>(info.st_size) > limit) return fail(Problem::TooLarge);
   try {
     std::string content(static_cast<std::size_t>(info.st_size), '\0');
-    if (ReadAll(fd.Get(), content)) return content;
+    if (!ReadAll(fd.Get(), content)) return fail(LastError());
+    if (content.size() == static_cast<std::size_t>(info.st_size)) return content;
+    return fail(Problem::Changed);
   } catch (const std::bad_alloc&) {
   } catch (const std::length_error&) {
   }
-  return std::nullopt;
+  return fail(Problem::NoMemory);
+}
+
+std::error_code Append(const fs::path& path, std::string_view text) {
+  const int flags = O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  const Descriptor fd(::open(path.c_str(), flags, 0644));
+  struct stat info {};
+  if (fd.Get() < 0 || ::fstat(fd.Get(), &info) != 0) return LastError();
+  if (!S_ISREG(info.st_mode)) return Problem::NotOrdinary;
+  return WriteAll(fd.Get(), text);
 }
 
 Staged::Staged(const fs::path& path) {

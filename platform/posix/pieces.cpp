@@ -6,6 +6,9 @@
 
 #include <algorithm>
 
+#include "platform/files.h"
+#include "posix.h"
+
 namespace tarnwick::files {
 namespace {
 
@@ -16,11 +19,17 @@ constexpr std::size_t kPiece = 64u << 10;
 
 PieceReader::PieceReader(const std::filesystem::path& path) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (fd < 0) return;
   struct stat info {};
-  if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) mFile.reset(::fdopen(fd, "rb"));
+  if (fd < 0 || ::fstat(fd, &info) != 0) {
+    mError = posix::LastError();
+  } else if (!S_ISREG(info.st_mode)) {
+    mError = Problem::NotOrdinary;
+  } else {
+    mFile.reset(::fdopen(fd, "rb"));
+    if (!mFile) mError = posix::LastError();
+  }
   if (!mFile) {
-    ::close(fd);
+    if (fd >= 0) ::close(fd);
     return;
   }
   std::setvbuf(mFile.get(), nullptr, _IONBF, 0);
@@ -28,11 +37,17 @@ PieceReader::PieceReader(const std::filesystem::path& path) {
 }
 
 bool PieceReader::Next() {
-  if (Failed()) return false;
+  if (mError) return false;
   MakeRoom();
   const std::size_t got = std::fread(mBuffer.data() + mFilled, 1, mBuffer.size() - mFilled, mFile.get());
   mFilled += got;
-  return got > 0 && !Failed();
+  mRead += got;
+  if (std::ferror(mFile.get()) != 0) {
+    mError = posix::LastError();
+  } else if (got == 0 && mRead != mSize) {
+    mError = Problem::Changed;
+  }
+  return got > 0 && !mError;
 }
 
 /// Moves what is left to the begin. A piece of which little was taken is doubled, so that a long one is

@@ -15,7 +15,8 @@
 namespace tarnwick::qt {
 
 /// File names of the pages, in the order of the contents.
-inline constexpr std::array kHelpTopics{"Step1.htm", "Step2.htm", "Step3.htm", "Step4.htm", "WebUpdates.htm"};
+inline constexpr std::array kHelpTopics{"Step1.htm", "Step2.htm",      "Step3.htm",
+                                        "Step4.htm", "WebUpdates.htm", "Support.htm"};
 
 bool IsHelpTopic(const QString& topic);
 

@@ -15,6 +15,7 @@
 
 #include "HelpPages.h"
 #include "platform/program.h"
+#include "platform/qt/CopyRecord.h"
 #include "platform/qt/QtText.h"
 
 namespace tarnwick::qt {
@@ -90,6 +91,8 @@ void HelpView::MakeControls() {
   txtFind->setClearButtonEnabled(true);
   cmdFind = new QPushButton(QStringLiteral("Find &Next"), this);
   cmdFind->setObjectName(QStringLiteral("cmdFind"));
+  cmdCopy = new QPushButton(QStringLiteral("&Copy details"), this);
+  cmdCopy->setObjectName(QStringLiteral("cmdCopy"));
   cmdFind->setEnabled(false);
   lblFind = new QLabel(this);
   lblFind->setObjectName(QStringLiteral("lblFind"));
@@ -101,6 +104,7 @@ void HelpView::MakeControls() {
   txtPage->setObjectName(QStringLiteral("txtPage"));
   txtPage->setAccessibleName(QStringLiteral("Page"));
 
+  connect(cmdCopy, &QPushButton::clicked, this, &CopyRecord);
   connect(cmdBack, &QPushButton::clicked, txtPage, &QTextBrowser::backward);
   connect(txtPage, &QTextBrowser::backwardAvailable, cmdBack, &QWidget::setEnabled);
   connect(txtPage, &QTextBrowser::sourceChanged, this, [this](const QUrl& page) { MarkContents(page); });
@@ -123,6 +127,8 @@ void HelpView::LayOut() {
   row->addWidget(txtFind, 1);
   row->addWidget(cmdFind);
   row->addWidget(lblFind);
+  row->addSpacing(em);
+  row->addWidget(cmdCopy);
   auto* const halves = new QSplitter(this);
   halves->addWidget(treContents);
   halves->addWidget(txtPage);
@@ -132,8 +138,9 @@ void HelpView::LayOut() {
   rows->addLayout(row);
   rows->addWidget(halves, 1);
   QWidget* before = txtPage;
-  for (QWidget* const next : {static_cast<QWidget*>(cmdBack), static_cast<QWidget*>(txtFind),
-                              static_cast<QWidget*>(cmdFind), static_cast<QWidget*>(treContents)}) {
+  for (QWidget* const next :
+       {static_cast<QWidget*>(cmdBack), static_cast<QWidget*>(txtFind), static_cast<QWidget*>(cmdFind),
+        static_cast<QWidget*>(cmdCopy), static_cast<QWidget*>(treContents)}) {
     setTabOrder(before, next);
     before = next;
   }

@@ -53,6 +53,7 @@ class HelpView final : public QWidget {
   QPushButton* cmdBack = nullptr;
   QLineEdit* txtFind = nullptr;
   QPushButton* cmdFind = nullptr;
+  QPushButton* cmdCopy = nullptr;
   QLabel* lblFind = nullptr;
   QTreeWidget* treContents = nullptr;
   HelpBrowser* txtPage = nullptr;

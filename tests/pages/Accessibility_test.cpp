@@ -110,8 +110,8 @@ TEST_P(Accessibility, EveryPageIsReadableAndInOrder) {
       {"cboComPort", "cmdHelp", "cmdStepBack", "cmdStepFwd", "cmdTerminate"},
       {"lstFirmware", "cmdWebUpdate", "txtFirmware", "txtStatus", "cmdRefresh", "cmdHelp", "cmdStepBack",
        "cmdStepFwd", "cmdTerminate"},
-      {"lstDevices", "cmdProgram", "cmdVerify", "txtStatus", "cmdRefresh", "cmdHelp", "cmdStepBack",
-       "cmdTerminate"}};
+      {"lstDevices", "cmdProgram", "cmdVerify", "txtStatus", "cmdRefresh", "cmdCopy", "cmdHelp",
+       "cmdStepBack", "cmdTerminate"}};
   Start();
   for (const auto& order : orders) {
     Walk(window);
@@ -136,7 +136,7 @@ TEST_P(Accessibility, SoAreTheBoxesAndTheHelp) {
   QWidget* const help = QApplication::activeWindow();
   EXPECT_EQ(help->findChild<QTextBrowser*>("txtPage")->source().toString(), QLatin1String("Step2.htm"));
   Walk(*help);
-  EXPECT_THAT(FocusOrder(*help), testing::ElementsAre("txtPage", "txtFind", "treContents"));
+  EXPECT_THAT(FocusOrder(*help), testing::ElementsAre("txtPage", "txtFind", "cmdCopy", "treContents"));
   help->close();
 
   int seen = 0;

@@ -213,7 +213,10 @@ int Run(QApplication& application, const fs::path& folder, Means means, const QS
             home / "MotorControllers" / TARNWICK_TOUR_PACKAGE);
   tour.Rehearse();
   app.Start();
-  return director.Play() ? 0 : 1;
+  const bool played = director.Play();
+  std::error_code unsaid;
+  fs::copy_file(home / "Tarnwick.log", folder / "Tarnwick.log", fs::copy_options::overwrite_existing, unsaid);
+  return played ? 0 : 1;
 }
 
 }  // namespace

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 
+#include "HttpCause.h"
 #include "platform/codepage.h"
 #include "platform/contain.h"
+#include "platform/modDebug.h"
+#include "platform/record.h"
 #include "platform/text.h"
 #include "platform/ui.h"
-#include "platform/modDebug.h"
 
 namespace tarnwick {
 namespace {
@@ -107,7 +109,10 @@ bool HTTPClass::OpenHTTP(const std::string& server, std::int32_t, const std::opt
   DebugLog("OpenHTTP: " + server + (known ? ", " + *userName + ", " + *password : std::string()));
   CloseHTTP();
   std::string cause;
-  if (!http::Ready(cause)) return false;
+  if (!http::Ready(cause)) {
+    record::Failure("asking the site " + server, cause);
+    return false;
+  }
   mServer = {kAgent, server, kPort, userName.value_or(std::string()), password.value_or(std::string())};
   return true;
 }
@@ -118,9 +123,10 @@ void HTTPClass::CloseHTTP() {
 
 std::string HTTPClass::SendRequest(std::string file, std::string& method, const std::string&, bool reload) {
   DebugLog("SendRequest: " + file);
-  std::string answer = Ask(std::move(file), method, reload, Kind::Text);
+  std::string answer = Ask(file, method, reload, Kind::Text);
   if (DebugEnabled()) DebugLog("SendRequest Response: " + answer);
   if (IsRefusal(answer)) {
+    record::Failure("fetching " + mServer->name + file, "refused: a page that says so");
     ui::MessageBox(kRefused);
     answer.clear();
   }
@@ -139,24 +145,30 @@ std::string HTTPClass::Ask(std::string file, std::string& method, bool reload, K
   const bool post = method == "POST";
   if (!form.empty() && !post) file += "?" + form;
   if (!mServer) return {};
+  const std::string what = "fetching " + mServer->name + file;
   const std::unique_ptr<http::IRequest> request = http::OpenRequest(*mServer, method, file, reload);
-  if (!request) return {};
+  if (!request) {
+    record::Failure(what, "no request could be made");
+    return {};
+  }
   const bool withForm = post && !form.empty();
   const bool sent =
       request->Send(withForm ? kFormHeader : std::string_view(), withForm ? form : std::string());
-  if (sent && IsContent(request->Status())) return Answer(*request, kind);
+  if (sent && IsContent(request->Status())) return Answer(*request, kind, what);
+  record::Failure(what, sent ? CauseText(request->Status()) : CauseText(request->WhyNot()));
   if (kind == Kind::Text) ui::PumpEvents();
   const bool refused = sent && (request->Status() == 401 || request->Status() == 403);
   ui::MessageBox(refused && kind == Kind::Text ? kRefused : kNoConnection);
   return {};
 }
 
-std::string HTTPClass::Answer(http::IRequest& request, Kind kind) {
+std::string HTTPClass::Answer(http::IRequest& request, Kind kind, const std::string& what) {
   std::string answer;
   bool whole = false;
   // Where memory runs out, the answer broke off.
   Contain([&] { whole = Receive(request, answer, kind); });
   if (whole) return answer;
+  record::Failure(what, CauseText(request.WhyNot()));
   TellNoConnection();
   return {};
 }

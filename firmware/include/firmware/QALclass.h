@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -32,6 +33,9 @@ class QALclass {
   std::string LastErrorMessage() const;
   /// Line of the error, from 1; 0 when the file was not found.
   std::int32_t LastErrorLine() const { return mPackage.ErrorLine; }
+  /// Why the file was "not found", which is told alike of all that keeps it from being read; none for any
+  /// other error.
+  std::error_code Cause() const { return mCause; }
   double FileVersion() const { return mPackage.FileVersion; }
   const std::string& Filename() const { return mPackage.Filename; }
   /// The path given to the last load.
@@ -89,7 +93,11 @@ class QALclass {
   bool LoadText(std::string_view text);
   bool LoadFile();
 
+  /// Tells the record why the load failed.
+  void NoteError() const;
+
   QalPackage mPackage;
+  std::error_code mCause;
 };
 
 /// The program's one package: made when the settings are loaded, released when they are saved.

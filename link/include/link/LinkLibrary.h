@@ -1,7 +1,10 @@
 // The link library Tarnwick.so, which holds the whole serial protocol of the telescope's bus.
 //
-// Calls are synchronous, on the one thread, and the library never calls back. What a result means
-// differs from call to call and is told at each. The wire protocol is in docs/link-protocol.md.
+// Calls are synchronous, on the one thread, and the library never calls back. Opening takes 3 s at most, any
+// other call 4.5 s, but the end of programming, which compares the memory first, and reads of many words,
+// which take as many exchanges as there are 64 words. What a result means differs from call to call and is
+// told at each; an argument that is filled keeps its value where the call failed. The wire protocol is in
+// docs/link-protocol.md.
 #pragma once
 
 #include <array>
@@ -63,7 +66,23 @@ class ILinkLibrary {
   virtual std::int32_t sendDataCommon(std::int32_t address, std::span<const std::int32_t> elements) = 0;
   /// Nonzero: program state ended.
   virtual std::int32_t endProgrammingCommon(std::int32_t address) = 0;
+  /// What is known of the line, in lines ended by a line feed: "cause: ...", "speed: ...", "repeats: ...",
+  /// each where there is something to tell. Empty where the library has no such export, which need not be
+  /// there.
+  virtual std::string getLinkNote() { return {}; }
 };
+
+/// What the library knows of its line, for a person to read.
+struct LinkNote {
+  std::string cause;         ///< Why the last opening gave -1 to -8, or why the line went; empty for neither.
+  std::int32_t speed = 0;    ///< Bits per second; 0 when no port is open.
+  std::int32_t repeats = 0;  ///< Requests sent again since the opening.
+};
+/// What the library in use tells; nothing where it is one that tells nothing.
+LinkNote ReadLinkNote();
+
+/// Name and version of the library that was loaded, or why none could be; empty before the first use.
+const std::string& LoadedLibraryText();
 
 /// Loads the link library from the file `path`. One that is missing or lacks an export is not used at
 /// all: what comes back then answers each call with its own failure result.

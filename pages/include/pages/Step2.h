@@ -24,6 +24,13 @@ class Step2 final : public PageWindow {
 
  private:
   void ListPorts();
+  /// The row of the one USB adapter in the list; 0 when there is none or more than one.
+  int OnlyAdapter() const;
+  /// Shows what is known of the last try, in place of the note; an empty text brings that back.
+  void ShowKnown(const std::string& text);
+  /// One of the three stands below the port: how to get the right to it, what is known, the note. There is
+  /// no room for more, and without the right or the mount the note is of no use.
+  void SettleNotes();
   /// Puts ports that have come since at their places and tells anew what is known of each. Nothing
   /// goes away, and the selection stays.
   void AddPorts();
@@ -33,9 +40,13 @@ class Step2 final : public PageWindow {
 
   QLabel* Label1 = nullptr;
   QLabel* Label2 = nullptr;
+  QLabel* lblDevice =
+      nullptr;  ///< Device and product of the selected port; that the mount is asked, meanwhile.
+  QLabel* lblKnown = nullptr;  ///< What is known of the last try.
   QLabel* lblRights = nullptr;
   QComboBox* cboComPort = nullptr;
   QTimer* mWatch = nullptr;  ///< Runs while the page is on view.
+  bool mShown = false;       ///< The list was made before: the choice is the user's.
 };
 
 }  // namespace tarnwick

@@ -57,6 +57,7 @@ class Step4 final : public PageWindow, public IProgress {
   QPushButton* cmdProgram = nullptr;
   QPushButton* cmdVerify = nullptr;
   QPushButton* cmdRefresh = nullptr;
+  QPushButton* cmdCopy = nullptr;
   QLabel* lblFirmware = nullptr;
   QLabel* Label1 = nullptr;
   QFrame* Line1 = nullptr;

@@ -31,6 +31,7 @@ class ProgrammingRun {
  private:
   class Watch;
 
+  std::vector<std::int32_t> Rows() const;
   bool Check();
   void ForgetUntouched() const;
   bool RefuseTogether() const;

@@ -17,12 +17,12 @@ class IKeeper {
   virtual void LetGo() = 0;
 };
 
-/// The keeper that the system offers, in place by `Seam<IKeeper>` for its lifetime. Nothing is linked, started
-/// or looked up before its first `Keep`, and its lock goes with this process however that ends.
+/// The keeper that the system offers, in place by `Seam<IKeeper>` for its lifetime. Nothing is linked,
+/// started or looked up before its first `Keep`, and its lock goes with this process however that ends.
 std::unique_ptr<IKeeper> SystemKeeper();
 
-/// Keeps the computer awake for its lifetime, by the keeper that is in place; without one nothing happens. One
-/// at a time.
+/// Keeps the computer awake for its lifetime, by the keeper that is in place; without one nothing happens.
+/// One at a time.
 class Hold {
  public:
   Hold();

@@ -3,9 +3,11 @@
 
 #include <utility>
 
+#include "platform/record.h"
+
 namespace tarnwick {
 
-/// Runs `action`; a failure raised in it goes no further. True when it ran to its end.
+/// Runs `action`; a failure raised in it goes no further than into the record. True when it ran to its end.
 /// Wrap single actions, not sequences: what follows the failed action must still run.
 template <class Action>
 bool Contain(Action&& action) noexcept {
@@ -13,6 +15,7 @@ bool Contain(Action&& action) noexcept {
     std::forward<Action>(action)();
     return true;
   } catch (...) {
+    record::Caught();
     return false;
   }
 }

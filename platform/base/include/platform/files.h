@@ -15,9 +15,19 @@ namespace tarnwick::files {
 /// True when something of that name is there and can be reached. Never fails.
 bool FileExists(const std::filesystem::path& path);
 
-/// The whole file, or nothing when it cannot be opened or read, is no ordinary file, memory for it
-/// cannot be had, or it is larger than `limit` bytes.
+/// What the system has no number for.
+enum class Problem { NotOrdinary = 1, TooLarge, NoMemory, Changed };
+std::error_code make_error_code(Problem problem);
+
+/// The whole file, or nothing, and the cause in `error`, when it cannot be opened or read, is no ordinary
+/// file, memory for it cannot be had, or it is larger than `limit` bytes.
+std::optional<std::string> ReadWhole(const std::filesystem::path& path, std::uintmax_t limit,
+                                     std::error_code& error);
 std::optional<std::string> ReadWhole(const std::filesystem::path& path, std::uintmax_t limit = UINTMAX_MAX);
+
+/// Adds `text` to the end of a file, which is made when there is none. A link under the name is not followed,
+/// and only an ordinary file is written to. Not flushed.
+std::error_code Append(const std::filesystem::path& path, std::string_view text);
 
 /// New contents of a file, written beside it; `Commit` puts them into its place. What is not committed
 /// goes with its object. A program killed meanwhile can leave its half under the name with ".new" behind
@@ -59,3 +69,6 @@ std::optional<std::tm> LastModified(const std::filesystem::path& path);
 bool SetLastModified(const std::filesystem::path& path, const std::tm& local);
 
 }  // namespace tarnwick::files
+
+template <>
+struct std::is_error_code_enum<tarnwick::files::Problem> : std::true_type {};

@@ -87,7 +87,7 @@ class ITransport {
 bool Ready(std::string& cause);
 
 /// A request by that transport; none where it has none.
-std::unique_ptr<IRequest> OpenRequest(const Server& server, const std::string& method, const std::string& path,
-                                      bool reload);
+std::unique_ptr<IRequest> OpenRequest(const Server& server, const std::string& method,
+                                      const std::string& path, bool reload);
 
 }  // namespace tarnwick::http

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace tarnwick::files {
 
@@ -25,8 +26,9 @@ class PieceReader {
   std::string_view Text() const { return std::string_view(mBuffer).substr(mTaken, mFilled - mTaken); }
   /// The reader is done with the first `count` bytes of the piece.
   void Take(std::size_t count) { mTaken += count; }
-  /// True when the file could not be opened or not be read to its end.
-  bool Failed() const { return !mFile || std::ferror(mFile.get()) != 0; }
+  /// Why the file could not be opened or not be read to its end; none as long as all went well. A file whose
+  /// length is another at its end than it was at first has changed under the reader.
+  std::error_code Error() const { return mError; }
 
  private:
   struct Closer {
@@ -36,7 +38,9 @@ class PieceReader {
   void MakeRoom();
 
   std::unique_ptr<std::FILE, Closer> mFile;
+  std::error_code mError;
   std::uintmax_t mSize = 0;  ///< Of the file when it was opened.
+  std::uintmax_t mRead = 0;  ///< Bytes read so far.
   std::string mBuffer;
   std::size_t mTaken = 0;
   std::size_t mFilled = 0;

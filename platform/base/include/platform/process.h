@@ -25,7 +25,8 @@ struct Starter {
   std::function<bool(const Command&)> start;
 };
 
-/// A process that ends with this object, and with this process. What it writes to standard error is not shown.
+/// A process that ends with this object, and with this process. What it writes to standard error is not
+/// shown.
 class Child {
  public:
   Child() = default;

@@ -31,6 +31,9 @@ std::filesystem::path RunningFile();
 /// The running program's file.
 std::filesystem::path Executable();
 
+/// The system that this runs on, as "Linux 6.1.0 x86_64".
+std::string SystemText();
+
 /// "2.2.4"
 std::string VersionText();
 /// The frame's caption at rest: name, two blanks, "v" and the version.

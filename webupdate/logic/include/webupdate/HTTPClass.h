@@ -64,7 +64,8 @@ class HTTPClass {
   const Field* FindField(std::string_view name) const;
   std::string BuildFormData() const;
   std::string Ask(std::string file, std::string& method, bool reload, Kind kind);
-  std::string Answer(http::IRequest& request, Kind kind);
+  /// `what` is what is asked for, as the record tells it.
+  std::string Answer(http::IRequest& request, Kind kind, const std::string& what);
   bool Receive(http::IRequest& request, std::string& answer, Kind kind);
   void Report(const std::string& answer, Kind kind) const;
 
