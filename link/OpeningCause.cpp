@@ -1,6 +1,7 @@
 #include "link/OpeningCause.h"
 
 #include <optional>
+#include <system_error>
 
 #include "platform/program.h"
 #include "platform/serial.h"
@@ -23,7 +24,10 @@ std::string Sentence(const std::string& words) {
 /// What keeps a port from being opened at all.
 std::string WhyNotOpened(const std::string& note) {
   const std::optional<std::filesystem::path> device = Device();
-  const std::string holder = device ? serial::HolderOf(*device) : std::string();
+  // Only of a port that is held: others may have a device open that was refused for another reason.
+  const std::string busy = std::make_error_code(std::errc::device_or_resource_busy).message();
+  const bool held = note.empty() || note.find(busy) != std::string::npos;
+  const std::string holder = device && held ? serial::HolderOf(*device) : std::string();
   if (!holder.empty()) return "Another program holds the port: " + holder;
   return Sentence(note);
 }

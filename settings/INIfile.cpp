@@ -5,6 +5,7 @@
 
 #include "platform/contain.h"
 #include "platform/files.h"
+#include "platform/record.h"
 #include "platform/text.h"
 
 namespace tarnwick {
@@ -33,9 +34,9 @@ void ReplaceDocument(const fs::path& path, std::string_view content) {
   if (fs::is_regular_file(path, error) && !ReadDocument(path)) {
     fs::path aside = path;
     fs::rename(path, aside += ".old", error);
-    if (error) return;
+    if (error) return record::Failure("keeping the settings that cannot be read", error);
   }
-  files::Replace(path, content);
+  if ((error = files::Replace(path, content))) record::Failure("saving the settings " + path.string(), error);
 }
 
 }  // namespace

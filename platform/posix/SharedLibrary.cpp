@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <link.h>
 
+#include <algorithm>
 #include <fstream>
 #include <string>
 
@@ -22,7 +23,8 @@ std::string WhyNotWhole(const fs::path& path) {
   ElfW(Ehdr) header{};
   std::ifstream file(path, std::ios::binary);
   if (!file) return "it cannot be read";
-  if (!file.read(reinterpret_cast<char*>(&header), sizeof header) || header.e_shoff == 0)
+  const bool read = static_cast<bool>(file.read(reinterpret_cast<char*>(&header), sizeof header));
+  if (!read || !std::equal(ELFMAG, ELFMAG + SELFMAG, header.e_ident) || header.e_shoff == 0)
     return "it is no shared library";
   const std::uintmax_t size = fs::file_size(path, error);
   const std::uintmax_t table = std::uintmax_t{header.e_shnum} * header.e_shentsize;

@@ -101,9 +101,11 @@ TEST(LinkCore, TellsWhyNoTelescopeIsThere) {
     bench.line.line.toLibrary = damage;
     EXPECT_EQ(bench.Open(), result);
     EXPECT_EQ(bench.core.SerialMode(), 0);
+    EXPECT_EQ(bench.core.Note(), "cause: " + std::string(CauseText(static_cast<Opening>(result))) + "\n");
   }
   Bench bench({LinkKind::VirtualPort, false});
   EXPECT_EQ(bench.Open("COM6"), -1);
+  EXPECT_EQ(bench.core.Note(), "cause: the port cannot be opened: No such device\n");
   bench.line.hungUp = true;
   EXPECT_EQ(bench.Open(), -7);
   bench.line.hungUp = false;

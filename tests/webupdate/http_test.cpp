@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "platform/http/CurlTransport.h"
+#include "platform/record.h"
 #include "settings/Settings.h"
 #include "support/Loopback.h"
 #include "support/UserDouble.h"
@@ -34,7 +35,8 @@ struct Behaviour {
   std::string once;                         ///< The answer to each request.
   std::optional<std::string> content = {};  ///< What a client for bytes makes of it; none for a box.
   std::string again = {};                   ///< Sent behind it over and over, until the client goes.
-  int pause = 0;  ///< Before each of these, in ms; with none to send, the connection is left open.
+  int pause = 0;           ///< Before each of these, in ms; with none to send, the connection is left open.
+  std::string cause = {};  ///< What the record calls it; empty where any cause will do.
 };
 
 /// Answers every request with one behaviour, one connection after the other.
@@ -89,14 +91,24 @@ std::vector<Behaviour> Behaviours() {
   some.resize(64 << 10);
   while (most.size() < http::kLargestAnswer) most += some;
   return {
-      {"closes without a word", ""},
-      {"says nothing", "", {}, {}, 10},
-      {"closes in the content", ok + "Content-Length: 40\r\n\r\n" + some.substr(0, 39)},
-      {"stalls in the content", ok + "Content-Length: 40\r\n\r\nabcd", {}, {}, 10},
+      {"closes without a word", "", {}, {}, 0, "broken off"},
+      {"says nothing", "", {}, {}, 10, "too slow"},
+      {"closes in the content",
+       ok + "Content-Length: 40\r\n\r\n" + some.substr(0, 39),
+       {},
+       {},
+       0,
+       "broken off"},
+      {"stalls in the content", ok + "Content-Length: 40\r\n\r\nabcd", {}, {}, 10, "too slow"},
       {"tells too short a length", ok + "Content-Length: 4\r\n\r\nabcdefgh", "abcd"},
-      {"tells a length of a terabyte", ok + "Content-Length: 1099511627776\r\n\r\n", {}, some},
+      {"tells a length of a terabyte",
+       ok + "Content-Length: 1099511627776\r\n\r\n",
+       {},
+       some,
+       0,
+       "too large"},
       {"trickles content", ok + "Content-Length: 4000\r\n\r\n", {}, "x", 40},
-      {"never ends", ok + "\r\n", {}, some},
+      {"never ends", ok + "\r\n", {}, some, 0, "too large"},
       {"never ends a failure", "HTTP/1.1 500 Oh\r\n\r\n", {}, some},
       {"never ends a redirection", "HTTP/1.1 302 Oh\r\nLocation: /\r\n\r\n", {}, some, 1},
       {"never ends its headers", ok, {}, "a: " + some.substr(0, 1000) + "\r\n"},
@@ -115,7 +127,7 @@ std::vector<Behaviour> Behaviours() {
       {"refuses by a page, backwards", ok + "\r\nUnauthorised<HTML>", "Unauthorised<HTML>"},
       {"only looks as if it refused", ok + "\r\nUNAUTHORISED <HTM>", "UNAUTHORISED <HTM>"},
       {"refuses by status", "HTTP/1.1 403 No\r\n\r\npage", {}},
-      {"has not got it", "HTTP/1.1 404 No\r\n\r\npage"},
+      {"has not got it", "HTTP/1.1 404 No\r\n\r\npage", {}, {}, 0, "not found"},
       {"sends all that there may be", ok + "Content-Length: 67108864\r\n\r\n", most, some},
   };
 }
@@ -231,14 +243,18 @@ TEST_F(HttpTest, AServerThatDoesWhatNoneShouldGivesAllOrNothing) {
     const std::string box = behaviour.content ? "" : kNoConnection;
     const std::string textBox = refused ? kRefused : box;
 
+    const TempFolder folder;
+    record::Open(folder.Path());
     std::string answer, method = "GET";
     Ask(box, [&](HTTPClass& client) { answer = client.SendRequestBinary("/", method); });
     EXPECT_TRUE(answer == content) << answer.substr(0, 100);
 
+    record::Close();
+    EXPECT_THAT(ReadFile(folder / "Tarnwick.log"), HasSubstr(behaviour.cause));
+
     Ask(textBox, [&](HTTPClass& client) { answer = FetchText(client, "/"); });
     EXPECT_TRUE(answer == (refused ? "" : content)) << answer.substr(0, 100);
 
-    const TempFolder folder;
     WriteFile(folder / "a.qal", "old package");
     FileEntry entry{"a", "qal", "2005-03-01", 3, "new note\r\n", true, true};
     const bool comes = !refused && !page && !content.empty();

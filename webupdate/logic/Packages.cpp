@@ -5,6 +5,7 @@
 
 #include "firmware/PackageFolder.h"
 #include "platform/files.h"
+#include "platform/record.h"
 #include "platform/text.h"
 #include "platform/ui.h"
 #include "webupdate/HTTPClass.h"
@@ -17,6 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 void TellFailure(const std::string& what, const std::string& file, const std::error_code& error) {
+  record::Failure(what + file, error);
   ui::MessageBox(what + file + "\r\n" + error.message());
 }
 
@@ -64,6 +66,7 @@ bool DownloadPackage(HTTPClass& http, const fs::path& folder, FileEntry& entry) 
   const std::string content = FetchText(http, SitePath(FileNameOf(entry)));
   if (content.empty()) return false;
   if (IsPage(content)) {
+    record::Failure("fetching " + FileNameOf(entry), "a web page came in its place");
     HTTPClass::TellNoConnection();
     return false;
   }

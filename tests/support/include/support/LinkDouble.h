@@ -24,7 +24,7 @@ struct ScriptedDevice {
 /// Installs itself for its lifetime. Calls are logged by name and arguments: "getMcState 16".
 /// A running device goes to boot mode when entered, to program state when started, and back to boot
 /// mode when ended, unless the call was made to fail.
-class LinkDouble final : public ILinkLibrary {
+class LinkDouble : public ILinkLibrary {
  public:
   LinkDouble() { Seam<ILinkLibrary>::Install(*this); }
   ~LinkDouble() override { Seam<ILinkLibrary>::Uninstall(); }
