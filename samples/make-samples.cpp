@@ -42,7 +42,7 @@ const std::vector<std::string> kBothMotors = {"AZM MOTOR, 16", "ALT MOTOR, 17"};
 
 const std::vector<Sample> kSamples = {
     {"MotorControllers", "MC_0512", "MC_", 5, 12, "1.1", "Motor control 5.12", 5, "CORVANE", "", kBothMotors,
-     1022, 0x3FFF},
+     1024, 0x3FFF},
     {"MotorControllers",
      "MC_0512_AZM",
      "MCA_",

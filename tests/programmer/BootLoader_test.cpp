@@ -46,6 +46,8 @@ TEST_F(BootLoaderTest, ComparesTheWordsOfRevision2) {
     --link.devices[16].memory[word];
   }
   EXPECT_EQ(link.calls, Calls(5, "read 16 0 2"));
+  link.readResult = 2;
+  EXPECT_EQ(CheckBootLoader(1), BootLoaderCheck::NotNeeded) << "Only 1 is an answer.";
 }
 
 TEST_F(BootLoaderTest, AsksRevisions5And6AndSettlesTheRow) {

@@ -38,6 +38,16 @@ TEST_F(VerifyTest, ReadsTheGivenWordsOneByOneTheFirstOfOldHardwareFromItsTop) {
   EXPECT_THAT(link.calls, ElementsAre("read 16 65532 65532", "read 16 65535 65535", "read 16 4 4"));
 }
 
+TEST_F(VerifyTest, TakesNoResultButOneForAnAnswer) {
+  EXPECT_EQ(VerifyRefusal(1), "");
+  link.readResult = 2;
+  EXPECT_EQ(VerifyRefusal(1), "AZM(RA) Motor: Verify not supported for this version");
+  user.answers = {ui::Answer::Retry, ui::Answer::Cancel};
+  EXPECT_FALSE(Verify());
+  const std::string failed = "RetryCancel !|Error Verifying Data at Address: 0";
+  EXPECT_THAT(user.boxes, ElementsAre(failed, failed, "Ok !|Verify Cancelled by User"));
+}
+
 TEST_F(VerifyTest, FindsEachWrongWordAndReadsNoPaddedOne) {
   ImageWords words = CountedWords(255);
   for (std::int32_t gap = 100; gap < 110; ++gap) words.erase(gap);  // Not in the device either.

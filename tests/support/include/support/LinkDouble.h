@@ -75,7 +75,7 @@ class LinkDouble : public ILinkLibrary {
       if (found == memory.end()) return 0;
       words[static_cast<std::size_t>(word - first)] = found->second;
     }
-    return 1;
+    return readResult;
   }
   std::int32_t enterBootCommon(std::int32_t address) override { return Move("enterBoot", address, 2); }
   std::int32_t startProgrammingCommon(std::int32_t address) override {
@@ -99,6 +99,7 @@ class LinkDouble : public ILinkLibrary {
 
   std::map<std::int32_t, ScriptedDevice> devices;
   std::array<std::int32_t, 3> dllVersion{1, 2, 3};
+  std::int32_t readResult = 1;  ///< Of a read that finds its words.
   std::int32_t openResult = 0, serialMode = 0, skelmirraResult = 1, upgradeSupportResult = 0;
 
   std::vector<std::string> calls;
