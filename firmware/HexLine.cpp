@@ -7,8 +7,10 @@ namespace {
 
 constexpr std::size_t kShortest = 11;
 
-/// Two digits as one byte, by both characters at once, the first one in the low half of the index;
-/// above 0xFF when one of them is no digit. Only what digits index is ever in the processor's cache.
+/// For each pair of characters the byte that they are as hexadecimal digits, or a value above 0xFF when one
+/// of them is no digit. The first character is the low half of the index. The table is large, yet a package
+/// holds few pairs but those of digits, so that little of it is read and that little stays in the
+/// processor's cache.
 struct PairTable {
   HexDigitValue values[0x10000];
 };

@@ -25,7 +25,7 @@ Verdict JudgeByList(std::int32_t index) {
     return listed ? Verdict::Pass : Verdict::OtherRevision;
   }
   if (listed) return HasBootVersion(row.HwRev) ? Verdict::Pass : Verdict::ConfirmModelAtRisk;
-  return PassesUntold(index) ? Verdict::Pass : Verdict::OtherRevision;
+  return LeavesNoOtherRevision(index) ? Verdict::Pass : Verdict::OtherRevision;
 }
 
 /// The package lists no revisions: it is for hardware that reports none, or 2 for models 5 and 6.
@@ -85,7 +85,7 @@ bool ComparesPackages() {
   return !gModelOverride && gDeviceClass == 0;
 }
 
-bool PassesUntold(std::int32_t index) {
+bool LeavesNoOtherRevision(std::int32_t index) {
   return HasBootVersion(gDevices[index].HwRev) && EffectiveHwRev(index) == 0 && gQAL->HwRevCount() == 1 &&
          HasBootVersion(gQAL->HwRevValue(1));
 }

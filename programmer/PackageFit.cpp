@@ -27,7 +27,7 @@ RowVerdict JudgeRow(std::int32_t row) {
   }
   if (gTypeOverride || !inPackage || !HasBootVersion(device.HwRev)) return RowVerdict::Fits;
   if (PackageHasHwRev(row)) return device.Model == 0 ? RowVerdict::Undetermined : RowVerdict::Fits;
-  return PassesUntold(row) ? RowVerdict::Undetermined : RowVerdict::WrongHwRev;
+  return LeavesNoOtherRevision(row) ? RowVerdict::Undetermined : RowVerdict::WrongHwRev;
 }
 
 bool Refuse(std::string_view text) {

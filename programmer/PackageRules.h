@@ -26,6 +26,6 @@ bool ComparesPackages();
 
 /// A row of revision 5 or 6 whose old boot loader cannot tell which passes for a package that
 /// leaves no choice: one that lists a single revision, 5 or 6.
-bool PassesUntold(std::int32_t index);
+bool LeavesNoOtherRevision(std::int32_t index);
 
 }  // namespace tarnwick

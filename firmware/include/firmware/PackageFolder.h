@@ -16,14 +16,14 @@ inline constexpr std::string_view kNoteEnding = ".txt";
 /// that cannot be read holds none.
 std::vector<std::string> PackagesIn(const std::filesystem::path& folder);
 
-/// The name of a package without its extension.
+/// The name, or the path, of a package without its extension. It must have one, as all of `PackagesIn` have.
 std::string PackageStem(const std::string& package);
 
 /// The package of that name without extension, whatever the case of its letters; of several the one that
 /// is spelt so, else the first. An empty path when there is none.
 std::filesystem::path FindPackage(const std::filesystem::path& folder, const std::string& name);
 
-/// The note that belongs to a package, there or not.
+/// The note that belongs to a package, there or not. The package must have an extension.
 std::filesystem::path NoteOf(const std::filesystem::path& package);
 
 /// The lines of a note, each ended by CR LF. Empty when the note cannot be read.

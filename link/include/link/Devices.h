@@ -32,6 +32,8 @@ struct DeviceEntry {
 /// The rows of `gDevices`, numbered from 1.
 class DeviceTable {
  public:
+  /// A row that is not there raises `std::out_of_range`, here and in every operation below that takes the
+  /// number of a row. The reference holds until the next `Assign`.
   DeviceEntry& operator[](std::int32_t index) { return mRows.at(static_cast<std::size_t>(index - 1)); }
   void Assign(std::vector<DeviceEntry> rows) { mRows = std::move(rows); }
   std::int32_t Count() const { return static_cast<std::int32_t>(mRows.size()); }
@@ -51,7 +53,8 @@ std::int32_t gDeviceCount();
 /// Builds the two rows of a class from nothing; any class but 0 and 1 leaves the table as it is.
 void SetupDevices(std::int32_t deviceClass);
 
-/// Refreshes one row from the device.
+/// Refreshes one row from the device. Asks the link library up to four questions, each within its own bound
+/// of time (link/LinkLibrary.h); a silent device takes all of it.
 void RefreshDevice(std::int32_t index);
 /// Refreshes every row.
 void RefreshDevices();

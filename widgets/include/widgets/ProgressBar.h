@@ -6,8 +6,8 @@
 
 namespace tarnwick {
 
-/// Two painted rectangles and a text that stays readable on either. Nothing is repainted that shows
-/// already.
+/// Two painted rectangles, the track and the bar over it, and a text over both in the colour that can be read
+/// on each. Setting what is shown already repaints nothing.
 class ProgressBar final : public QWidget {
  public:
   explicit ProgressBar(QWidget* parent);
@@ -26,7 +26,7 @@ class ProgressBar final : public QWidget {
   QRect Track() const { return rect().adjusted(1, 1, -1, -1); }
   int WidthOf(double fraction) const;
 
-  QStaticText mText;  ///< Laid out once, for each text is painted four times as a rule.
+  QStaticText mText;  ///< Keeps its layout: as a rule a text is painted several times before it changes.
   double mFraction = 0.0;
   int mBarWidth = 0;
 };

@@ -16,8 +16,9 @@ namespace tarnwick::process {
 /// A command and its arguments, handed on as they are: no shell reads them.
 using Command = std::vector<std::string>;
 
-/// Starts a command that outlives this process and of which nothing is seen. Its standard input ends when
-/// this process does, however that comes. False when it could not be started.
+/// Starts a command, whose first word is the path of a program, that outlives this process and of which
+/// nothing is seen. Its standard input ends when this process does, however that comes. False when it could
+/// not be started.
 bool StartFollower(const Command& command);
 
 /// What starts a follower in the system's place, where `Seam<Starter>` has one.
@@ -49,7 +50,8 @@ class Child {
   int mSocket = -1;
 };
 
-/// Runs the program `path` in the place of this one. Returns only where that fails.
+/// Runs the program `path` in the place of this one, with no arguments; nothing of this one is run down.
+/// Returns only where that fails.
 void Become(const std::filesystem::path& path);
 
 }  // namespace tarnwick::process

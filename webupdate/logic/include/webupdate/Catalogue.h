@@ -68,7 +68,7 @@ class Catalogue {
 
   std::vector<FileEntry> mFiles;
   std::vector<ProgramEntry> mPrograms;
-  bool mSkip = false;  ///< Description lines belong to a package that was not taken.
+  bool mSkip = false;  ///< The last package of the text was not taken, so neither are the lines below it.
 };
 
 }  // namespace tarnwick
