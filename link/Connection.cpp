@@ -34,7 +34,7 @@ void NoteOpening(std::int32_t result) {
     const std::string cause = ReadLinkNote().cause;
     gHint = OpeningHint(result, cause);
     const std::string words = gHint.empty() ? "result " + std::to_string(result) : gHint;
-    const std::string device = PortText();
+    const std::string device = PortText(gComPort);
     record::Failure("opening " + gComPort + (device.empty() ? "" : " (" + device + ")"),
                     cause.empty() ? words : words + " (" + cause + ")");
   });

@@ -26,7 +26,7 @@ void RecordDevices() {
 
 void RecordLine() {
   const LinkNote note = ReadLinkNote();
-  const std::string device = PortText();
+  const std::string device = PortText(gComPort);
   std::string line = "port: " + gComPort + (device.empty() ? "" : " (" + device + ")");
   if (note.speed != 0) {
     line +=

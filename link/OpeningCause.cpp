@@ -12,8 +12,8 @@
 namespace tarnwick {
 namespace {
 
-std::optional<std::filesystem::path> Device() {
-  return ports::DeviceOf(program::This().folder, gComPort);
+std::optional<std::filesystem::path> Device(const std::string& port) {
+  return ports::DeviceOf(program::This().folder, port);
 }
 
 /// With a capital at its begin.
@@ -23,7 +23,7 @@ std::string Sentence(const std::string& words) {
 
 /// What keeps a port from being opened at all.
 std::string WhyNotOpened(const std::string& note) {
-  const std::optional<std::filesystem::path> device = Device();
+  const std::optional<std::filesystem::path> device = Device(gComPort);
   // Only of a port that is held: others may have a device open that was refused for another reason.
   const std::string busy = std::make_error_code(std::errc::device_or_resource_busy).message();
   const bool held = note.empty() || note.find(busy) != std::string::npos;
@@ -56,8 +56,8 @@ std::string WhatCameBack(std::int32_t result) {
 
 }  // namespace
 
-std::string PortText() {
-  const std::optional<std::filesystem::path> device = Device();
+std::string PortText(const std::string& port) {
+  const std::optional<std::filesystem::path> device = Device(port);
   if (!device) return {};
   std::error_code gone;
   const std::filesystem::path real = std::filesystem::canonical(*device, gone);

@@ -52,14 +52,13 @@ std::string RightsTo(const std::filesystem::path& device) {
 /// Tells device, product and rights of `port` in its row of the list.
 void Describe(QComboBox& list, int row, const std::filesystem::path& folder, const std::string& port) {
   const std::filesystem::path device = *ports::DeviceOf(folder, port);
-  std::string tip = device.string();
-  if (const std::string product = serial::ProductOf(device); !product.empty()) tip += ", " + product;
+  const QString known = qt::ShowName(PortText(port));
   const QString rights = qt::Show(RightsTo(device));
-  const QString shown = QString::fromLocal8Bit(tip) + (rights.isEmpty() ? QString() : u'\n' + rights);
+  const QString shown = known + (rights.isEmpty() ? QString() : u'\n' + rights);
   list.setItemData(row, shown, Qt::ToolTipRole);
   list.setItemData(row, shown, Qt::AccessibleDescriptionRole);
   list.setItemData(row, rights, kRights);
-  list.setItemData(row, QString::fromLocal8Bit(tip), kDevice);
+  list.setItemData(row, known, kDevice);
   list.setItemData(row, serial::IsUsb(device), kAdapter);
 }
 

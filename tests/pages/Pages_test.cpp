@@ -40,6 +40,25 @@ TEST_F(Pages, OneOffersAccessoriesOnlyWhereTheSettingsSaySo) {
   EXPECT_EQ(firmwareOf("Accessories"), "Accessories") << "A folder that cannot be made is as an empty one.";
 }
 
+TEST_F(Pages, TwoTellsWhatIsKnownOfAPortThatGaveNoTelescope) {
+  Start();
+  WalkTo(2);
+  Find<QComboBox>("cboComPort").setCurrentText("COM5");
+  EXPECT_EQ(Find<QLabel>("lblDevice").text(), "/dev/null");
+  std::string during;
+  link.log = [&](const std::string&) { during = Find<QLabel>("lblDevice").text().toStdString(); };
+  link.openResult = -4;
+  Click("cmdStepFwd");
+  EXPECT_EQ(during, "Asking the mount ...");
+  EXPECT_THAT(Said(), ElementsAre("Ok !|No Telescope found on COM5"));
+  EXPECT_EQ(Find<QLabel>("lblKnown").text(),
+            "Only our own bytes came back: two adapters joined, or a loop-back plug");
+  EXPECT_EQ(Find<QLabel>("lblDevice").text(), "/dev/null");
+  Find<QComboBox>("cboComPort").setCurrentText("None");
+  EXPECT_FALSE(OnView("lblKnown")) << "Another port is chosen, of which nothing is known.";
+  link.log = {};
+}
+
 TEST_F(Pages, TwoListsPortsWhenReachedForwardAndAddsWhatIsPluggedIn) {
   Start();
   gComPort = "com5";

@@ -7,9 +7,9 @@
 
 namespace tarnwick {
 
-/// The device behind the port `gComPort`, with its product where the system knows it: "/dev/ttyUSB0, FT232R".
-/// Empty where the name stands for none.
-std::string PortText();
+/// The device behind the port of that name, with links followed, and its product where the system knows it:
+/// "/dev/ttyUSB0, FT232R". Empty where the name stands for none.
+std::string PortText(const std::string& port);
 
 /// What is known of an opening that gave `result`, -1 to -8, beyond the box that told it; in one line. `note`
 /// is the link library's own word for it, and may be empty. Asks the system who holds the port of -1.
