@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "Relay.h"
 #include "firmware/QALclass.h"
 #include "linklib/LinkCore.h"
 #include "linklib/Surroundings.h"
@@ -38,21 +39,33 @@ inline Number OptionNumber(const std::string& name) {
 inline const test::TempFolder gFolder;
 
 /// A simulated mount with the link library's core before it, commanded and judged by the mount's own
-/// commands: in this process on virtual time or, with --terminal, over a real pseudo terminal.
+/// commands: in this process on virtual time or, with --terminal, over a real pseudo terminal. With --mount
+/// PROGRAM another mount is at the terminal, and a relay plays the line's faults.
 struct Rig {
   /// A pulled cable is silence or, with `hangsUp`, the loss of the port until the cable is plugged in.
   Rig(int revision, bool hangsUp)
       : faults(mount, line.line, [=, this](const auto& told) {
-          line.hungUp = line.hungUp || (hangsUp && told.starts_with("cable pulled"));
+          relay.off = relay.off || told.starts_with("power cut");
+          if (gTerminal && told.starts_with("power cut")) process.Ask("power");
+          if (hangsUp && told.starts_with("cable pulled")) line.hungUp = relay.hungUp = true;
         }) {
     mount.Put(kDevice, {.revision = revision});
-    if (gTerminal) process.Start(TARNWICK_MOUNT, gFolder / "ports/COM5", {"--revision", to_string(revision)});
+    if (gTerminal) process.Start(Program(), gFolder / "ports/COM5", {"--revision", to_string(revision)});
   }
+  static bool Relayed() { return !gOptions["--mount"].empty(); }
+  static std::string Program() { return Relayed() ? gOptions["--mount"] : TARNWICK_MOUNT; }
+
   /// All lines that the mount answers to a command.
   std::string Ask(const std::string& command) {
-    if (gTerminal) return process.Ask(command);
     line.hungUp = line.hungUp && command != "plug";
-    return console.Execute(command);
+    relay.hungUp = relay.hungUp && command != "plug";
+    relay.off = relay.off && command != "power";
+    const bool ofTheLine = command.starts_with("fault") || command.starts_with("line") || command == "plug";
+    if (!gTerminal || (Relayed() && (ofTheLine || command == "power"))) {
+      const std::string answer = console.Execute(command);
+      if (!gTerminal || ofTheLine) return answer;
+    }
+    return process.Ask(command);
   }
 
   mount::Mount mount;
@@ -61,10 +74,16 @@ struct Rig {
   mount::Console console{mount, line.line, faults};
   mount::MountProcess process;
   wire::PortOpener terminal{gFolder.Path()};
+  Relay relay{terminal, line.line};
   wire::SteadyClock steady;
   wire::IClock& clock = gTerminal ? static_cast<wire::IClock&>(steady) : line;
   /// The library as a new process has it: what it knew is gone, and nobody has closed the port in order.
-  void Restart() { library.emplace(gTerminal ? static_cast<wire::IPortOpener&>(terminal) : line, clock); }
+  void Restart() {
+    library.emplace(Relayed()   ? static_cast<wire::IPortOpener&>(relay)
+                    : gTerminal ? static_cast<wire::IPortOpener&>(terminal)
+                                : line,
+                    clock);
+  }
   LinkCore& Core() {
     if (!library) Restart();
     return *library;

@@ -198,7 +198,7 @@ bool PlayAll(const Campaign& campaign) {
 int main(int argc, char** argv) {
   using namespace tarnwick::campaign;
   for (int i = 1; i + 1 < argc; i += 2) gOptions[argv[i]] = argv[i + 1];
-  gTerminal = argc % 2 == 0 && argv[argc - 1] == std::string("--terminal");
+  gTerminal = Rig::Relayed() || (argc % 2 == 0 && argv[argc - 1] == std::string("--terminal"));
   const std::string only = "," + gOptions["--only"] + ",";
   std::cout << "link-campaign: seed " << gOptions["--seed"] << ", " << gSample.words.size() << " words, "
             << (gTerminal ? "pseudo terminal" : "virtual time") << std::endl;
