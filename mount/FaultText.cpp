@@ -71,6 +71,8 @@ std::string_view FaultUsage() {
          "  cut BYTE [torn] [N]    cut the power at that byte from now, counted both ways; torn: store what\n"
          "                         it completed in part; after N sendings in vain, or by power, it is back\n"
          "  pull BYTE [N]          pull the cable likewise, until plug\n"
+         "  vanish BYTE            unplug the adapter likewise: the terminal goes, and plug brings one of another\n"
+         "                         name, with the link to it\n"
          "  none                   end all but a break that is there\n";
 }
 
@@ -94,7 +96,7 @@ bool Faults::Play(const Words& words) {
     if (kind == "stray") return PlayStrays(words);
     if (kind == "stuck") return PlayStuck(words);
     if (kind == "refuse") return PlayRefusal(words);
-    if (kind == "cut" || kind == "pull") return PlayBreak(words);
+    if (kind == "cut" || kind == "pull" || kind == "vanish") return PlayBreak(words);
     return PlayRate(words) || PlayNoise(words);
   }();
   if (good) mSay("plays" + told);
@@ -174,7 +176,7 @@ bool Faults::PlayBreak(const Words& words) {
   std::uint32_t sendings = 0;
   if (words.size() > last + 1 || !Parse(words[1], kMost, at) || at == 0) return false;
   if (words.size() > last && !Parse(words[last], kMost, sendings)) return false;
-  mPlanned = !cut ? Break::Pull : torn ? Break::Torn : Break::Cut;
+  mPlanned = words[0] == "vanish" ? Break::Vanish : !cut ? Break::Pull : torn ? Break::Torn : Break::Cut;
   mAt = at;
   mSendings = sendings;
   mCount = 0;

@@ -35,12 +35,12 @@ void Faults::Clear() {
 void Faults::Power() {
   mMount.PowerCycle();
   mLine.Clear();
-  mAway = mAway == Break::Pull ? mAway : Break::None;
+  mAway = mAway == Break::Pull || Vanished() ? mAway : Break::None;
   mSay("power switched off and on");
 }
 
 void Faults::Plug() {
-  mAway = mAway == Break::Pull ? Break::None : mAway;
+  mAway = mAway == Break::Pull || Vanished() ? Break::None : mAway;
   mSay("cable plugged in");
 }
 
@@ -74,8 +74,8 @@ void Faults::BreakAt(wire::Bytes& bytes, Way way) {
     return;
   }
   bytes.resize(kept);
-  if (mAway != Break::Pull) return CutPower();
-  mSay("cable pulled at byte " + std::to_string(mAt));
+  if (mAway != Break::Pull && !Vanished()) return CutPower();
+  mSay((Vanished() ? "adapter gone at byte " : "cable pulled at byte ") + std::to_string(mAt));
 }
 
 void Faults::CutPower() {
@@ -89,7 +89,7 @@ void Faults::CutPower() {
 /// The far end has sent something that nobody hears.
 void Faults::InVain() {
   if (mSendings == 0 || --mSendings > 0) return;
-  mAway == Break::Pull ? Plug() : Power();
+  mAway == Break::Pull || Vanished() ? Plug() : Power();
 }
 
 void Faults::Damage(wire::Bytes& bytes, Way way) {

@@ -36,12 +36,23 @@ void Tell(const std::string& text) {
   std::fprintf(stderr, "tarnwick-mount: %s\n", text.c_str());
 }
 
-/// Carries the whole lines out that `pending` begins with.
-void Execute(std::string& pending, Console& console) {
+/// Carries the whole lines out that `pending` begins with; each is answered when `follow` has done its part.
+template <class Follow>
+void Execute(std::string& pending, Console& console, Follow&& follow) {
   for (std::size_t end = pending.find('\n'); end != std::string::npos; end = pending.find('\n')) {
-    Say(console.Execute(pending.substr(0, end)));
+    const std::string answer = console.Execute(pending.substr(0, end));
+    follow();
+    Say(answer);
     pending.erase(0, end + 1);
   }
+}
+
+/// Takes the terminal away while its adapter is unplugged, and brings it back.
+void FollowPlug(const Faults& faults, PseudoTerminal& terminal, bool& there) {
+  if (there != faults.Vanished()) return;
+  there = !there;
+  if (!there) return terminal.Vanish();
+  if (const std::error_code error = terminal.Appear()) Tell(error.message());
 }
 
 /// How long to sleep. On a paced line the last bit of the way to a moment is watched, not slept, and so is
@@ -66,6 +77,7 @@ void Serve(const Options& options, PseudoTerminal& terminal, Attendant& attendan
   for (const std::string& fault : options.faults) faults.Play(fault);
   Console console(mount, line, faults);
   std::string pending;
+  bool there = true;
   Line::Time lastSent{};
   Say("ready " + terminal.Path() + "\n");
   while (!console.Quit()) {
@@ -73,10 +85,11 @@ void Serve(const Options& options, PseudoTerminal& terminal, Attendant& attendan
     if (!arrival.Any() && !line.Due()) terminal.ClearStaleMark();
     if (arrival.ending) return;
     if (arrival.command && !attendant.TakeInput(pending) && options.untilEof) return;
-    Execute(pending, console);
+    Execute(pending, console, [&] { FollowPlug(faults, terminal, there); });
     const int speed = terminal.Speed();
     if (arrival.bytes) line.Send(terminal.Read(), speed, Now());
     const tarnwick::wire::Bytes arrived = line.Take(speed, Now());
+    FollowPlug(faults, terminal, there);
     if (!arrived.empty()) lastSent = Now();
     terminal.Write(arrived);
   }

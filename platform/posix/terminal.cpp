@@ -47,22 +47,41 @@ PseudoTerminal::~PseudoTerminal() {
   if (mMaster >= 0) ::close(mMaster);
 }
 
-std::error_code PseudoTerminal::Open(const fs::path& link, std::string& what) {
-  what = "no pseudo terminal";
+std::error_code PseudoTerminal::Make() {
   std::array<char, 64> name{};
   mMaster = ::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
   if (mMaster < 0 || ::grantpt(mMaster) != 0 || ::unlockpt(mMaster) != 0 ||
       ::ptsname_r(mMaster, name.data(), name.size()) != 0) {
     return posix::LastError();
   }
-  what = mPath = name.data();
+  mPath = name.data();
   mSlave = ::open(mPath.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
-  if (mSlave < 0 || !MakeRaw(mSlave)) return posix::LastError();
-  if (link.empty()) return {};
+  return mSlave < 0 || !MakeRaw(mSlave) ? posix::LastError() : std::error_code();
+}
+
+std::error_code PseudoTerminal::Open(const fs::path& link, std::string& what) {
+  what = "no pseudo terminal";
+  if (const std::error_code error = Make()) return error;
+  mWanted = link;
   what = link.string();
-  const std::error_code error = MakeLink(mPath, link);
-  if (!error) mLink = link;
+  return Appear();
+}
+
+std::error_code PseudoTerminal::Appear() {
+  if (mWanted.empty()) return {};
+  const std::error_code error = MakeLink(mPath, mWanted);
+  if (!error) mLink = mWanted;
   return error;
+}
+
+/// The next one is made before this one goes, so that it has another name.
+void PseudoTerminal::Vanish() {
+  PseudoTerminal gone;
+  std::swap(gone.mMaster, mMaster);
+  std::swap(gone.mSlave, mSlave);
+  std::swap(gone.mPath, mPath);
+  std::swap(gone.mLink, mLink);
+  Make();
 }
 
 int PseudoTerminal::Speed() const {

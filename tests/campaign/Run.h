@@ -42,12 +42,11 @@ inline const test::TempFolder gFolder;
 /// commands: in this process on virtual time or, with --terminal, over a real pseudo terminal. With --mount
 /// PROGRAM another mount is at the terminal, and a relay plays the line's faults.
 struct Rig {
-  /// A pulled cable is silence or, with `hangsUp`, the loss of the port until the cable is plugged in.
-  Rig(int revision, bool hangsUp)
-      : faults(mount, line.line, [=, this](const auto& told) {
+  explicit Rig(int revision)
+      : faults(mount, line.line, [this](const auto& told) {
           relay.off = relay.off || told.starts_with("power cut");
           if (gTerminal && told.starts_with("power cut")) process.Ask("power");
-          if (hangsUp && told.starts_with("cable pulled")) line.hungUp = relay.hungUp = true;
+          if (told.starts_with("adapter gone")) line.hungUp = relay.hungUp = true;
         }) {
     mount.Put(kDevice, {.revision = revision});
     if (gTerminal) process.Start(Program(), gFolder / "ports/COM5", {"--revision", to_string(revision)});
@@ -97,7 +96,7 @@ struct Sample {
   Sample() {
     QALclass package;
     package.LoadQALfile(TARNWICK_SAMPLE);
-    Rig scratch(2, false);
+    Rig scratch(2);
     for (std::int32_t w = 0; w <= package.DeviceWords(1); ++w) {
       words.push_back(*package.DeviceHiByte(1, w) * 256 + *package.DeviceLoByte(1, w));
       scratch.Ask("poke 16 " + to_string(w) + " " + to_string(words.back()));
@@ -184,8 +183,7 @@ struct Run {
 
   const Number number;
   const std::int32_t revision = (number + number / 6) % 2 == 0 ? 2 : 5;
-  const bool hangsUp = number / 2 % 2 == 0;  ///< A pulled cable takes the port away; else it is silence.
-  Rig rig{revision, hangsUp};
+  Rig rig{revision};
   mount::Dice dice;
   std::size_t size = kSizes[number % kSizes.size()];  ///< Words in a block.
   wire::Duration longest{};                           ///< The longest call of the library.

@@ -28,15 +28,15 @@ bool PlayCut(Run& run) {
   return done;
 }
 
-/// Cable pulled at every byte of an exchange of 10, 12 and 16 bytes, then at random bytes of the whole.
-/// Nobody opens the port again, also where it was lost.
+/// Cable pulled at every byte of an exchange of 10, 12 and 16 bytes, then at random bytes of the whole: half
+/// are silence, in half the adapter goes and comes back under another name. Nobody opens the port again.
 bool PlayCable(Run& run) {
   const Number n = run.number;
   const bool random = n >= 38;
   if (!random) run.size = kSizes[n < 10 ? 0 : n < 22 ? 1 : 2];
   const auto all = static_cast<Number>(run.Blocks() * (8 + 2 * run.size)) + 100;
   const Number byte = random ? run.dice.Below(all) : n < 10 ? n : n < 22 ? n - 10 : n - 22;
-  const std::string pull = "fault pull " + to_string(1 + byte);
+  const std::string pull = (n / 2 % 2 == 0 ? "fault vanish " : "fault pull ") + to_string(1 + byte);
   bool done = run.Open();
   if (random) run.Play(pull);
   done = done && run.Program([&](std::size_t block) {

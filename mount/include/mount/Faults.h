@@ -34,14 +34,16 @@ class Faults {
   void Power();
   /// Plugs the cable in.
   void Plug();
-  /// True while power is cut or the cable pulled.
+  /// True while power is cut, the cable pulled or the adapter gone.
   bool Away() const { return mAway != Break::None; }
+  /// True while the adapter is unplugged, so that the terminal itself is gone.
+  bool Vanished() const { return mAway == Break::Vanish; }
   /// Bytes that either end has sent since the last cut or pull was asked for, counted before noise.
   std::uint64_t Count() const { return mCount; }
 
  private:
   enum Way : std::size_t { kIn, kOut, kWays };
-  enum class Break { None, Cut, Torn, Pull };
+  enum class Break { None, Cut, Torn, Pull, Vanish };
   /// Shares of the bytes that are hit.
   struct Noise {
     double flip = 0;

@@ -11,7 +11,7 @@
 
 namespace tarnwick {
 
-/// The same terminal for the whole run, whoever opens and closes it meanwhile.
+/// The same terminal, whoever opens and closes it meanwhile, until it vanishes.
 class PseudoTerminal {
  public:
   PseudoTerminal() = default;
@@ -22,6 +22,11 @@ class PseudoTerminal {
   /// Makes the terminal and, unless `link` is empty, a symbolic link to it there, in place of one
   /// that was left over. On an error `what` names what it is about.
   std::error_code Open(const std::filesystem::path& link, std::string& what);
+
+  /// The terminal goes as an adapter does that is unplugged: who has it open is hung up, and its link goes.
+  void Vanish();
+  /// It is there again under another name, with its link.
+  std::error_code Appear();
 
   /// The path that programs open.
   const std::string& Path() const { return mPath; }
@@ -37,11 +42,13 @@ class PseudoTerminal {
 
  private:
   friend class Attendant;
+  std::error_code Make();
 
   int mMaster = -1;
   int mSlave = -1;  ///< Held open, so that the terminal does not hang up between two programs.
   std::string mPath;
-  std::filesystem::path mLink;
+  std::filesystem::path mLink;    ///< There while it leads to the terminal.
+  std::filesystem::path mWanted;  ///< Where it is put.
 };
 
 /// What a program waits for that serves a terminal and takes commands from its standard input. One at a time:
