@@ -85,12 +85,13 @@ void Step4::LayOutControls() {
   grid->addLayout(asides, 3, 1);
   grid->addWidget(Line1, 4, 0, 1, 2);
   grid->addWidget(mBar, 5, 0, 1, 2);
-  grid->addWidget(txtOutcome, 6, 0, 1, 2);
+  grid->addWidget(txtOutcome, 5, 0, 1, 2);  // Over the bar, which is empty when there is an outcome.
+  txtOutcome->raise();
   grid->setRowStretch(1, 1);
   grid->setColumnStretch(0, 2);
   grid->setColumnStretch(1, 3);
   mBar->setFixedHeight(Pixels(18));
-  txtOutcome->setFixedHeight(Pixels(40));
+  txtOutcome->setFixedHeight(Pixels(44));
   lblFirmware->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 }
 
