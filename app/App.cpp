@@ -21,7 +21,7 @@
 #include "platform/record.h"
 #include "programmer/UnfinishedRun.h"
 #include "programmer/modProgrammer.h"
-#include "webupdate/ProgramInstaller.h"
+#include "webupdate/Release.h"
 #include "wizard/WizardWindow.h"
 #include "wizard/modWizard.h"
 
@@ -68,7 +68,7 @@ App::App(QApplication& application) {
   application.setQuitOnLastWindowClosed(false);  // the window ends the program itself
   QGuiApplication::setDesktopFileName(QStringLiteral("org.tarnwick.Tarnwick"));  // the one in packaging/
   ApplyLook();
-  if (const auto key = ReadPublicKey(kBuiltInKey)) TrustKey(*key);
+  TrustBuiltInKey();
   mParts = std::make_unique<Parts>();
   QObject::connect(&application, &QGuiApplication::commitDataRequest, &mParts->window,
                    [this](QSessionManager& session) { EndSession(session, mParts->window); });
@@ -85,6 +85,10 @@ void App::Start() {
   mParts->controller = Main(mParts->window, {LoadSettings, SaveSettings},
                             {Make<Step1>, Make<Step2>, Make<Step3>, Make<Step4>});
   ShowUnfinished();
+}
+
+void App::TrustBuiltInKey() {
+  if (const auto key = ReadPublicKey(kBuiltInKey)) TrustKey(*key);
 }
 
 WizardWindow& App::Window() {

@@ -7,8 +7,9 @@ if(KEY STREQUAL "")
   file(READ ${KEYS}/update.pub KEY)
 endif()
 string(STRIP "${KEY}" KEY)
-if(NOT KEY MATCHES "^[0-9a-fA-F]+$")
-  message(FATAL_ERROR "The public key has to be hexadecimal digits: '${KEY}'")
+execute_process(COMMAND ${TOOL} check-key "${KEY}" RESULT_VARIABLE wrong ERROR_QUIET)
+if(wrong)
+  message(FATAL_ERROR "TARNWICK_PUBLIC_KEY is no public key.")
 endif()
 file(CONFIGURE OUTPUT ${HEADER} CONTENT [[
 #pragma once

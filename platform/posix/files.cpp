@@ -1,12 +1,17 @@
 #include "platform/files.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
+#include <cstdint>
+#include <cstdio>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "platform/clock.h"
 #include "posix.h"
@@ -21,15 +26,13 @@ using posix::LastError;
 class Descriptor {
  public:
   explicit Descriptor(int fd) : mFd(fd) {}
-  ~Descriptor() { Close(); }
+  ~Descriptor() {
+    if (mFd >= 0) ::close(mFd);
+  }
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
   int Get() const { return mFd; }
-  int Close() {
-    const int fd = mFd;
-    mFd = -1;
-    return fd >= 0 ? ::close(fd) : 0;
-  }
+  int Take() { return std::exchange(mFd, -1); }
 
  private:
   int mFd;
@@ -65,18 +68,39 @@ void FlushFolder(const fs::path& folder) {
   if (fd.Get() >= 0) ::fsync(fd.Get());
 }
 
-/// Writes `content` to `beside`, with the mode that `target` has.
-std::error_code WriteBeside(const fs::path& beside, const fs::path& target, std::string_view content) {
-  // What a killed program left there goes, and what someone put there is not written through.
-  ::unlink(beside.c_str());
-  Descriptor fd(::open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (fd.Get() < 0) return LastError();
-  struct stat old {};
-  const mode_t mode = ::stat(target.c_str(), &old) == 0 ? (old.st_mode & 0777u) : 0644u;
-  if (::fchmod(fd.Get(), mode) != 0) return LastError();
+constexpr std::string_view kBesideEnding = ".new";
+constexpr std::size_t kUniqueDigits = 16;
+
+/// Makes the file `path` of `content`, which stays open in `fd`.
+std::error_code WriteNew(const Descriptor& fd, std::string_view content, mode_t mode) {
+  // The mode comes before the flush, so that it is kept as surely as the contents are.
+  if (fd.Get() < 0 || ::fchmod(fd.Get(), mode) != 0) return LastError();
   if (const std::error_code error = WriteAll(fd.Get(), content)) return error;
-  if (::fsync(fd.Get()) != 0 || fd.Close() != 0) return LastError();
-  return {};
+  return ::fsync(fd.Get()) != 0 ? LastError() : std::error_code();
+}
+
+Descriptor OpenNew(const fs::path& path) {
+  return Descriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+}
+
+/// Whether `name` is one that `Staged` gives what it writes beside `target`.
+bool IsBeside(std::string_view name, std::string_view target) {
+  if (name.size() != target.size() + 1 + kUniqueDigits + kBesideEnding.size()) return false;
+  if (!name.starts_with(target) || name[target.size()] != '.' || !name.ends_with(kBesideEnding)) return false;
+  return name.substr(target.size() + 1, kUniqueDigits).find_first_not_of("0123456789abcdef") ==
+         std::string_view::npos;
+}
+
+/// Deletes what killed programs left beside `target`. What a living one writes is locked by it.
+void SweepBeside(const fs::path& target) {
+  std::error_code error;
+  const std::string name = target.filename().string();
+  const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+  for (fs::directory_iterator each(folder, error), end; !error && each != end; each.increment(error)) {
+    if (!IsBeside(each->path().filename().native(), name)) continue;
+    const Descriptor fd(::open(each->path().c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (fd.Get() >= 0 && ::flock(fd.Get(), LOCK_EX | LOCK_NB) == 0) ::unlink(each->path().c_str());
+  }
 }
 
 }  // namespace
@@ -117,31 +141,34 @@ std::error_code Append(const fs::path& path, std::string_view text) {
   return WriteAll(fd.Get(), text);
 }
 
-Staged::Staged(const fs::path& path) {
-  std::error_code noLink;
-  const fs::path real = fs::canonical(path, noLink);
-  mTarget = noLink ? path : real;
-  mBeside = mTarget;
-  mBeside += ".new";
+Staged::Staged(const fs::path& path) : mTarget(path), mBeside(path) {
+  (mBeside += "." + UniquePart()) += kBesideEnding;
 }
 
 Staged::~Staged() {
-  if (mWritten) ::unlink(mBeside.c_str());
+  if (mHeld < 0) return;
+  ::unlink(mBeside.c_str());
+  ::close(mHeld);
 }
 
 std::error_code Staged::Write(std::string_view content) {
-  std::error_code missing;
-  const fs::file_type type = fs::status(mTarget, missing).type();
-  if (type != fs::file_type::not_found && type != fs::file_type::regular) {
+  struct stat old {};
+  const bool there = ::lstat(mTarget.c_str(), &old) == 0;
+  if (there && !S_ISREG(old.st_mode) && !S_ISLNK(old.st_mode))
     return std::make_error_code(std::errc::operation_not_permitted);
-  }
-  mWritten = true;
-  return WriteBeside(mBeside, mTarget, content);
+  SweepBeside(mTarget);
+  Descriptor fd = OpenNew(mBeside);
+  if (fd.Get() < 0) return LastError();
+  ::flock(fd.Get(), LOCK_EX | LOCK_NB);
+  const mode_t mode = there && S_ISREG(old.st_mode) ? (old.st_mode & 0777u) : 0644u;
+  const std::error_code error = WriteNew(fd, content, mode);
+  mHeld = fd.Take();
+  return error;
 }
 
 std::error_code Staged::Commit() {
   const std::error_code error = Rename(mBeside, mTarget);
-  if (!error) mWritten = false;
+  if (!error) ::close(std::exchange(mHeld, -1));
   return error;
 }
 
@@ -151,9 +178,25 @@ std::error_code Replace(const fs::path& path, std::string_view content) {
   return error ? error : file.Commit();
 }
 
+std::error_code Create(const fs::path& path, std::string_view content, fs::perms mode) {
+  const Descriptor fd = OpenNew(path);
+  if (fd.Get() < 0) return LastError();
+  const std::error_code error = WriteNew(fd, content, static_cast<mode_t>(mode));
+  if (error) ::unlink(path.c_str());
+  FlushFolder(path.parent_path());
+  return error;
+}
+
+std::error_code MakeFolder(const fs::path& path) {
+  if (::mkdir(path.c_str(), 0755) != 0) return LastError();
+  FlushFolder(path.parent_path());
+  return {};
+}
+
 std::error_code Rename(const fs::path& from, const fs::path& to) {
   if (::rename(from.c_str(), to.c_str()) != 0) return LastError();
   FlushFolder(to.parent_path());
+  if (from.parent_path() != to.parent_path()) FlushFolder(from.parent_path());
   return {};
 }
 
@@ -161,6 +204,15 @@ std::error_code Remove(const fs::path& path) {
   if (::unlink(path.c_str()) != 0) return LastError();
   FlushFolder(path.parent_path());
   return {};
+}
+
+std::string UniquePart() {
+  std::uint64_t number = 0;
+  if (::getrandom(&number, sizeof number, 0) != sizeof number)
+    number = static_cast<std::uint64_t>(::getpid()) * 0x9E3779B97F4A7C15u;
+  std::array<char, kUniqueDigits + 1> digits{};
+  std::snprintf(digits.data(), digits.size(), "%016llx", static_cast<unsigned long long>(number));
+  return digits.data();
 }
 
 std::optional<std::tm> LastModified(const fs::path& path) {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -113,6 +114,30 @@ int Child::Stop() {
   ::kill(mProcess, SIGTERM);
   ::waitpid(std::exchange(mProcess, -1), &status, 0);
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::error_code Beside::Start(const Command& command) {
+  Command words = command;
+  const int error =
+      ::posix_spawn(&mProcess, words[0].c_str(), nullptr, nullptr, Pointers(words).data(), environ);
+  if (error != 0) mProcess = -1;
+  return {error, std::generic_category()};
+}
+
+bool Beside::Runs() {
+  if (mProcess < 0) return false;
+  int status = 0;
+  if (::waitpid(mProcess, &status, WNOHANG) == 0) return true;
+  mStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  mProcess = -1;
+  return false;
+}
+
+void Beside::Kill() {
+  if (mProcess < 0) return;
+  ::kill(mProcess, SIGKILL);
+  ::waitpid(mProcess, nullptr, 0);
+  mProcess = -1;
 }
 
 void Become(const std::filesystem::path& path) {

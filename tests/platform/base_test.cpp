@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "platform/FileLock.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "support/TempFolder.h"
@@ -40,17 +41,52 @@ TEST_F(Files, AreReadWholeUpToALimit) {
   EXPECT_TRUE(files::FileExists(folder.Path()) && !files::FileExists(std::string(5000, 'x')));
 }
 
-TEST_F(Files, AreReplacedWithTheirModeAndThroughALinkOrKept) {
+TEST_F(Files, AreReplacedWithTheirModeOrKept) {
   fs::permissions(file, fs::perms::owner_read);
-  fs::create_symlink(file, folder / "link");
-  fs::create_symlink(pipe, folder / "a file.txt.new");
-  EXPECT_FALSE(files::Replace(folder / "link", std::string(3'000'000, 'x')));
+  const fs::path users = folder / "a file.txt.new", left = folder / "a file.txt.0123456789abcdef.new";
+  test::WriteFile(users, "mine"), test::WriteFile(left, "half");
+  EXPECT_FALSE(files::Replace(file, std::string(3'000'000, 'x')));
   EXPECT_EQ(files::ReadWhole(file), std::string(3'000'000, 'x'));
   EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read);
-  EXPECT_TRUE(fs::is_symlink(folder / "link") && fs::remove(folder / "link"));
+  EXPECT_FALSE(fs::exists(left)) << "What a killed program left goes.";
+  EXPECT_EQ(test::ReadFile(users), "mine") << "What looks like it does not.";
+  fs::remove(users);
   for (const fs::path& none : {folder.Path(), pipe, file / "below"})
     EXPECT_TRUE(files::Replace(none, "new")) << none;
   EXPECT_TRUE(fs::is_fifo(pipe));
+}
+
+TEST_F(Files, AreNeverWrittenThroughALink) {
+  const fs::path link = folder / "link";
+  fs::create_symlink(file, link);
+  EXPECT_TRUE(files::Create(link, "new", fs::perms::owner_all));
+  EXPECT_TRUE(fs::is_symlink(link));
+  EXPECT_FALSE(files::Replace(link, "new"));
+  EXPECT_EQ(test::ReadFile(link), "new");
+  EXPECT_EQ(test::ReadFile(file), "old");
+  fs::remove(link);
+}
+
+TEST_F(Files, OneStagedIsLeftToItsWriter) {
+  files::Staged first(file), second(file);
+  EXPECT_FALSE(first.Write("first"));
+  EXPECT_FALSE(second.Write("second"));
+  EXPECT_FALSE(first.Commit());
+  EXPECT_FALSE(second.Commit());
+  EXPECT_EQ(test::ReadFile(file), "second");
+}
+
+TEST_F(Files, ALockIsSharedOrAlone) {
+  FileLock first, second;
+  EXPECT_FALSE(first.Open(folder / "lock") || second.Open(folder / "lock"));
+  EXPECT_FALSE(first.Share() || second.Share());
+  EXPECT_EQ(first.Claim(), std::errc::resource_unavailable_try_again);
+  EXPECT_TRUE(second.Claim()) << "The first one has kept what it had.";
+  second.Release();
+  EXPECT_FALSE(first.Claim());
+  EXPECT_TRUE(second.Share());
+  EXPECT_FALSE(first.Share() || second.Share());
+  fs::remove(folder / "lock");
 }
 
 }  // namespace

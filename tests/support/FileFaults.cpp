@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
+#include <map>
+#include <utility>
 
 namespace tarnwick::test {
 namespace {
@@ -15,6 +17,12 @@ namespace {
 Fault gFault = Fault::Fail;
 int gAt = 0;  ///< The call that goes wrong, from 1; 0 for none.
 std::vector<std::string> gCalls;
+std::vector<FileCall> gDone;  ///< What succeeded, in order.
+std::map<int, std::string> gOpen;
+
+void Done(FileCall call) {
+  gDone.push_back(std::move(call));
+}
 
 /// True when the call at hand fails. What `half` does of it is done before a kill.
 template <class Half = void (*)()>
@@ -68,21 +76,35 @@ std::vector<std::string> FileCalls(const std::function<void()>& work) {
   return gCalls;
 }
 
+std::vector<FileCall> DoneCalls(const std::function<void()>& work) {
+  gDone.clear();
+  work();
+  return gDone;
+}
+
 // The linker's names, which no header has. What is not told has no name.
-#define WRAP(name, parameters, arguments, told)         \
-  extern "C" int __real_##name parameters;              \
-  extern "C" int __wrap_##name parameters {             \
-    return Faulty(told) ? -1 : __real_##name arguments; \
+#define WRAP(name, parameters, arguments, told, done) \
+  extern "C" int __real_##name parameters;            \
+  extern "C" int __wrap_##name parameters {           \
+    if (Faulty(told)) return -1;                      \
+    const int result = __real_##name arguments;       \
+    if (result == 0) Done(FileCall done);             \
+    return result;                                    \
   }
-WRAP(fsync, (int fd), (fd), "fsync")
-WRAP(fchmod, (int fd, mode_t mode), (fd, mode), "")
-WRAP(rename, (const char* from, const char* to), (from, to), "rename" + Named(from) + Named(to))
-WRAP(unlink, (const char* path), (path), "unlink" + Named(path))
+WRAP(fsync, (int fd), (fd), "fsync", ({.call = "fsync", .path = gOpen[fd]}))
+WRAP(fchmod, (int fd, mode_t mode), (fd, mode), "", ({.call = "fchmod", .path = gOpen[fd], .mode = mode}))
+WRAP(mkdir, (const char* path, mode_t mode), (path, mode), "mkdir" + Named(path),
+     ({.call = "mkdir", .path = path, .mode = mode}))
+WRAP(rename, (const char* from, const char* to), (from, to), "rename" + Named(from) + Named(to),
+     ({.call = "rename", .path = from, .to = to}))
+WRAP(unlink, (const char* path), (path), "unlink" + Named(path), ({.call = "unlink", .path = path}))
 WRAP(utimensat, (int folder, const char* path, const timespec* times, int flags),
-     (folder, path, times, flags), "")
+     (folder, path, times, flags), "", ({.call = "utimensat", .path = path}))
 extern "C" ssize_t __real_write(int fd, const void* data, size_t size);
 extern "C" ssize_t __wrap_write(int fd, const void* data, size_t size) {
-  return Faulty("", [=] { __real_write(fd, data, size / 2); }) ? -1 : __real_write(fd, data, size);
+  if (Faulty("", [=] { __real_write(fd, data, size / 2); })) return -1;
+  Done({.call = "write", .path = gOpen[fd], .data = std::string(static_cast<const char*>(data), size)});
+  return __real_write(fd, data, size);
 }
 extern "C" int __real_open(const char* path, int flags, ...);
 extern "C" int __wrap_open(const char* path, int flags, ...) {
@@ -90,7 +112,11 @@ extern "C" int __wrap_open(const char* path, int flags, ...) {
   va_start(more, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
   va_end(more);
-  return Faulty("") ? -1 : __real_open(path, flags, mode);
+  if (Faulty("")) return -1;
+  const int fd = __real_open(path, flags, mode);
+  if (fd >= 0) gOpen[fd] = path;
+  if (fd >= 0 && (flags & O_EXCL) != 0) Done({.call = "create", .path = path, .mode = mode});
+  return fd;
 }
 
 }  // namespace tarnwick::test

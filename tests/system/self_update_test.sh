@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The program renews itself. It runs under Xvfb and is offered a newer version by a site that nginx serves;
+# The program renews itself. It runs under Xvfb and is offered a newer release by a site that nginx serves;
 # keys from outside answer it, since the process that runs at the end is not the one that was started.
 #   self_update_test.sh BUILD NEXT_PROGRAM NEXT_LIBRARY
 # Exits 77 where this system allows no network of its own to a user.
@@ -14,38 +14,46 @@ build=$2 next_program=$3 next_library=$4
 
 work=$(mktemp -d)
 home="$work/Tarn \$HOME 'wick' \"é\""
-cleanup() {
-  kill $(jobs -p) 2>/dev/null || true
+# Ends every program that was started from the folder.
+end_programs() {
   local exe
   for exe in /proc/[0-9]*/exe; do
-    [[ $(readlink "$exe" 2>/dev/null) != "$home"/Tarnwick* ]] || kill "${exe//[^0-9]/}" 2>/dev/null || true
+    [[ $(readlink "$exe" 2>/dev/null) != "$home"/* ]] || kill "${exe//[^0-9]/}" 2>/dev/null || true
   done
+}
+cleanup() {
+  kill $(jobs -p) 2>/dev/null || true
+  end_programs
   wait
   rm -rf "$work"
 }
 trap cleanup EXIT
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-mkdir -p "$home" "$work/sources/Program"
-cp -r "$build"/portable/{Tarnwick,Tarnwick.so,help} "$home"
-cp "$next_program" "$work/sources/Program/Tarnwick.EXE"
-cp "$next_library" "$work/sources/Program/Tarnwick.DLL"
-printf 'Tarnwick.EXE, 2.2.5\nTarnwick.DLL, 2.2.5\n' >"$work/sources/Program/versions.txt"
-site=$work/site/firmware/catalogue
-"$build/bin/tarnwick-site" build --key "$build/keys/update.key" "$work/sources" "$site"
-nginx -p "$work" -e nginx.log -c "$source/tools/site/nginx.conf" &
-
 Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$work/display" 2>"$work/xvfb.log" &
 for _ in {1..100}; do [ -s "$work/display" ] && break; sleep 0.1; done
 DISPLAY=:$(<"$work/display")
 export DISPLAY QT_QPA_PLATFORM=xcb XDG_RUNTIME_DIR=$work
+site=$work/site/firmware/catalogue
+mkdir -p "$site"
+nginx -p "$work" -e nginx.log -c "$source/tools/site/nginx.conf" &
 
-# Prints the window with exactly that title, once it is on view and is not the window $2.
+# offer PROGRAM: version 2.2.5, of that program.
+offer() {
+  rm -rf "$work/sources" "$site"/*
+  mkdir -p "$work/sources/Program"
+  cp "$1" "$work/sources/Program/Tarnwick.EXE"
+  cp "$next_library" "$work/sources/Program/Tarnwick.DLL"
+  printf 'Tarnwick.EXE, 2.2.5\nTarnwick.DLL, 2.2.5\n' >"$work/sources/Program/versions.txt"
+  "$build/bin/tarnwick-site" build --key "$build/keys/update.key" --public-key "$build/keys/update.pub" \
+    "$work/sources" "$site" >/dev/null
+}
+# Prints the window with exactly that title, once it is on view and is none of the windows $2 ...
 window() {
   local id
   for _ in {1..300}; do
     for id in $(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null); do
-      [ "$id" = "${2-}" ] || { echo "$id"; return; }
+      [[ " ${*:2} " == *" $id "* ]] || { echo "$id"; return; }
     done
     sleep 0.1
   done
@@ -55,25 +63,106 @@ press() {
   xdotool windowfocus --sync "$1"
   xdotool key --delay 100 "${@:2}"
 }
+# installed NAME: a folder with the program under that name.
+installed() {
+  end_programs
+  rm -rf "$home"
+  mkdir -p "$home"
+  cp "$build/portable/Tarnwick" "$home/$1"
+  cp -r "$build"/portable/{Tarnwick.so,help} "$home"
+}
+# start NAME OTHER ...: starts it; its window, which is none of the OTHER ones, in `frame`.
+start() {
+  (cd "$home" && exec "./$1" 2>>"$work/program.log") &
+  second=$!
+  frame=$(window "$1  v2.2.4" "${@:2}")
+}
+# Goes to the page with the packages.
+to_the_packages() {
+  press "$frame" Return Return # the pages of the device and of the port
+  for _ in {1..100}; do
+    [ "$(xdotool getwindowgeometry --shell "$frame" | sed -n 's/^WIDTH=//p')" -lt 500 ] || break
+    sleep 0.1
+  done
+}
+# Presses the button for the web updates, on that page.
+to_the_web() {
+  to_the_packages
+  press "$frame" Tab space
+}
+# accept NAME: answers the question and lets the fetched release be installed.
+accept() {
+  local question ready
+  question=$(window "$1")
+  press "$question" Return
+  ready=$(window "$1" "$question")
+  cmp -s "$home/$1" "$build/portable/Tarnwick" || fail "the program was replaced while it ran"
+  press "$ready" Return
+}
+# became NAME: the new release is there, under that name, and nothing else is left.
+became() {
+  window "$1  v2.2.5" >/dev/null
+  cmp "$home/$1" "$site/Tarnwick.EXE"
+  cmp "$home/Tarnwick.so" "$site/Tarnwick.DLL"
+  nothing_left
+}
+nothing_left() {
+  local left
+  for _ in {1..100}; do
+    left=$(find "$home" -name '$*' -o -name 'WebUpdate.*' ! -name WebUpdate.lock ! -name WebUpdate.refused -o -name '*.new')
+    [ -n "$left" ] || return 0
+    sleep 0.1
+  done
+  fail "left behind: $left"
+}
 
-(cd "$home" && ./Tarnwick 2>"$work/program.log") &
-frame=$(window "Tarnwick  v2.2.4")
-press "$frame" Return Return # the pages of the device and of the port
-for _ in {1..100}; do
-  [ "$(xdotool getwindowgeometry --shell "$frame" | sed -n 's/^WIDTH=//p')" -lt 500 ] || break
-  sleep 0.1
-done
-press "$frame" Tab space
-question=$(window Tarnwick)
-press "$question" Return
-ready=$(window Tarnwick "$question")
-cmp -s "$home/Tarnwick" "$build/portable/Tarnwick" || fail "the program was replaced while it ran"
-press "$ready" Return
-window "Tarnwick  v2.2.5" >/dev/null
-
-cmp "$home/Tarnwick" "$site/Tarnwick.EXE"
-cmp "$home/Tarnwick.so" "$site/Tarnwick.DLL"
-for _ in {1..100}; do [ -e "$home/WebUpdate.sh" ] || break; sleep 0.1; done
-left=$(find "$home" -name '$*' -o -name 'WebUpdate.*' -o -name '*.new')
-[ -z "$left" ] || fail "left behind: $left"
+offer "$next_program"
+installed Tarnwick
+start Tarnwick
+to_the_web
+accept Tarnwick
+became Tarnwick
 echo "Version 2.2.4 became 2.2.5."
+
+installed 'My Updater'
+start 'My Updater'
+to_the_web
+accept 'My Updater'
+became 'My Updater'
+[ ! -e "$home/Tarnwick" ] || fail "a second program"
+echo "A renamed program kept its name."
+
+installed Tarnwick
+start Tarnwick
+first=$frame
+to_the_packages
+start Tarnwick "$first"
+press "$first" Tab space
+press "$(window Tarnwick)" Return # told that another window is open
+updates=$(window 'Web Updates')
+[ -z "$(find "$home" -type d -name 'WebUpdate.*')" ] || fail "fetched beside another window"
+press "$updates" Escape
+for _ in {1..100}; do xdotool search --onlyvisible --name '^Web Updates$' >/dev/null || break; sleep 0.1; done
+kill "$second"
+wait "$second" || true
+press "$first" alt+d
+accept Tarnwick
+became Tarnwick
+echo "With two windows open nothing was fetched, with one it was."
+
+# The same for another machine.
+cp "$next_program" "$work/other"
+printf '\267' | dd of="$work/other" bs=1 seek=18 conv=notrunc status=none
+offer "$work/other"
+installed Tarnwick
+start Tarnwick
+to_the_web
+accept Tarnwick
+wait "$second" || true
+frame=$(window 'Tarnwick  v2.2.4')
+press "$(window Tarnwick)" Return # told that it does not run
+for name in Tarnwick Tarnwick.so; do cmp "$home/$name" "$build/portable/$name"; done
+nothing_left
+to_the_web
+window 'Web Updates' >/dev/null # without a question
+echo "A release that cannot run left 2.2.4, and was not offered again."

@@ -35,3 +35,46 @@ done
 cp "$good" src/Accessories/mc_0512.qal && refused 'another file of this name' Accessories/mc_0512.qal
 echo x >src/Accessories/readme && refused 'neither a package nor the note of one' Accessories/readme
 echo '  $5 off' >src/MotorControllers/MC_0512.txt && refused 'begins with "$"' MotorControllers/MC_0512.txt
+
+# A release: program and library with one key, the list above all rows, a signature line behind each file.
+mkdir -p src/Program
+echo program >src/Program/Tarnwick.EXE
+echo library >src/Program/Tarnwick.DLL
+printf 'Tarnwick.EXE, 2.2.5\nTarnwick.DLL, 2.2.5\n' >src/Program/versions.txt
+"$tool" keygen keys
+"$tool" keygen other
+pub=$(<keys/update.pub)
+# faulty WHAT OPTION ...: the release is refused because of WHAT, which tells no key.
+faulty() {
+  "$tool" build "${@:2}" src one >out 2>err && fail "published: ${*:2}"
+  grep -qF -- "$1" err || fail "no '$1' in: $(<err)"
+  ! grep -q '[0-9a-f]\{64\}' err || fail "a key was told"
+  cmp want one/list.txt
+}
+faulty 'with a key alone'
+faulty 'not that of the public key' --key keys/update.key --public-key other/update.pub
+faulty 'no public key' --key keys/update.key --public-key 1234
+faulty 'no public key' --key keys/update.key --public-key "$(<keys/update.key)"
+faulty 'no secret key' --key keys/update.pub
+mv src/Program/Tarnwick.DLL .
+sed -i 2d src/Program/versions.txt
+faulty 'one link library' --key keys/update.key
+mv Tarnwick.DLL src/Program
+echo 'Tarnwick.DLL, 2.2.5' >>src/Program/versions.txt
+"$tool" build --key keys/update.key --public-key "$pub" --next-key other/update.pub --system plan9-mips src one >out
+digest() { sha256sum <"one/$1" | cut -d' ' -f1; }
+printf '%s\r\n' 'tarnwick release 1' 'version 2.2.5' 'system plan9-mips' \
+  "library 2.2.5 $(size one/Tarnwick.DLL) $(digest Tarnwick.DLL) Tarnwick.DLL" \
+  "program 2.2.5 $(size one/Tarnwick.EXE) $(digest Tarnwick.EXE) Tarnwick.EXE" "next $(<other/update.pub)" >list
+head -n 6 one/list.txt | cmp - list
+sed -n '7s/^\(signature \).*/\1/p; 8,9s/,.*//p' one/list.txt | diff - <(printf 'signature \n$Tarnwick.DLL\n$Tarnwick.EXE\n')
+tail -n 1 one/Tarnwick.EXE | grep -q '^<!-- tarnwick signature .* -->$' || fail "no line for older readers"
+
+# What a failed attempt left is mended, a key that is there stays.
+before=$(<keys/update.key)
+"$tool" keygen keys 2>err && fail "a key was replaced"
+rm keys/update.pub
+"$tool" keygen keys
+[ "$(<keys/update.pub)" = "$pub" ] && [ "$(<keys/update.key)" = "$before" ] || fail "the public half was not mended"
+mkdir -p left && echo half >left/update.pub
+"$tool" keygen left && "$tool" check-key left/update.pub

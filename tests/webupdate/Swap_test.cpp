@@ -1,151 +1,195 @@
-// The swap, failed and cut at every step and run by each shell: old or new, never mixed, never missing.
+// The swap, failed, cut and robbed of its power at every step: old or new, never mixed, never missing.
 #include "webupdate/Swap.h"
 
 #include <gmock/gmock.h>
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <random>
-
+#include "platform/files.h"
 #include "support/FileFaults.h"
+#include "support/LossyDisk.h"
+#include "support/SignedRelease.h"
 #include "support/TempFolder.h"
 
 namespace tarnwick::test {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::ElementsAre;
-
-const std::vector<SwapFile> kSwap{{"$P.EXE", "P"}, {"$L.DLL", "L.so"}};
-constexpr const char* kShells[] = {"/bin/dash", "/bin/bash"};
+using What = Settlement::What;
 
 class SwapTest : public testing::Test {
  protected:
-  /// A program's folder in which new files wait.
+  SwapTest() {
+    offer.Add("Tarnwick.EXE", "2.2.5", "program#new");
+    offer.Add("Tarnwick.DLL", "2.2.5", "library#new");
+    offer.Add("Notes.htm", "2026-02-03", "notes#new");
+    offer.Add("Added.htm", "2026-02-03", "added#new");
+    TrustKey(offer.keys.open);
+    program::Set({home, "P", 2, 2, 4});
+  }
+  /// A program's folder in which a release waits.
   void Prepare() {
     fs::remove_all(home);
     fs::create_directories(home);
-    for (const SwapFile& file : kSwap) {
-      WriteFile(home / file.installed, "old");
-      WriteFile(home / file.fetched, "#new");
+    for (const char* const name : {"P", "Tarnwick.so", "Notes.htm"}) WriteFile(home / name, "#old");
+    fs::permissions(home / "P", fs::perms(0755));
+    Journal journal;
+    ASSERT_FALSE(MakeUpdateFolder(home, journal.folder));
+    for (const ReleaseFile& file : offer.release.files) {
+      staged = home / journal.folder;
+      const fs::path path = staged / InstalledName(file, "P");
+      ASSERT_FALSE(files::Create(path, offer.contents[file.name], fs::perms(0755)));
     }
+    const Release read = *ReadRelease(offer.List(), offer.keys.open, program::System());
+    journal.program = "P", journal.version = read.version, journal.signature = read.signature;
+    journal.lists = read.lists;
+    ASSERT_FALSE(WriteJournal(home, journal));
   }
-  bool IsNew(const char* name) const { return ReadFile(home / name).ends_with("#new"); }
-  /// The swap completed by the next start, whatever came before; both files are of one age then.
-  void ExpectWhole() const {
-    ASSERT_TRUE(fs::exists(home / "P") && fs::exists(home / "L.so"));
-    EXPECT_NE(CompleteSwap(home), Unfinished::Failed);
-    EXPECT_EQ(IsNew("P"), IsNew("L.so"));
-    EXPECT_FALSE(fs::exists(home / "WebUpdate.journal"));
+  What Settle() {
+    return SettleUpdate(home, "P", [this](const fs::path&) { return runs; }).what;
   }
-  /// Runs the script by `shell` in the folder above `home`, to its end.
-  void RunScript(const char* shell, const SwapFile& a, const SwapFile& b) const {
-    const std::string script = home / "WebUpdate.sh";
-    const pid_t child = ::fork();
-    if (child == 0) {
-      ::setenv("PATH", ((home / "bin").string() + ":" + ::getenv("PATH")).c_str(), 1);
-      if (::chdir(folder.Path().c_str()) == 0 && std::freopen("/dev/null", "r", stdin) != nullptr &&
-          std::freopen("/dev/null", "w", stderr) != nullptr)
-        ::execl(shell, shell, script.c_str(), home.c_str(), "/bin/true", a.fetched.c_str(),
-                a.installed.c_str(), b.fetched.c_str(), b.installed.c_str(), nullptr);
-      ::_exit(1);
-    }
-    ::waitpid(child, nullptr, 0);
+  /// The next starts settle it, whatever came before: all files are of one release then.
+  void ExpectWhole(const std::string& where) {
+    SCOPED_TRACE(where);
+    EXPECT_NE(Settle(), What::Failed);
+    Settle();
+    const std::string program = ReadFile(home / "P");
+    const std::string age = program.substr(std::min(program.find('#'), program.size()));
+    EXPECT_TRUE(age == "#old" || age == "#new") << program;
+    for (const char* const name : {"Tarnwick.so", "Notes.htm"})
+      EXPECT_TRUE(ReadFile(home / name).ends_with(age)) << name << " beside " << age;
+    EXPECT_EQ(fs::exists(home / "Added.htm"), age == "#new");
+    EXPECT_TRUE((fs::status(home / "P").permissions() & fs::perms::owner_exec) != fs::perms::none);
+    const auto journal = ReadJournal(home);
+    EXPECT_EQ(journal && journal->state == Journal::State::Moved, age == "#new" && !confirmed);
+    last = age;
   }
-  TempFolder folder;
+
+  SignedRelease offer;
+  TempFolder folder{InMemory()};
   fs::path home = folder / "a b";
+  fs::path staged;
+  bool runs = true;
+  bool confirmed = false;
+  std::string last;
 };
 
-TEST_F(SwapTest, FailedOrCutAtEachStepOfTheProgramTheNextStartFindsOldOrNew) {
+TEST_F(SwapTest, FailedOrCutAtEachStepTheNextStartFindsOldOrNew) {
+  const auto settle = [this] { Settle(); };
+  EXPECT_GE(EachFault([this] { Prepare(); }, settle, [this](Fault) { ExpectWhole("forward"); }), 60);
+  EXPECT_EQ(last, "#new") << "Undisturbed.";
+  const auto prepare = [this] {
+    Prepare();
+    Settle();
+  };
+  const auto back = [this] { TakeBack(home); };
+  EXPECT_GE(EachFault(prepare, back, [this](Fault) { ExpectWhole("back"); }), 40);
+  EXPECT_EQ(last, "#old");
+  EXPECT_EQ(ReadRefused(home)->version, "2.2.5");
+  confirmed = true;
+  const auto confirm = [this] { ConfirmUpdate(home); };
+  const auto expectNew = [this](Fault) {
+    ConfirmUpdate(home);
+    ExpectWhole("confirm");
+    EXPECT_EQ(last, "#new");
+  };
+  EXPECT_GE(EachFault(prepare, confirm, expectNew), 4);
+}
+
+TEST_F(SwapTest, APowerCutLeavesOldOrNewWhateverWasLost) {
+  std::mt19937 random(3);
+  int seen[2] = {};
+  for (const bool takeBack : {false, true}) {
+    for (int order = 0; order < 250; ++order) {
+      Prepare();
+      if (takeBack) Settle();
+      LossyDisk disk(home);
+      const auto calls = DoneCalls([&] { takeBack ? void(TakeBack(home)) : void(Settle()); });
+      ASSERT_GT(calls.size(), 20U);
+      disk.Cut(calls, random() % (calls.size() + 1), random);
+      ExpectWhole((takeBack ? "back " : "forward ") + std::to_string(order));
+      ++seen[last == "#new"];
+    }
+  }
+  EXPECT_GT(seen[0], 50);
+  EXPECT_GT(seen[1], 50);
+}
+
+TEST_F(SwapTest, WhatDoesNotFitTheListOnDiskIsDropped) {
+  const std::function<void()> kTroubles[] = {[&] { fs::remove(staged / "P"); },
+                                             [&] { fs::remove(staged / "Tarnwick.so"); },
+                                             [&] { WriteFile(staged / "P", ""); },
+                                             [&] { WriteFile(staged / "Tarnwick.so", "library#neW"); },
+                                             [&] {
+                                               program::Set({home, "P", 2, 2, 6});
+                                             },
+                                             [&] { TrustKey(MakeKeyPair()->open); },
+                                             [&] { runs = false; }};
+  for (const auto& trouble : kTroubles) {
+    Prepare();
+    trouble();
+    EXPECT_EQ(Settle(), What::Dropped);
+    TrustKey(offer.keys.open);
+    ExpectWhole("dropped");
+    EXPECT_EQ(last, "#old");
+    EXPECT_FALSE(fs::exists(staged));
+    EXPECT_EQ(ReadRefused(home).has_value(), !runs) << "One that cannot run is not offered again.";
+    program::Set({home, "P", 2, 2, 4});
+  }
+}
+
+TEST_F(SwapTest, WhatIsMissingIsSettledByWhatIsInstalled) {
   Prepare();
-  EXPECT_THAT(FileCalls([this] { EXPECT_FALSE(WriteSwap(home, kSwap)); }),
-              ElementsAre("unlink WebUpdate.sh.new", "fsync", "rename WebUpdate.sh.new WebUpdate.sh", "fsync",
-                          "unlink WebUpdate.journal.new", "fsync",
-                          "rename WebUpdate.journal.new WebUpdate.journal", "fsync"));
-  EXPECT_THAT(FileCalls([this] { EXPECT_EQ(CompleteSwap(home), Unfinished::Completed); }),
-              ElementsAre("rename $P.EXE P", "fsync", "rename $L.DLL L.so", "fsync",
-                          "unlink WebUpdate.journal", "fsync", "unlink WebUpdate.sh", "fsync"));
-  const auto swap = [this] { WriteSwap(home, kSwap) ? Unfinished::None : CompleteSwap(home); };
-  EXPECT_GE(EachFault([this] { Prepare(); }, swap, [this](Fault) { ExpectWhole(); }), 40);
-  EXPECT_EQ(CompleteSwap(home), Unfinished::None);
+  fs::remove(staged / "Tarnwick.so");
+  WriteFile(home / "Tarnwick.so", "library#new");
+  EXPECT_EQ(Settle(), What::Swapped);
+  ExpectWhole("installed already");
+  EXPECT_EQ(last, "#new");
+}
+
+TEST_F(SwapTest, TwoThatEndedBeforeTheirFirstPageAreEnough) {
+  Prepare();
+  EXPECT_EQ(Settle(), What::Swapped);
+  NoteAttempt(home, *ReadJournal(home));
+  EXPECT_EQ(Settle(), What::Nothing);
+  NoteAttempt(home, *ReadJournal(home));
+  EXPECT_EQ(Settle(), What::TakenBack);
+  ExpectWhole("back");
+  EXPECT_EQ(last, "#old");
 }
 
 TEST_F(SwapTest, AJournalThatWasNotMadeHereMovesNothing) {
-  for (const char* const body :
-       {"", "1\n", "1\n$P.EXE\nP\n", "1\n$P.EXE\nend\n", "2\n$P.EXE\nP\nend\n", "1\n$P.EXE\n../P\nend\n",
-        "1\nL.so\nP\nend\n", "1\n$../P\nP\nend\n", "1\n$P.EXE\nP\n$L.DLL\n/L\nend\n", "1\n$P.EXE\nP\nend"}) {
-    Prepare();
-    WriteFile(home / "WebUpdate.journal", std::string("tarnwick swap ") + body);
-    EXPECT_EQ(CompleteSwap(home), Unfinished::None) << body;
-    EXPECT_FALSE(IsNew("P") || IsNew("L.so") || IsNew("../P") || !fs::exists(home / "L.so")) << body;
-  }
-}
-
-TEST_F(SwapTest, KilledBeforeEachCommandOfTheScriptTheNextStartFindsOldOrNew) {
-  for (const char* const shell : kShells) {
-    for (int cut = 1; cut <= 6; ++cut) {
-      Prepare();
-      WriteSwap(home, kSwap);
-      // In front of the system's commands ours, of which the one number `cut` kills the script.
-      fs::create_directory(home / "bin");
-      for (const char* const command : {"mv", "sync", "rm"}) {
-        WriteFile(home / "bin" / command,
-                  "#!/bin/sh\ncount=${0%/*}/count\necho >>\"$count\"\n[ $(wc -l <\"$count\") -ne " +
-                      std::to_string(cut) + " ] || { kill -9 $PPID; exit; }\n" +
-                      "PATH=${PATH#*:}\nexec \"${0##*/}\" \"$@\"\n");
-        fs::permissions(home / "bin" / command, fs::perms(0755));
-      }
-      RunScript(shell, kSwap[0], kSwap[1]);
-      SCOPED_TRACE(std::string(shell) + " cut " + std::to_string(cut));
-      EXPECT_EQ(fs::exists(home / "WebUpdate.sh") || fs::exists(home / "WebUpdate.journal"), cut < 6);
-      ExpectWhole();
-    }
-    EXPECT_TRUE(IsNew("P"));
-  }
-}
-
-TEST_F(SwapTest, TheScriptWaitsForTheProgramToEndAndStartsTheNewOne) {
   Prepare();
-  WriteFile(home / "new one", "#!/bin/sh\ncd \"${0%/*}\" && [ -e ended ] && grep new P && : >started\n");
-  fs::permissions(home / "new one", fs::perms(0755));
-  WriteSwap(home, kSwap);
+  const std::string good = ReadFile(home / "WebUpdate.journal");
+  std::mt19937 random(5);
+  for (int round = 0; round < 300; ++round) {
+    Prepare();
+    std::string text = good;
+    text.replace(random() % text.size(), random() % 40, random() % 2 == 0 ? "" : "../x");
+    WriteFile(home / "WebUpdate.journal", text);
+    Settle();
+    const std::string program = ReadFile(home / "P");
+    EXPECT_EQ(program.ends_with("#new"), ReadFile(home / "Tarnwick.so").ends_with("#new")) << round;
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 1)
+        << "Nothing outside of the folder.";
+  }
+}
+
+TEST_F(SwapTest, TheScriptWaitsForTheProgramToEndStartsItAndGoes) {
+  const fs::path start = folder / "$(touch X) 'new' \"one\" ;`touch Y` *";
+  WriteFile(start, "#!/bin/sh\n[ -e \"${0%/*}/ended\" ] && : >\"${0%/*}/started\"\n");
+  fs::permissions(start, fs::perms(0755));
   const pid_t program = ::fork();
   if (program == 0) {
-    StartSwap(home, kSwap, home / "new one");
+    const bool waits = StartAgain(folder.Path(), start);
     ::usleep(300'000);
-    if (!IsNew("P") && !IsNew("L.so")) WriteFile(home / "ended", "");
+    if (waits && fs::exists(folder / "WebUpdate.sh")) WriteFile(folder / "ended", "");
     ::_exit(0);
   }
   ::waitpid(program, nullptr, 0);
-  for (int waits = 0; !fs::exists(home / "started") && waits < 500; ++waits) ::usleep(10'000);
-  EXPECT_TRUE(fs::exists(home / "started") && IsNew("L.so"));
-}
-
-TEST_F(SwapTest, HostileNamesAndFoldersRunNothingAndReachNothing) {
-  const std::vector<std::string> pieces{
-      "$(touch X)", "`touch X`", ";touch X;", "'",    "\"", "\\", "$HOME", "&&", "|touch X", " ", "\n", "-rf",
-      "*",          "?",         "\xC3\xA9",  "\xE9", "#",  "!",  "~",     "%s", "a",        "=", "{",  "("};
-  std::mt19937 random(11);
-  const auto hostile = [&](std::string name) {
-    for (int part = 0; part < 4; ++part) name += pieces[random() % pieces.size()];
-    return name;
-  };
-  for (int round = 0; round < 300; ++round) {
-    home = folder / "in" / hostile("");
-    fs::create_directories(home);
-    const SwapFile files[] = {{hostile("$1"), hostile("")}, {hostile("$2"), hostile("-")}};
-    for (const SwapFile& file : files) {
-      WriteFile(home / file.fetched, "#new");
-      WriteFile(home / file.installed, "old");
-    }
-    WriteFile(home / "WebUpdate.sh", SwapScript());
-    RunScript(kShells[round % 2], files[0], files[1]);
-    for (const SwapFile& file : files) EXPECT_TRUE(IsNew(file.installed.c_str())) << home << file.installed;
-    EXPECT_EQ(std::distance(fs::recursive_directory_iterator(folder.Path()), {}), 4)
-        << home << " in its folder, with two files";
-    fs::remove_all(folder / "in");
-  }
+  for (int waits = 0; !fs::exists(folder / "started") && waits < 500; ++waits) ::usleep(10'000);
+  EXPECT_TRUE(fs::exists(folder / "started"));
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 3) << "Nothing else, no script.";
 }
 
 }  // namespace

@@ -100,14 +100,15 @@ bool Put(const fs::path& path, std::string_view content) {
 
 }  // namespace
 
-SitePlan MakePlan(const fs::path& source, const std::optional<SecretKey>& key) {
+SitePlan MakePlan(const fs::path& source, const Signing& signing) {
   SitePlan plan;
   AddProgramFiles(plan, source / kProgramSource);
-  if (key) SignProgramFiles(plan, *key);
+  std::string release;
+  if (!plan.files.empty() && plan.faults.empty()) release = SignRelease(plan, signing);
   for (const PackageSource& each : kPackageSources) AddPackages(plan, source / each.folder, each.tag);
   CheckFiles(plan);
   if (plan.files.empty()) plan.faults.push_back(source.string() + ": nothing to publish");
-  plan.catalogue = CatalogueText(plan.files);
+  plan.catalogue = release + CatalogueText(plan.files);
   if (plan.faults.empty()) ReadBack(plan);
   return plan;
 }

@@ -30,9 +30,16 @@ struct SitePlan {
   std::vector<std::string> faults;
 };
 
-/// Reads all of `source` and plans its site; files of the program are signed where there is a key. The same
-/// files with the same times give the same plan.
-SitePlan MakePlan(const std::filesystem::path& source, const std::optional<SecretKey>& key);
+/// How a release is signed.
+struct Signing {
+  std::optional<SecretKey> key;   ///< Without one no program file is published.
+  std::optional<PublicKey> open;  ///< What `key` has to be the secret half of, where that is asked for.
+  std::optional<PublicKey> next;  ///< The key of releases to come.
+  std::string system;             ///< What the program files are for.
+};
+
+/// Reads all of `source` and plans its site. The same files with the same times give the same plan.
+SitePlan MakePlan(const std::filesystem::path& source, const Signing& signing);
 
 /// Writes the files into `folder`, the catalogue last, so that it never names what is not there. False
 /// after a message on standard error; the catalogue is then as it was.

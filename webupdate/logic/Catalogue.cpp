@@ -17,9 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kProgramTag = '$';
-constexpr char kMotorTag = '@';
-constexpr char kAccessoryTag = '%';
 /// Of a file's name: a full stop, and three letters.
 constexpr std::size_t kExtension = 4;
 
@@ -27,6 +24,15 @@ constexpr std::size_t kExtension = 4;
 char TagOf(std::int32_t deviceClass) {
   if (deviceClass == 0) return kMotorTag;
   return deviceClass == 1 ? kAccessoryTag : '\0';
+}
+
+/// What stands above the first package row.
+std::string_view HeadOf(std::string_view text) {
+  std::string_view rest = text;
+  std::string_view line;
+  std::size_t end = 0;
+  while (text::NextLine(rest, line) && !IsPackageRow(text::Trim(line))) end = text.size() - rest.size();
+  return text.substr(0, end);
 }
 
 /// A package of the folder that the catalogue does not know.
@@ -47,8 +53,10 @@ FileEntry LocalEntry(const fs::path& package, std::string name) {
 void Catalogue::Load(std::string_view text, std::int32_t deviceClass) {
   mFiles.clear();
   mPrograms.clear();
+  mHead.clear();
   mSkip = false;
   if (text.size() > kLongestText) return;
+  mHead = HeadOf(text);
   const char ownTag = TagOf(deviceClass);
   std::string_view line;
   // What stands behind the last line end is a line too, an empty one as a rule.
@@ -63,7 +71,7 @@ void Catalogue::TakeLine(std::string_view line, char ownTag) {
   const char tag = line.empty() ? '\0' : line.front();
   if (tag == kProgramTag) {
     TakeProgram(line);
-  } else if (tag == kMotorTag || tag == kAccessoryTag) {
+  } else if (IsPackageRow(line)) {
     mSkip = true;
     if (tag == ownTag) TakePackage(line);
   } else if (!mSkip && !mFiles.empty()) {

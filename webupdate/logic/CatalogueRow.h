@@ -7,6 +7,15 @@
 
 namespace tarnwick {
 
+/// The first character of a row of the catalogue, which tells what it is for.
+inline constexpr char kProgramTag = '$';
+inline constexpr char kMotorTag = '@';
+inline constexpr char kAccessoryTag = '%';
+
+inline bool IsPackageRow(std::string_view line) {
+  return line.starts_with(kMotorTag) || line.starts_with(kAccessoryTag);
+}
+
 /// The three fields of a row that are read; the views lie in the line.
 struct CatalogueRow {
   std::string_view name;    ///< Of the file; harmless.

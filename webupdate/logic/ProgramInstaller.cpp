@@ -2,13 +2,16 @@
 
 #include <optional>
 
+#include "platform/contain.h"
 #include "platform/files.h"
 #include "platform/program.h"
+#include "platform/record.h"
 #include "platform/ui.h"
 #include "webupdate/HTTPClass.h"
+#include "webupdate/Journal.h"
 #include "webupdate/SelfUpdate.h"
 #include "webupdate/Site.h"
-#include "webupdate/Swap.h"
+#include "webupdate/Start.h"
 #include "webupdate/Touch.h"
 
 namespace tarnwick {
@@ -16,60 +19,126 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::optional<PublicKey> gTrusted;
+/// The folder taken alone as long as this object lives.
+class FolderAlone {
+ public:
+  FolderAlone() : mError(ClaimFolder()) {}
+  ~FolderAlone() { ShareFolder(); }
+  FolderAlone(const FolderAlone&) = delete;
+  FolderAlone& operator=(const FolderAlone&) = delete;
+  std::error_code Error() const { return mError; }
 
-/// Saves a fetched file where it waits for the swap. It can be run where the one that it is for could be.
-bool Save(const ProgramEntry& entry, std::string_view content) {
-  const fs::path& folder = program::This().folder;
-  const fs::path fetched = folder / entry.LocalName;
-  const fs::path installed = folder / InstalledName(entry.Name);
-  if (files::Replace(fetched, content)) return false;
+ private:
+  std::error_code mError;
+};
+
+fs::path Installed(const ReleaseFile& file) {
+  return program::This().folder / InstalledName(file, program::Executable().filename().string());
+}
+
+/// That of the file that is installed, else one that fits its kind.
+fs::perms ModeOf(const ReleaseFile& file) {
   std::error_code error;
-  const fs::file_status old = fs::status(installed, error);
-  if (fs::is_regular_file(old)) fs::permissions(fetched, old.permissions(), error);
-  if (const auto date = ReadDate(entry.Version)) Touch(fetched, *date);
-  return true;
+  const fs::file_status old = fs::status(Installed(file), error);
+  const bool runs = file.kind == ReleaseFile::Kind::Program;
+  if (fs::is_regular_file(old)) return old.permissions() | (runs ? fs::perms::owner_exec : fs::perms::none);
+  return HasVersion(file.name) ? fs::perms(0755) : fs::perms(0644);
+}
+
+bool IsInstalled(const ReleaseFile& file) {
+  const auto content = files::ReadWhole(Installed(file));
+  return content && DigestOf(*content) == file.digest;
 }
 
 }  // namespace
 
-void TrustKey(const PublicKey& key) {
-  gTrusted = key;
+WhyNot MayInstall() {
+  const FolderAlone alone;
+  if (!alone.Error()) return {};
+  const bool busy = alone.Error() == std::errc::resource_unavailable_try_again;
+  return {busy ? Refusal::OtherWindow : Refusal::NoLock, {}, alone.Error()};
+}
+
+std::string MayNotText(const WhyNot& why) {
+  const std::string newer = "A newer version of this program is available.\r\n\r\n";
+  if (why.refusal == Refusal::OtherWindow)
+    return newer + "Close all other windows of this program, then open this one again to install it.";
+  return newer + "It cannot be installed: the program's folder cannot be locked.\r\n" + why.cause.message();
+}
+
+bool ProgramInstaller::Refuse(Refusal refusal, const std::string& file, std::error_code cause) {
+  mWhy = {refusal, file, cause};
+  record::Failure("update of the program", WhyNotText(mWhy));
+  return false;
 }
 
 bool ProgramInstaller::InstallNewProgram(const Catalogue& catalogue) {
+  mWhy = {};
+  const FolderAlone alone;
+  if (alone.Error()) return Refuse(Refusal::OtherWindow, {}, alone.Error());
+  const std::optional<Release> release = OfferedRelease(catalogue);
+  if (!release) return Refuse(Refusal::NoRelease);
   const fs::path& folder = program::This().folder;
-  mDisplay.hourglass(true);
-  bool outcome = true;
-  std::optional<HTTPClass> http(std::in_place);
-  http->Progress = mDisplay.progress;
-  std::vector<SwapFile> swap;
-  for (std::int32_t i = 1; i <= catalogue.ProgramCount(); ++i) {
-    const ProgramEntry& entry = catalogue.Programs(i);
-    if (!entry.Newer) continue;
-    ui::PumpEvents();
-    outcome = Fetch(*http, entry) && outcome;
-    swap.push_back({entry.LocalName, InstalledName(entry.Name)});
+  // One that waited for other windows to close has been overtaken.
+  if (ReadJournal(folder)) DropJournal(folder);
+  bool staged = false;
+  if (!Contain([&] { staged = Stage(*release); })) Refuse(Refusal::NotSaved);
+  if (staged) {
+    ui::MessageBox("Program downloaded successfully ...\r\n\r\nPress Ok to Run the New Version.",
+                   ui::Buttons::Ok, ui::Icon::Information);
+    if (StartAgain(folder, program::Executable())) return true;
+    Refuse(Refusal::NotStarted);
+    DropJournal(folder);
   }
-  http.reset();
-  ui::PumpEvents();
-  mDisplay.hourglass(false);
-  if (!outcome) return false;
-  mDisplay.pacifier("Installing Program ...");
-  ui::PumpEvents();
-  if (WriteSwap(folder, swap)) return false;
-  ui::MessageBox("Program downloaded successfully ...\r\n\r\nPress Ok to Run the New Version.",
-                 ui::Buttons::Ok, ui::Icon::Information);
-  return StartSwap(folder, swap, program::Executable());
+  SweepUpdates(folder);
+  return false;
 }
 
-bool ProgramInstaller::Fetch(HTTPClass& http, const ProgramEntry& entry) {
-  if (!OpenSite(http)) return false;
-  mDisplay.expect(entry.Size);
+bool ProgramInstaller::Stage(const Release& release) {
+  const fs::path& folder = program::This().folder;
+  Journal journal;
+  if (const std::error_code error = MakeUpdateFolder(folder, journal.folder))
+    return Refuse(Refusal::NotSaved, {}, error);
+  mDisplay.hourglass(true);
+  const bool fetched = FetchAll(release, journal.folder);
+  ui::PumpEvents();
+  mDisplay.hourglass(false);
+  if (!fetched) return false;
+  mDisplay.pacifier("Installing Program ...");
+  ui::PumpEvents();
+  journal.program = program::Executable().filename().string();
+  journal.version = release.version;
+  journal.signature = release.signature;
+  journal.lists = release.lists;
+  const std::error_code error = WriteJournal(folder, journal);
+  return !error || Refuse(Refusal::NotSaved, {}, error);
+}
+
+bool ProgramInstaller::FetchAll(const Release& release, const std::string& staging) {
+  HTTPClass http;
+  http.Progress = mDisplay.progress;
+  for (const ReleaseFile& file : release.files) {
+    if (IsInstalled(file)) continue;
+    ui::PumpEvents();
+    // Without this one the others are of no use.
+    if (!Fetch(http, file, staging)) return false;
+  }
+  return true;
+}
+
+bool ProgramInstaller::Fetch(HTTPClass& http, const ReleaseFile& file, const std::string& staging) {
+  if (!OpenSite(http)) return Refuse(Refusal::NotFetched, file.name);
+  mDisplay.expect(file.size);
   std::string method = "GET";
-  const std::string content = http.SendRequestBinary(SitePath(entry.Name), method, {}, true);
-  return gTrusted && content.size() == static_cast<std::size_t>(entry.Size) &&
-         IsSigned(content, entry.Name, entry.Version, *gTrusted) && Save(entry, content);
+  const std::string content = http.SendRequestBinary(SitePath(file.name), method, {}, true);
+  if (content.empty()) return Refuse(Refusal::NotFetched, file.name);
+  if (content.size() != static_cast<std::size_t>(file.size) || DigestOf(content) != file.digest)
+    return Refuse(Refusal::NotTheFile, file.name);
+  const fs::path path = program::This().folder / staging / Installed(file).filename();
+  if (const std::error_code error = files::Create(path, content, ModeOf(file)))
+    return Refuse(Refusal::NotSaved, file.name, error);
+  if (const auto date = ReadDate(file.version)) Touch(path, *date);
+  return true;
 }
 
 }  // namespace tarnwick

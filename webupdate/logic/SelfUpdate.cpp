@@ -1,73 +1,82 @@
 #include "webupdate/SelfUpdate.h"
 
-#include <array>
-#include <optional>
+#include <algorithm>
 
 #include "link/LinkLibrary.h"
 #include "platform/files.h"
 #include "platform/program.h"
 #include "platform/text.h"
+#include "webupdate/Journal.h"
 #include "webupdate/Touch.h"
 
 namespace tarnwick {
 namespace {
 
-enum class FileKind { Program, Library, Other };
+/// More files than that would make the question taller than a small screen.
+constexpr int kMostNamed = 10;
 
-using VersionNumbers = std::array<std::int32_t, 3>;
-
-FileKind KindOf(std::string_view name) {
-  const std::string_view ending = name.size() < 4 ? std::string_view{} : name.substr(name.size() - 4);
-  if (text::EqualNoCase(ending, kProgramEnding)) return FileKind::Program;
-  if (text::EqualNoCase(ending, kLibraryEnding)) return FileKind::Library;
-  return FileKind::Other;
+bool EndsWith(std::string_view name, std::string_view ending) {
+  return name.size() >= ending.size() && text::EqualNoCase(name.substr(name.size() - ending.size()), ending);
 }
 
-/// The first three parts of "2.2.4"; none when there are fewer.
-std::optional<VersionNumbers> ReadVersion(std::string_view version) {
-  const std::vector<std::string_view> parts = text::Split(version, '.');
-  if (parts.size() < 3) return std::nullopt;
-  VersionNumbers numbers{};
-  for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = text::ToInt32(text::NumericPrefix(parts[i]));
-  return numbers;
-}
-
-bool IsNewer(const ProgramEntry& entry) {
+VersionNumbers OwnVersion() {
   const program::Identity& self = program::This();
-  const FileKind kind = KindOf(entry.Name);
-  if (kind != FileKind::Other) {
+  return {self.major, self.minor, self.revision};
+}
+
+bool IsRow(const ProgramEntry& entry, const ReleaseFile& file) {
+  return entry.Name == file.name && entry.Version == file.version && entry.Size == file.size;
+}
+
+bool HasRow(const Catalogue& catalogue, const ReleaseFile& file) {
+  for (std::int32_t i = 1; i <= catalogue.ProgramCount(); ++i)
+    if (IsRow(catalogue.Programs(i), file)) return true;
+  return false;
+}
+
+bool IsNewer(const ProgramEntry& entry, const ReleaseFile& file) {
+  if (HasVersion(entry.Name)) {
     const auto offered = ReadVersion(entry.Version);
-    const VersionNumbers own = kind == FileKind::Program
-                                   ? VersionNumbers{self.major, self.minor, self.revision}
-                                   : Link().getDllVersion();
-    return offered && own < *offered;
+    return offered && (IsProgramName(entry.Name) ? OwnVersion() : Link().getDllVersion()) < *offered;
   }
-  const auto modified = files::LastModified(self.folder / InstalledName(entry.Name));
+  const program::Identity& self = program::This();
+  const auto modified = files::LastModified(self.folder / InstalledName(file, self.name));
   return !modified || DateText(*modified) < entry.Version;
 }
 
 }  // namespace
 
+bool IsProgramName(std::string_view catalogueName) {
+  return EndsWith(catalogueName, kProgramEnding);
+}
+bool IsLibraryName(std::string_view catalogueName) {
+  return EndsWith(catalogueName, kLibraryEnding);
+}
 bool HasVersion(std::string_view catalogueName) {
-  return KindOf(catalogueName) != FileKind::Other;
+  return IsProgramName(catalogueName) || IsLibraryName(catalogueName);
 }
 
-std::string InstalledName(std::string_view catalogueName) {
-  const FileKind kind = KindOf(catalogueName);
-  if (kind == FileKind::Other) return std::string(catalogueName);
-  const std::string_view stem = catalogueName.substr(0, catalogueName.size() - 4);
-  if (kind == FileKind::Library)
-    return std::string(text::EqualNoCase(stem, kLinkLibraryName) ? kLinkLibraryName : stem) +
-           std::string(kSharedLibraryEnding);
-  return text::EqualNoCase(stem, program::This().name) ? program::Executable().filename().string()
-                                                       : std::string(stem);
+std::optional<Release> OfferedRelease(const Catalogue& catalogue) {
+  if (!TrustedKey()) return std::nullopt;
+  auto release = ReadRelease(catalogue.Head(), *TrustedKey(), program::System());
+  if (!release || *ReadVersion(release->version) < OwnVersion()) return std::nullopt;
+  const auto refused = ReadRefused(program::This().folder);
+  if (refused && refused->signature == release->signature) return std::nullopt;
+  const auto offered = [&](const ReleaseFile& file) { return HasRow(catalogue, file); };
+  return std::all_of(release->files.begin(), release->files.end(), offered) ? release : std::nullopt;
 }
 
 bool CheckForNewProgram(Catalogue& catalogue) {
+  const std::optional<Release> release = OfferedRelease(catalogue);
+  for (std::int32_t i = 1; i <= catalogue.ProgramCount(); ++i) catalogue.Programs(i).Newer = false;
+  if (!release) return false;
   bool some = false;
-  for (std::int32_t i = 1; i <= catalogue.ProgramCount(); ++i) {
-    ProgramEntry& entry = catalogue.Programs(i);
-    entry.Newer = IsNewer(entry);
+  for (const ReleaseFile& file : release->files) {
+    // Of rows that say the same the first one counts.
+    std::int32_t row = 1;
+    while (!IsRow(catalogue.Programs(row), file)) ++row;
+    ProgramEntry& entry = catalogue.Programs(row);
+    entry.Newer = IsNewer(entry, file);
     some = some || entry.Newer;
   }
   return some;
@@ -75,11 +84,13 @@ bool CheckForNewProgram(Catalogue& catalogue) {
 
 std::string UpdateQuestion(const Catalogue& catalogue) {
   std::string question = "A newer version of this program is available.\r\n\r\n";
+  int newer = 0;
   for (std::int32_t i = 1; i <= catalogue.ProgramCount(); ++i) {
     const ProgramEntry& entry = catalogue.Programs(i);
-    if (!entry.Newer) continue;
+    if (!entry.Newer || ++newer > kMostNamed) continue;
     question += entry.Name + (HasVersion(entry.Name) ? "  v" : "   ") + entry.Version + "\r\n";
   }
+  if (newer > kMostNamed) question += "and " + std::to_string(newer - kMostNamed) + " more\r\n";
   return question + "\r\nDo you wish to download and install?";
 }
 

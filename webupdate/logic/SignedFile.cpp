@@ -53,6 +53,27 @@ std::string Base64(const Signature& signature) {
   return text;
 }
 
+std::string Sign(std::string_view head, std::string_view content, const SecretKey& key) {
+  if (sodium_init() < 0) return {};
+  crypto_sign_state state = Digest(head, content);
+  Signature signature{};
+  crypto_sign_final_create(&state, signature.data(), nullptr, key.data());
+  return Base64(signature);
+}
+
+bool Fits(std::string_view text, std::string_view head, std::string_view content, const PublicKey& key) {
+  if (text.size() != kBase64Length || sodium_init() < 0) return false;
+  Signature signature{};
+  std::size_t length = 0;
+  if (sodium_base642bin(signature.data(), signature.size(), text.data(), text.size(), nullptr, &length,
+                        nullptr, sodium_base64_VARIANT_ORIGINAL) != 0)
+    return false;
+  // The decoder is lenient; a signature is written in one way only.
+  if (Base64(signature) != text) return false;
+  crypto_sign_state state = Digest(head, content);
+  return crypto_sign_final_verify(&state, signature.data(), key.data()) == 0;
+}
+
 template <class Key>
 std::optional<Key> ReadKey(std::string_view text) {
   const std::size_t first = text.find_first_not_of(" \t\r\n");
@@ -84,38 +105,43 @@ std::string KeyText(std::span<const std::uint8_t> key) {
 }
 
 std::optional<PublicKey> ReadPublicKey(std::string_view text) {
-  return ReadKey<PublicKey>(text);
+  const auto key = ReadKey<PublicKey>(text);
+  return key && crypto_core_ed25519_is_valid_point(key->data()) == 1 ? key : std::nullopt;
 }
 std::optional<SecretKey> ReadSecretKey(std::string_view text) {
-  return ReadKey<SecretKey>(text);
+  const auto key = ReadKey<SecretKey>(text);
+  return key && PublicHalf(*key) ? key : std::nullopt;
+}
+
+std::optional<PublicKey> PublicHalf(const SecretKey& key) {
+  KeyPair made{};
+  if (sodium_init() < 0) return std::nullopt;
+  crypto_sign_seed_keypair(made.open.data(), made.secret.data(), key.data());
+  return made.secret == key ? std::optional(made.open) : std::nullopt;
 }
 
 std::string SignatureLine(std::string_view content, std::string_view name, std::string_view version,
                           const SecretKey& key) {
   const std::optional<std::string> head = HeadOf(name, version);
-  if (!head || sodium_init() < 0) return {};
-  crypto_sign_state state = Digest(*head, content);
-  Signature signature{};
-  crypto_sign_final_create(&state, signature.data(), nullptr, key.data());
-  return std::string(kBefore) + Base64(signature) + std::string(kBehind);
+  const std::string signature = head ? Sign(*head, content, key) : std::string();
+  return signature.empty() ? signature : std::string(kBefore) + signature + std::string(kBehind);
 }
 
 bool IsSigned(std::string_view file, std::string_view name, std::string_view version, const PublicKey& key) {
   const std::optional<std::string> head = HeadOf(name, version);
-  if (!head || file.size() < kLineLength || sodium_init() < 0) return false;
+  if (!head || file.size() < kLineLength) return false;
   const std::string_view content = file.substr(0, file.size() - kLineLength);
-  std::string_view line = file.substr(content.size());
+  const std::string_view line = file.substr(content.size());
   if (!line.starts_with(kBefore) || !line.ends_with(kBehind)) return false;
-  line = line.substr(kBefore.size(), kBase64Length);
-  Signature signature{};
-  std::size_t length = 0;
-  if (sodium_base642bin(signature.data(), signature.size(), line.data(), line.size(), nullptr, &length,
-                        nullptr, sodium_base64_VARIANT_ORIGINAL) != 0)
-    return false;
-  // The decoder is lenient; a signature is written in one way only.
-  if (Base64(signature) != line) return false;
-  crypto_sign_state state = Digest(*head, content);
-  return crypto_sign_final_verify(&state, signature.data(), key.data()) == 0;
+  return Fits(line.substr(kBefore.size(), kBase64Length), *head, content, key);
+}
+
+std::string SignText(std::string_view text, const SecretKey& key) {
+  return Sign({}, text, key);
+}
+
+bool IsTextSigned(std::string_view text, std::string_view signature, const PublicKey& key) {
+  return Fits(signature, {}, text, key);
 }
 
 }  // namespace tarnwick

@@ -11,6 +11,10 @@ namespace tarnwick {
 
 bool frmWebUpdate::OfferNewProgram() {
   if (!CheckForNewProgram(mCatalogue)) return false;
+  if (const WhyNot why = MayInstall(); why.refusal != Refusal::None) {
+    ui::MessageBox(MayNotText(why));
+    return false;
+  }
   if (ui::MessageBox(UpdateQuestion(mCatalogue), ui::Buttons::YesNo, ui::Icon::Question) != ui::Answer::Yes)
     return false;
   cmdDone->setEnabled(false);

@@ -22,6 +22,9 @@ class App {
   /// loop until its window is closed, which ends the process.
   void Start();
 
+  /// The makers' key, built in, is the one whose holder may sign releases.
+  static void TrustBuiltInKey();
+
   /// The frame's window.
   WizardWindow& Window();
 

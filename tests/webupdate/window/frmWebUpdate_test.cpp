@@ -5,9 +5,12 @@
 #include <QTimer>
 
 #include "app/ProgramSettings.h"
+#include "platform/FileLock.h"
 #include "platform/process.h"
 #include "support/HttpDouble.h"
 #include "support/ProgramTest.h"
+#include "support/SignedRelease.h"
+#include "webupdate/Journal.h"
 #include "webupdate/ProgramInstaller.h"
 #include "webupdate/frmWebUpdate.h"
 
@@ -168,11 +171,12 @@ TEST_F(WebUpdateTest, PageSelectsWhatWasCurrent) {
 }
 
 TEST_F(WebUpdateTest, ANewerProgramIsOfferedAndInstalledOnlyWhenAllIsRight) {
-  const KeyPair keys = *MakeKeyPair();
-  TrustKey(keys.open);
-  const std::string good = "new" + SignatureLine("new", "Tarnwick.EXE", "2.2.5", keys.secret);
-  site.replies[std::string(kSite) + "list.txt"] =
-      "$Tarnwick.EXE, 2.2.5, " + std::to_string(good.size()) + "\r\n" + kText;
+  SignedRelease offer;
+  TrustKey(offer.keys.open);
+  offer.Add("Tarnwick.EXE", "2.2.5", "new");
+  offer.Add("Tarnwick.DLL", "0.0.0", "library");
+  site.replies[std::string(kSite) + "list.txt"] = offer.Text() + kText;
+  site.replies[std::string(kSite) + "Tarnwick.DLL"] = "library";
   const std::string question =
       "YesNo ?|A newer version of this program is available.\r\n\r\nTarnwick.EXE  v2.2.5\r\n\r\n"
       "Do you wish to download and install?";
@@ -190,18 +194,24 @@ TEST_F(WebUpdateTest, ANewerProgramIsOfferedAndInstalledOnlyWhenAllIsRight) {
     return web->Form_Load();
   };
   user.answers = {ui::Answer::No};
-  EXPECT_TRUE(load(good));
+  EXPECT_TRUE(load("new"));
   EXPECT_THAT(Said(), ElementsAre(question));
   EXPECT_EQ(during, "");
+  FileLock other;
+  EXPECT_FALSE(other.Open(folder / "WebUpdate.lock") || other.Share());
+  EXPECT_TRUE(load("new"));
+  EXPECT_THAT(Said(), ElementsAre("Ok !|A newer version of this program is available.\r\n\r\nClose all other "
+                                  "windows of this program, then open this one again to install it."));
+  other.Release();
   EXPECT_TRUE(load("damaged"));
   EXPECT_THAT(Said(), ElementsAre(question, "Ok !|Error updating program!"));
   EXPECT_TRUE(State().starts_with("001") && !web->isVisible() && !started);
-  EXPECT_FALSE(load(good));
+  EXPECT_FALSE(load("new"));
   EXPECT_THAT(Said(), ElementsAre(question,
                                   "Ok i|Program downloaded successfully ...\r\n\r\n"
                                   "Press Ok to Run the New Version."));
   EXPECT_EQ(during, "000Installing Program ...|About Alpha\n");
-  EXPECT_TRUE(web->isVisible() && started && std::filesystem::exists(folder / "$Tarnwick.EXE"));
+  EXPECT_TRUE(web->isVisible() && started && ReadJournal(folder.Path()));
   onPump = {};
 }
 

@@ -30,8 +30,8 @@ std::optional<std::string> ReadWhole(const std::filesystem::path& path, std::uin
 std::error_code Append(const std::filesystem::path& path, std::string_view text);
 
 /// New contents of a file, written beside it; `Commit` puts them into its place. What is not committed
-/// goes with its object. A program killed meanwhile can leave its half under the name with ".new" behind
-/// it, which the next one for that file makes anew. A link is followed to the file that it names.
+/// goes with its object. What a killed program left beside the file goes with the next `Write`. A link under
+/// the name is replaced itself: what it leads to is never written.
 class Staged {
  public:
   explicit Staged(const std::filesystem::path& path);
@@ -39,9 +39,10 @@ class Staged {
   Staged(const Staged&) = delete;
   Staged& operator=(const Staged&) = delete;
 
-  /// Writes and flushes. Only an ordinary file is replaced: a folder or a device under the name is an error.
+  /// Writes and flushes, with the mode that the file has. Only an ordinary file or a link is replaced: a
+  /// folder or a device under the name is an error.
   std::error_code Write(std::string_view content);
-  /// Where the contents lie until then.
+  /// Where the contents lie until then: a name that no other file has.
   const std::filesystem::path& Beside() const { return mBeside; }
   /// Renames, so that the old or the new contents stand under the name at each moment.
   std::error_code Commit();
@@ -49,18 +50,30 @@ class Staged {
  private:
   std::filesystem::path mTarget;
   std::filesystem::path mBeside;
-  bool mWritten = false;
+  int mHeld = -1;  ///< Keeps others from taking the file for one that was left behind.
 };
 
 /// Puts `content` under `path` atomically and durably, as `Staged` does. On an error the old file stays as
 /// it was and nothing is left beside it.
 std::error_code Replace(const std::filesystem::path& path, std::string_view content);
 
-/// Gives a file another name in its folder, durably; what bore that name goes.
+/// Makes the file `path`, with its mode, durably. An error where anything of that name is there, a link too;
+/// nothing is left then that was not there before.
+std::error_code Create(const std::filesystem::path& path, std::string_view content,
+                       std::filesystem::perms mode);
+
+/// Makes the folder `path`, durably. An error where anything of that name is there.
+std::error_code MakeFolder(const std::filesystem::path& path);
+
+/// Gives a file another name on its file system, durably; what bore that name goes, also where it is a
+/// program that runs.
 std::error_code Rename(const std::filesystem::path& from, const std::filesystem::path& to);
 
 /// Deletes a file. None there is an error too.
 std::error_code Remove(const std::filesystem::path& path);
+
+/// 16 hexadecimal digits of the system's randomness: a part of names that nobody else has.
+std::string UniquePart();
 
 /// When the file was last modified, in local time; none when that cannot be told.
 std::optional<std::tm> LastModified(const std::filesystem::path& path);

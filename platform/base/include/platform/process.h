@@ -50,6 +50,22 @@ class Child {
   int mSocket = -1;
 };
 
+/// A program started beside this one, with its input and output. It goes on when its object goes.
+class Beside {
+ public:
+  std::error_code Start(const Command& command);
+  /// True until it has ended.
+  bool Runs();
+  /// How it ended: its exit status, -1 where a signal ended it.
+  int Status() const { return mStatus; }
+  /// Ends it at once.
+  void Kill();
+
+ private:
+  int mProcess = -1;
+  int mStatus = -1;
+};
+
 /// Runs the program `path` in the place of this one, with no arguments; nothing of this one is run down.
 /// Returns only where that fails.
 void Become(const std::filesystem::path& path);

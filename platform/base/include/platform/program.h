@@ -25,8 +25,18 @@ const Identity& This();
 /// Replaces the identity, for programs that drive this one and for tests.
 void Set(Identity identity);
 
-/// The running program's file as the system knows it; empty where it does not.
+/// The file that the running program was started from, also after another one took its name; empty where the
+/// system does not know it.
 std::filesystem::path RunningFile();
+
+/// Whether the running program no longer is the file that bears its name.
+bool IsReplaced();
+
+/// What programs are made for, such as "linux-x86_64".
+std::string System();
+
+/// Whether a window could be shown, as far as that can be told without a toolkit.
+bool HasDisplay();
 
 /// The running program's file.
 std::filesystem::path Executable();

@@ -19,4 +19,17 @@ int EachFault(const std::function<void()>& prepare, const std::function<void()>&
 /// The calls of `work` in order, as "rename a b", "unlink a" and "fsync": names without their folders.
 std::vector<std::string> FileCalls(const std::function<void()>& work);
 
+/// A call that changed a file or a folder, or flushed it.
+struct FileCall {
+  std::string call =
+      {};  ///< "create", "write", "fchmod", "fsync", "rename", "unlink", "mkdir" or "utimensat"
+  std::string path = {};
+  std::string to = {};
+  std::string data = {};
+  unsigned mode = 0;
+};
+
+/// Those of `work` that succeeded, in order.
+std::vector<FileCall> DoneCalls(const std::function<void()>& work);
+
 }  // namespace tarnwick::test

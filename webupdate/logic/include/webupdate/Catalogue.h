@@ -48,6 +48,9 @@ class Catalogue {
   /// Orders the packages by name, ascending by character code.
   void SortFiles();
 
+  /// What stands above the first row of a package, lines of a release among it.
+  const std::string& Head() const { return mHead; }
+
   /// Both lists are numbered from 1; an index outside is the caller's fault.
   std::int32_t FileCount() const { return static_cast<std::int32_t>(mFiles.size()); }
   FileEntry& Files(std::int32_t index) { return mFiles[static_cast<std::size_t>(index) - 1]; }
@@ -68,6 +71,7 @@ class Catalogue {
 
   std::vector<FileEntry> mFiles;
   std::vector<ProgramEntry> mPrograms;
+  std::string mHead;
   bool mSkip = false;  ///< The last package of the text was not taken, so neither are the lines below it.
 };
 

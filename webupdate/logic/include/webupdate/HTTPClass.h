@@ -34,8 +34,8 @@ class HTTPClass {
   /// Empty when there is no such field.
   std::string Fields(std::string_view name) const;
 
-  /// Closes what is open, and takes `server`, always at port 80, as the one to ask. Nothing is sent yet. False,
-  /// without a message, where this system cannot ask at all.
+  /// Closes what is open, and takes `server`, always at port 80, as the one to ask. Nothing is sent yet.
+  /// False, without a message, where this system cannot ask at all.
   bool OpenHTTP(const std::string& server, std::int32_t port = 80,
                 const std::optional<std::string>& userName = {},
                 const std::optional<std::string>& password = {});

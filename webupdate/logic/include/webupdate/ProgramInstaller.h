@@ -1,4 +1,4 @@
-// Fetches the program's own files from the update site.
+// Fetches a release of the program from the update site.
 #pragma once
 
 #include <cstdint>
@@ -7,14 +7,17 @@
 #include <utility>
 
 #include "webupdate/Catalogue.h"
-#include "webupdate/SignedFile.h"
+#include "webupdate/Refusal.h"
+#include "webupdate/Release.h"
 
 namespace tarnwick {
 
 class HTTPClass;
 
-/// The key whose holder may sign files of the program. Until it is set none is accepted.
-void TrustKey(const PublicKey& key);
+/// Whether files of the program may be changed: to be asked before the user is.
+WhyNot MayInstall();
+/// What the user is told when they may not.
+std::string MayNotText(const WhyNot& why);
 
 /// Fetches and saves files of the program.
 class ProgramInstaller {
@@ -29,15 +32,20 @@ class ProgramInstaller {
 
   explicit ProgramInstaller(Display display) : mDisplay(std::move(display)) {}
 
-  /// Fetches each newer entry under its `LocalName`, writes the swap and starts it. True when the swap waits
-  /// for this process to end. False when one file cannot be had, is not what the catalogue says or was not
-  /// signed as that: no installed file has changed then.
+  /// Fetches each file of the offered release that differs from the installed one, beside those, and starts
+  /// what starts the program again. True when that waits for this process to end: the next start installs
+  /// the release. On false no installed file has changed, nothing of it is left, and `Why` tells the cause.
   bool InstallNewProgram(const Catalogue& catalogue);
+  const WhyNot& Why() const { return mWhy; }
 
  private:
-  bool Fetch(HTTPClass& http, const ProgramEntry& entry);
+  bool Refuse(Refusal refusal, const std::string& file = {}, std::error_code cause = {});
+  bool Stage(const Release& release);
+  bool FetchAll(const Release& release, const std::string& staging);
+  bool Fetch(HTTPClass& http, const ReleaseFile& file, const std::string& staging);
 
   Display mDisplay;
+  WhyNot mWhy;
 };
 
 }  // namespace tarnwick

@@ -27,6 +27,7 @@ std::optional<KeyPair> MakeKeyPair();
 /// Keys as text: two lower-case hexadecimal digits a byte. Reading takes blanks round them and either
 /// case, and gives none for anything else.
 std::string KeyText(std::span<const std::uint8_t> key);
+/// A public key is a point of the curve too, which few others are that were pasted by mistake.
 std::optional<PublicKey> ReadPublicKey(std::string_view text);
 std::optional<SecretKey> ReadSecretKey(std::string_view text);
 
@@ -34,6 +35,13 @@ std::optional<SecretKey> ReadSecretKey(std::string_view text);
 /// name or version could be taken for another: with control characters, a version also with blanks.
 std::string SignatureLine(std::string_view content, std::string_view name, std::string_view version,
                           const SecretKey& key);
+
+/// The signature of a text that no signed file begins like, and whether one is of that text.
+std::string SignText(std::string_view text, const SecretKey& key);
+bool IsTextSigned(std::string_view text, std::string_view signature, const PublicKey& key);
+
+/// The public half of a secret key; none where the two halves that it holds do not belong together.
+std::optional<PublicKey> PublicHalf(const SecretKey& key);
 
 /// Whether `file`, its signature line included, was signed as that name and version with the secret half of
 /// `key`.

@@ -1,38 +1,56 @@
-// Fetched files put into the place of the program's own, all of them or none.
+// A fetched release put into the place of the installed one: all of it or nothing.
 //
-// A journal in the program's folder names the swap. It is the one thing that decides: written after every
-// fetched file lies beside the old ones and is flushed, and removed when the last one has its name. A
-// script does the swap once the program has ended; where it was cut, the next start completes it.
+// The start of the program is the one place that swaps, before the link library is loaded and with the lock
+// of the folder held alone. What it does goes by the journal and by what really lies on the disk. At each
+// moment either all installed files are of the release before, or the program under its name still is: so
+// whatever program starts next can go on, or go back.
 #pragma once
 
 #include <filesystem>
-#include <string_view>
+#include <functional>
+#include <string>
 #include <system_error>
-#include <vector>
+
+#include "webupdate/Journal.h"
 
 namespace tarnwick {
 
-/// Two names in the program's folder.
-struct SwapFile {
-  std::string fetched;    ///< Where the new contents lie: begins with "$".
-  std::string installed;  ///< The name that they are for.
+/// What became of an update.
+struct Settlement {
+  enum class What {
+    Nothing,    ///< There was none, or one that is in place and waits for its first page.
+    Dropped,    ///< The release before stays: what was fetched was not what the list names, or cannot run.
+    Swapped,    ///< All files are of the new release.
+    TakenBack,  ///< All files are of the release before again.
+    Failed,     ///< Neither; the journal is still there.
+  };
+  What what = What::Nothing;
+  std::error_code cause = {};  ///< Of what is told; none where no call failed.
 };
 
-/// The script, the same for every swap: what differs are its arguments, which no shell reads.
-std::string_view SwapScript();
+/// Whether a program can be started at all.
+using CanRun = std::function<bool(const std::filesystem::path& program)>;
 
-/// Writes script and journal into `folder`. On an error neither is there.
-std::error_code WriteSwap(const std::filesystem::path& folder, const std::vector<SwapFile>& files);
+/// Finishes the update that the journal in `folder` names, or undoes it. `program` is the running program's
+/// file name. The lock of the folder has to be held alone.
+Settlement SettleUpdate(const std::filesystem::path& folder, const std::string& program,
+                        const CanRun& canRun);
 
-/// Starts the written script; it waits for this process to end, puts the files into place and starts
-/// `program`. False when it could not be started: the swap is off then, and the old files stay.
-bool StartSwap(const std::filesystem::path& folder, const std::vector<SwapFile>& files,
-               const std::filesystem::path& program);
+/// Undoes an update that is in place and does not work; it is not offered again. The lock as above.
+Settlement TakeBack(const std::filesystem::path& folder);
 
-enum class Unfinished { None, Completed, Failed };
+/// Notes that the new program begins, so that two that ended before their first page are known.
+void NoteAttempt(const std::filesystem::path& folder, const Journal& journal);
+/// How many have begun.
+int Attempts(const std::filesystem::path& folder, const Journal& journal);
+/// So many that ended are enough.
+inline constexpr int kMostAttempts = 2;
 
-/// Completes the swap that the journal in `folder` names, if there is one. After `Completed` the running
-/// program may be the old one. After `Failed` the journal is still there.
-Unfinished CompleteSwap(const std::filesystem::path& folder);
+/// The new program has shown its first page: the release before goes. Sweeps what was left of others.
+std::error_code ConfirmUpdate(const std::filesystem::path& folder);
+
+/// Writes the script that starts the program again once this process has ended, and starts it. False when it
+/// could not be: there is none then.
+bool StartAgain(const std::filesystem::path& folder, const std::filesystem::path& program);
 
 }  // namespace tarnwick

@@ -1,0 +1,13 @@
+// A program and all that it starts, run to their end, one of them killed at one of its calls of the system.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tarnwick::test {
+
+/// Runs the commands beside each other in the folder `folder`. Only calls that change files, locks or
+/// processes count. Gives how many there were; a process still there after seconds is killed, and -1 given.
+int RunTraced(const std::string& folder, const std::vector<std::vector<std::string>>& commands, int killAt);
+
+}  // namespace tarnwick::test

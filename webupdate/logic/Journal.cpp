@@ -1,0 +1,116 @@
+#include "webupdate/Journal.h"
+
+#include <algorithm>
+#include <array>
+
+#include "platform/files.h"
+#include "platform/text.h"
+
+namespace tarnwick {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kJournalName = "WebUpdate.journal";
+constexpr std::string_view kRefusedName = "WebUpdate.refused";
+constexpr std::string_view kJournalHead = "tarnwick swap 2";
+constexpr std::string_view kLists = "lists", kEnd = "end\n";
+constexpr std::array<std::string_view, 5> kStates{"staged", "moving", "moved", "back", "refused"};
+constexpr std::string_view kNone = "-";
+constexpr std::uintmax_t kLongestJournal = 4u << 20;
+constexpr std::size_t kFirstOld = 6;  ///< The line behind those that each journal has.
+
+std::string JournalText(const Journal& journal) {
+  std::string text;
+  for (const std::string_view line : {kJournalHead, kStates[static_cast<std::size_t>(journal.state)],
+                                      std::string_view(journal.folder), std::string_view(journal.program),
+                                      std::string_view(journal.version), std::string_view(journal.signature)})
+    text.append(line).append("\n");
+  for (const OldFile& file : journal.old)
+    text += (file.digest.empty() ? std::string(kNone) : file.digest) + " " + file.name + "\n";
+  return text.append(kLists).append("\n").append(journal.lists).append(kEnd);
+}
+
+/// A program has the name that its user gave it, whatever that is.
+bool IsComponent(std::string_view name) {
+  return !name.empty() && name != "." && name != ".." && name.find('/') == std::string_view::npos;
+}
+
+/// True for a folder's name that an update here has.
+bool IsUpdateFolder(std::string_view name) {
+  if (!name.starts_with(kUpdatePrefix)) return false;
+  name.remove_prefix(kUpdatePrefix.size());
+  return name.size() == 16 && name.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
+
+}  // namespace
+
+std::optional<Journal> ReadJournal(const fs::path& folder) {
+  const std::optional<std::string> text = files::ReadWhole(folder / kJournalName, kLongestJournal);
+  if (!text || !text->ends_with(kEnd)) return std::nullopt;
+  const std::size_t lists = text->find("\n" + std::string(kLists) + "\n");
+  if (lists == std::string::npos) return std::nullopt;
+  const std::vector<std::string_view> lines = text::Split(std::string_view(*text).substr(0, lists), '\n');
+  if (lines.size() < kFirstOld || lines[0] != kJournalHead) return std::nullopt;
+  const auto* const state = std::find(kStates.begin(), kStates.end(), lines[1]);
+  if (state == kStates.end() || !IsUpdateFolder(lines[2]) || !IsComponent(lines[3])) return std::nullopt;
+  Journal journal{static_cast<Journal::State>(state - kStates.begin()),
+                  std::string(lines[2]),
+                  std::string(lines[3]),
+                  std::string(lines[4]),
+                  std::string(lines[5]),
+                  {},
+                  {}};
+  for (std::size_t line = kFirstOld; line < lines.size(); ++line) {
+    const std::size_t blank = lines[line].find(' ');
+    if (blank == std::string_view::npos || !IsComponent(lines[line].substr(blank + 1))) return std::nullopt;
+    const std::string_view digest = lines[line].substr(0, blank);
+    journal.old.push_back(
+        {std::string(lines[line].substr(blank + 1)), digest == kNone ? "" : std::string(digest)});
+  }
+  const std::size_t from = lists + kLists.size() + 2;
+  if (from + kEnd.size() > text->size()) return std::nullopt;
+  journal.lists = text->substr(from, text->size() - from - kEnd.size());
+  return journal;
+}
+
+std::error_code WriteJournal(const fs::path& folder, const Journal& journal) {
+  return files::Replace(folder / kJournalName, JournalText(journal));
+}
+
+std::error_code DropJournal(const fs::path& folder) {
+  const std::error_code error = files::Remove(folder / kJournalName);
+  if (!error) SweepUpdates(folder);
+  return error;
+}
+
+std::error_code MakeUpdateFolder(const fs::path& folder, std::string& name) {
+  name = std::string(kUpdatePrefix) + files::UniquePart();
+  return files::MakeFolder(folder / name);
+}
+
+void SweepUpdates(const fs::path& folder) {
+  const std::optional<Journal> journal = ReadJournal(folder);
+  std::error_code error;
+  for (fs::directory_iterator each(folder, error), end; !error && each != end; each.increment(error)) {
+    std::error_code ignored;
+    const std::string name = each->path().filename().string();
+    if (!IsUpdateFolder(name) || each->is_symlink(ignored) || (journal && journal->folder == name)) continue;
+    fs::remove_all(each->path(), ignored);
+  }
+}
+
+std::optional<RefusedRelease> ReadRefused(const fs::path& folder) {
+  const std::optional<std::string> text = files::ReadWhole(folder / kRefusedName, kLongestJournal);
+  if (!text) return std::nullopt;
+  const std::vector<std::string_view> lines = text::Split(*text, '\n');
+  if (lines.size() < 3) return std::nullopt;
+  return RefusedRelease{std::string(lines[0]), std::string(lines[1]), lines[2] == "told"};
+}
+
+std::error_code WriteRefused(const fs::path& folder, const RefusedRelease& refused) {
+  return files::Replace(folder / kRefusedName, refused.version + "\n" + refused.signature + "\n" +
+                                                   (refused.told ? "told" : "untold") + "\n");
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,51 @@
+// The start of the program as far as updates are concerned, and what instances of it in one folder owe each
+// other: each holds the folder's lock as a reader for as long as it runs, and who changes its files has it
+// alone.
+#pragma once
+
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "webupdate/Swap.h"
+
+namespace tarnwick {
+
+/// How the start goes on.
+struct Beginning {
+  enum class What {
+    Go,      ///< Program, library and the rest are of one release.
+    End,     ///< Another process is the program now: this one ends, with `status`.
+    Failed,  ///< An update is neither done nor undone: no library may be loaded.
+    Busy,    ///< Another instance has been changing the files for too long to wait.
+  };
+  What what = What::Go;
+  int status = 0;
+  std::error_code cause = {};
+  bool dropped = false;  ///< An update that waited was not what it should be, and has gone.
+};
+
+/// Makes this process a reader of its folder and finishes or undoes what an update left to do. May go on as
+/// another program and not return. To be called first, before the link library is loaded.
+Beginning BeginProgram(const CanRun& canRun);
+
+/// What the user is told in place of a start; empty for `Go` and `End`.
+std::string WhyNoStart(const Beginning& beginning);
+
+/// The argument that asks a program whether it can run at all; it answers by its exit status, and does
+/// nothing else.
+inline constexpr std::string_view kTrial = "--can-it-run";
+
+/// Asks `program`; false also where it says nothing within seconds.
+bool TryProgram(const std::filesystem::path& program);
+
+/// Takes the program's folder alone, so that its files may be changed. On an error it is shared as before.
+std::error_code ClaimFolder();
+/// The other instances may start again.
+void ShareFolder();
+
+/// The first page is on view: an update has proved itself. Gives what the user is to be told of one that did
+/// not, once; empty as a rule.
+std::string FirstPageShown();
+
+}  // namespace tarnwick
