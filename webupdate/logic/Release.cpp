@@ -129,7 +129,8 @@ std::string DigestOf(std::string_view content) {
 }
 
 std::string ReleaseText(const Release& release, const std::optional<PublicKey>& next, const SecretKey& key) {
-  std::string body = std::string(kHead) + "\n";
+  std::string body(kHead);
+  body.append("\n");
   body.append(kVersion).append(release.version).append("\n");
   body.append(kSystem).append(release.system).append("\n");
   for (const ReleaseFile& file : release.files) {
