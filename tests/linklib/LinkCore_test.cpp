@@ -86,6 +86,9 @@ TEST(LinkCore, TellsWhyNoTelescopeIsThere) {
       if (!out.empty()) out = Encode({kind, command, out[1], 0, payload});
     };
   };
+  const auto otherSpeed = [](Bytes& out) {
+    if (!out.empty() && out[0] == 0x43) out = Encode({Kind::Done, Command::Speed, out[1], 0, {6}});
+  };
   int answers = 0;
   const std::vector<std::pair<std::int32_t, mount::Line::Damage>> cases = {
       {-2, [](Bytes& out) { out.clear(); }},
@@ -95,6 +98,7 @@ TEST(LinkCore, TellsWhyNoTelescopeIsThere) {
       {-5, frame(Kind::Done, Command::Identify, {'X', 'W', 1, 0, 0, 0})},
       {-5, frame(Kind::Done, Command::Identify, {'T', 'W', 1, 3, 0, 0})},
       {-6, frame(Kind::Done, Command::Identify, {'T', 'W', 2, 0, 0, 0})},
+      {-8, otherSpeed},
       {-8, [&](Bytes& out) { answers += out.empty() || answers > 0 ? out.clear(), 0 : 1; }}};
   for (const auto& [result, damage] : cases) {
     Bench bench;
