@@ -24,7 +24,7 @@ std::string WhyNotWhole(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) return "it cannot be read";
   const bool read = static_cast<bool>(file.read(reinterpret_cast<char*>(&header), sizeof header));
-  if (!read || !std::equal(ELFMAG, ELFMAG + SELFMAG, header.e_ident) || header.e_shoff == 0)
+  if (!read || !std::equal(header.e_ident, header.e_ident + SELFMAG, ELFMAG) || header.e_shoff == 0)
     return "it is no shared library";
   const std::uintmax_t size = fs::file_size(path, error);
   const std::uintmax_t table = std::uintmax_t{header.e_shnum} * header.e_shentsize;
