@@ -30,6 +30,8 @@ constexpr std::array<std::pair<int, speed_t>, 7> kRates = {{{9600, B9600},
                                                             {460800, B460800},
                                                             {921600, B921600}}};
 
+constexpr auto kLowLatency = static_cast<int>(ASYNC_LOW_LATENCY);
+
 /// The system's code for a speed; none for a speed that it has none for.
 std::optional<speed_t> RateOf(int speed) {
   for (const auto& [known, rate] : kRates)
@@ -88,8 +90,8 @@ std::error_code TerminalLine::Prepare(int speed) {
 void TerminalLine::HandOnAtOnce() {
   serial_struct driver{};
   if (::ioctl(mFd, TIOCGSERIAL, &driver) == 0) {
-    if ((driver.flags & ASYNC_LOW_LATENCY) != 0) return;
-    driver.flags |= ASYNC_LOW_LATENCY;
+    if ((driver.flags & kLowLatency) != 0) return;
+    driver.flags |= kLowLatency;
     mHurried = ::ioctl(mFd, TIOCSSERIAL, &driver) == 0;
     if (mHurried) return;
   }
@@ -101,7 +103,7 @@ void TerminalLine::HandOnAtOnce() {
 void TerminalLine::HoldBackAgain() {
   serial_struct driver{};
   if (mHurried && ::ioctl(mFd, TIOCGSERIAL, &driver) == 0) {
-    driver.flags &= ~ASYNC_LOW_LATENCY;
+    driver.flags &= ~kLowLatency;
     ::ioctl(mFd, TIOCSSERIAL, &driver);
   }
   if (!mHeldBack.empty()) std::ofstream(mTimer) << mHeldBack;
