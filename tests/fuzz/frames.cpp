@@ -12,21 +12,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   constexpr int kSendings = 3;  // noise that happens to be a frame may reach into the first answer
   if (size < kHead || !PayloadLength(data[0], {})) return 0;
   const auto command = static_cast<Command>(data[0] & 0x3F);
-  Frame request{Kind::Request, command, data[1], data[2], Bytes(3, data[3])};
+  const auto head = static_cast<std::uint8_t>(0x80U | static_cast<unsigned>(command));
+  Frame request{Kind::Request, command, data[1], data[2], Bytes(*PayloadLength(head, {}), data[3])};
   if (command == Command::Read) request.payload[2] = static_cast<std::uint8_t>(1 + data[3] % kMostWords);
   Frame answer = request;
   answer.kind = Kind::Done;
-  answer.payload.assign(AnswerLength(request) - kHeaderLength - kCrcLength, request.payload[2]);
+  answer.payload.assign(AnswerLength(request) - kHeaderLength - kCrcLength,
+                        request.payload.empty() ? data[3] : request.payload.back());
   // A block may be answered in the short form, and asked for as the one that both ends expect.
   const bool brief = IsWrite(command) && data[4] % 2 == 1;
   if (brief) answer.brief = Get16(request.payload, 0);
-  const Known expected{data[1], data[2], 0};
+  const Known expected = brief ? KnownOf(request) : Known{};
 
   ReplyReader replies;
   RequestReader requests;
   std::optional<Frame> found;
   replies.Expect(request, brief);
-  requests.Know({expected});
+  if (brief) requests.Know({expected});
   const std::size_t piece = 1 + data[4] % 40;
   for (std::size_t at = kHead; at < size; at += piece) {
     const ByteView bytes(data + at, std::min(piece, size - at));
