@@ -183,6 +183,7 @@ bool ProgrammingRun::RenewBootLoader(RowOutcome& outcome, Watch& watch) {
     ui::MessageBox("[" + row.Name + "] " + std::string(kOtherRevision));
     return false;
   }
+  if (gCancelProgram) return false;
   outcome.BootPackage = true;
   watch.Beginning();
   const bool renewed = UpgradeBootLoader(outcome.Row, "Upgrading BootLoader: ", gQAL->RealFilename(), watch);

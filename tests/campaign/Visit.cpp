@@ -170,11 +170,11 @@ void Visit::Begin() {
   if (++mResult.visits == 2 && mCase.again) mRig.faults.Play("cut " + std::to_string(mCase.againAt));
   mAdvice = {};
   mTried["restart"] = 0;
-  mCancelled = false;
+  mCancelled = mBetween = false;
   mBlocksAfterCancel = 0;
   ProgrammingRun run(rows, together, mJudged);
   run.Execute(*this);
-  if (mBlocksAfterCancel > 1) mResult.wrong = "went on after a cancel";
+  if (mBlocksAfterCancel > (mBetween ? 0 : 1)) mResult.wrong = "went on after a cancel";
   for (const RowOutcome& outcome : run.Outcomes()) {
     const std::string line = OutcomeText(outcome);
     Tell(line);
@@ -305,6 +305,7 @@ std::string Visit::InputBox(std::string_view, std::string_view, std::string_view
 void Visit::PumpEvents() {
   if (!gProgramming || mCase.fault != Fault::Cancel || ++mPumps != mCase.count) return;
   mStruck = mCancelled = gCancelProgram = true;
+  mBetween = mLabel.ends_with(" 100%");
 }
 
 bool Visit::Strike(const std::string& call) {

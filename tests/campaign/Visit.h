@@ -67,7 +67,7 @@ class Visit final : public ui::IUserInterface, public IProgress {
   void PumpEvents() override;
   void PumpPainting() override {}
   void Beep() override {}
-  void Label(const std::string&) override {}
+  void Label(const std::string& text) override { mLabel = text; }
   void Bar(double) override {}
   void Caption(const std::string&) override {}
   void Rest() override {}
@@ -99,6 +99,8 @@ class Visit final : public ui::IUserInterface, public IProgress {
   std::vector<std::int32_t> mRows;  ///< Chosen on the last page; all when empty.
   std::int32_t mRow = 1;            ///< That the advice is about.
   std::int32_t mNamed = 0;          ///< Revision that the owner read somewhere.
+  std::string mLabel;               ///< Of the progress.
+  bool mBetween = false;            ///< The cancel came behind the end of an image.
   std::string_view mAdvice;         ///< Of the last message.
   std::map<std::string, int> mTried;
   QalIdentity mJudged;

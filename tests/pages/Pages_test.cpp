@@ -225,6 +225,20 @@ TEST_F(Pages, FourKeepsTheComputerAwakeDuringARun) {
   ::setenv("PATH", path.c_str(), 1);
 }
 
+TEST_F(Pages, TheStartTellsOfARunThatWasCutOffAndTheMotorsProgrammingEndsThat) {
+  const std::filesystem::path note = folder / "Tarnwick.unfinished";
+  WriteFile(note, "[16]\r\nNAME= AZM(RA) Motor\r\nHWREV= 5\r\nPACKAGE= A.qal\r\nPERCENT= 40\r\n");
+  Start();
+  EXPECT_THAT(Said(), ElementsAre(HasSubstr("AZM(RA) Motor (last seen: HwRev 5): stopped at 40 % of A.qal")));
+  WalkTo(4);
+  ClickRow("lstDevices", 2);
+  Click("cmdProgram");
+  EXPECT_TRUE(std::filesystem::exists(note)) << "It is about the other motor.";
+  ClickRow("lstDevices", 1);
+  Click("cmdProgram");
+  EXPECT_FALSE(std::filesystem::exists(note));
+}
+
 TEST_F(Pages, FourLetsTheUserAskToStopUntilItIsConfirmed) {
   Start();
   WalkTo(4);

@@ -3,6 +3,7 @@
 
 #include "ProgrammerFixture.h"
 #include "platform/program.h"
+#include "programmer/UnfinishedRun.h"
 #include "programmer/modProgrammer.h"
 #include "settings/Settings.h"
 #include "support/TempFolder.h"
@@ -160,12 +161,31 @@ TEST_F(ProgrammingRunTest, BeginsNoFurtherImageAfterACancel) {
       link.log = [&](const std::string& call) { gCancelProgram = gCancelProgram || call == moment; };
       Run();
       link.log = {};
-      EXPECT_EQ(Changes().find("17"), std::string::npos);
-      EXPECT_EQ(std::count(link.calls.begin(), link.calls.end(), "endProgramming 16"),
-                moment[0] == 'e' ? 1 : 0);
+      EXPECT_EQ(Changes(), moment[0] == 'e' ? "enterBoot 16;startProgramming 16;endProgramming 16;" : "");
       EXPECT_THAT(user.Said(), IsEmpty()) << "Not complete, and nothing failed.";
     }
   }
+}
+
+TEST_F(ProgrammingRunTest, HasTheMotorsNameWrittenDownWhileItCannotRun) {
+  std::map<std::string, std::size_t> noted;
+  const auto note = [&](const std::string& call) { noted[call] = ReadUnfinished().size(); };
+  link.log = note;
+  Run({1});
+  EXPECT_EQ(noted["getVersionFromBoot 16"], 0U);
+  EXPECT_EQ(noted["enterBoot 16"] * 10 + noted["endProgramming 16"], 11U);
+  EXPECT_EQ(ReadUnfinished().size(), 0U) << "It is written.";
+  link.devices[16].state = link.devices[17].state = 1;
+  Refresh();
+  link.Fail("enterBoot", 1);
+  Run();
+  EXPECT_EQ(ReadUnfinished().size(), 0U) << "Nothing happened to it.";
+  link.log = {};
+  link.Fail("sendData", 6);  // The second block of the second device.
+  user.answers = {ui::Answer::No};
+  Run();
+  ASSERT_EQ(ReadUnfinished().size(), 1U);
+  EXPECT_EQ(ReadUnfinished()[0].Name + ReadUnfinished()[0].Package, "ALT(DEC) Motorchosen.qal");
 }
 
 TEST_F(ProgrammingRunTest, ACancelBeatsAYesAndAnyStopEndsTheRun) {
