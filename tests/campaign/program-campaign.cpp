@@ -121,11 +121,9 @@ void Note(Totals& totals, const Result& result) {
 }
 
 bool Tell(const std::string& name, const Totals& totals) {
-  std::printf(
-      "%-22s %6u played: %6u refused before the first touch, %6u began, %6u ended well, %u bad; %u met "
-      "their fault, %u runs\n",
-      name.c_str(), totals.played, totals.refused, totals.played - totals.refused, totals.done, totals.bad,
-      totals.struck, totals.visits);
+  std::printf("%-14s %6u played: %5u refused, %5u began, %5u ended well, %u bad; %5u struck, %6u runs\n",
+              name.c_str(), totals.played, totals.refused, totals.played - totals.refused, totals.done,
+              totals.bad, totals.struck, totals.visits);
   return std::fflush(stdout) == 0 && totals.bad == 0;
 }
 
