@@ -51,7 +51,7 @@ offer() {
 # Prints the window with exactly that title, once it is on view and is none of the windows $2 ...
 window() {
   local id
-  for _ in {1..300}; do
+  for _ in {1..600}; do
     for id in $(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null); do
       [[ " ${*:2} " == *" $id "* ]] || { echo "$id"; return; }
     done

@@ -96,6 +96,22 @@ TEST_F(SwapTest, FailedOrCutAtEachStepTheNextStartFindsOldOrNew) {
   EXPECT_GE(EachFault(prepare, confirm, expectNew), 4);
 }
 
+TEST_F(SwapTest, TheProgramIsMovedLastAndPutBackFirst) {
+  // So that the release before can be started at each moment in between.
+  const auto moved = [](const std::vector<FileCall>& calls) {
+    std::vector<std::string> names;
+    for (const FileCall& call : calls)
+      if (call.call == "rename" && !call.to.ends_with(".journal"))
+        names.push_back(fs::path(call.to).filename());
+    return names;
+  };
+  Prepare();
+  EXPECT_THAT(moved(DoneCalls([this] { Settle(); })),
+              testing::ElementsAre("Tarnwick.so", "Notes.htm", "Added.htm", "P"));
+  EXPECT_THAT(moved(DoneCalls([this] { TakeBack(home); })),
+              testing::ElementsAre("P", "Notes.htm", "Tarnwick.so", "WebUpdate.refused"));
+}
+
 TEST_F(SwapTest, APowerCutLeavesOldOrNewWhateverWasLost) {
   std::mt19937 random(3);
   int seen[2] = {};

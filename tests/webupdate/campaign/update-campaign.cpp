@@ -126,6 +126,7 @@ int Option(int argc, char** argv, const char* name, int standard) {
 
 int main(int argc, char** argv) {
   if (argc < 2) return 2;
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
   ::setenv("QT_QPA_PLATFORM", "offscreen", 1);  // So that there is a display.
   const int runs = Option(argc, argv, "--runs", 3000), run = Option(argc, argv, "--run", -1);
   std::mt19937 random(static_cast<unsigned>(Option(argc, argv, "--seed", 1)));
