@@ -2,13 +2,17 @@
 // of its calls of the system. The judge is the next start: old or new, never mixed, never none.
 //
 //   update-campaign PLAYER [--runs N] [--seed N] [--only KIND --run N]
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <random>
+#include <thread>
 
 #include "Tracer.h"
+#include "platform/FileLock.h"
 #include "platform/files.h"
+#include "platform/process.h"
 #include "support/SignedRelease.h"
 #include "support/TempFolder.h"
 #include "webupdate/Journal.h"
@@ -90,6 +94,28 @@ class Stage {
   }
   bool IsNew() const { return mNew; }
 
+  /// Starts the program while another instance has the folder alone, which then renames a new release into
+  /// place: what began as the old program has to go on as the new one. Empty when it does.
+  std::string PlayReplaced() {
+    Prepare();
+    FileLock lock;
+    if (lock.Open(mHome / "WebUpdate.lock") || lock.Claim()) return "the folder cannot be locked";
+    process::Beside program;
+    if (program.Start({(mHome / "Tarnwick").string()})) return "the program cannot be started";
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    for (const char* const name : {"Tarnwick.so", "Tarnwick"}) {
+      const bool isProgram = std::string_view(name) == "Tarnwick";
+      WriteFile(mHome / "new", isProgram ? mPlayer + "#2.2.5" : "library#2.2.5");
+      fs::permissions(mHome / "new", fs::perms(0755));
+      fs::rename(mHome / "new", mHome / name);
+    }
+    lock.Release();
+    for (int waits = 0; program.Runs() && waits < 1000; ++waits)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    const std::string shown = ReadFile(mHome / "shown");
+    return shown == "2.2.5 2.2.5\n" ? "" : "a replaced program showed " + shown;
+  }
+
  private:
   const Kind& mKind;
   std::string mPlayer;
@@ -130,7 +156,9 @@ int main(int argc, char** argv) {
   ::setenv("QT_QPA_PLATFORM", "offscreen", 1);  // So that there is a display.
   const int runs = Option(argc, argv, "--runs", 3000), run = Option(argc, argv, "--run", -1);
   std::mt19937 random(static_cast<unsigned>(Option(argc, argv, "--seed", 1)));
-  int bad = 0;
+  const std::string replaced = Stage(argv[1], kKinds[0]).PlayReplaced();
+  if (!replaced.empty()) std::printf("FAILED: %s\n", replaced.c_str());
+  int bad = replaced.empty() ? 0 : 1;
   for (const Kind& kind : kKinds) {
     const char* only = nullptr;
     for (int i = 2; i + 1 < argc; ++i)
