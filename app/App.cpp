@@ -17,6 +17,7 @@
 #include "platform/http/CurlTransport.h"
 #include "platform/program.h"
 #include "platform/qt/HelpWindow.h"
+#include "platform/qt/InputGate.h"
 #include "platform/qt/QtUser.h"
 #include "platform/record.h"
 #include "programmer/UnfinishedRun.h"
@@ -69,6 +70,7 @@ App::App(QApplication& application) {
   QGuiApplication::setDesktopFileName(QStringLiteral("org.tarnwick.Tarnwick"));  // the one in packaging/
   ApplyLook();
   TrustBuiltInKey();
+  qt::InputGate::Of();  // Before any window sees an event.
   mParts = std::make_unique<Parts>();
   QObject::connect(&application, &QGuiApplication::commitDataRequest, &mParts->window,
                    [this](QSessionManager& session) { EndSession(session, mParts->window); });

@@ -114,7 +114,7 @@ void Step3::lstFirmware_Click() {
 
 void Step3::BeforePageShow(CWizard& wizard, std::int16_t currentStep) {
   if (currentStep == 2) {
-    ui::PumpEvents();
+    wizard.Frame().PumpEvents();
     wizard.Frozen(true);
     txtStatus->ShowReport();
     ListFirmware({});
@@ -172,11 +172,12 @@ void Step3::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel)
     cancel = true;
   } else {
     wizard.Frozen(true);
-    const int judged = lstFirmware->Selected();
+    const std::filesystem::path judged = SelectedPackage();
     cancel = !AcceptPackage();
     wizard.Frozen(false);
-    // That lets waiting clicks through: what was chosen by one of them has not been judged.
-    cancel = cancel || lstFirmware->Selected() != judged;
+    // Whatever came in between, only what was judged goes on.
+    const bool same = lstFirmware->Selected() >= 0 && SelectedPackage() == judged;
+    cancel = cancel || !same || gQAL->RealFilename() != judged;
   }
 }
 

@@ -8,6 +8,10 @@ namespace {
 class SystemClock final : public IClock {
  public:
   std::tm LocalNow() override { return LocalTime(std::time(nullptr)).value_or(std::tm{}); }
+  std::chrono::milliseconds SteadyNow() override {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now().time_since_epoch());
+  }
   void Sleep(std::chrono::milliseconds duration) override { std::this_thread::sleep_for(duration); }
 };
 
@@ -21,6 +25,9 @@ IClock& Clock() {
 
 std::tm LocalNow() {
   return Clock().LocalNow();
+}
+std::chrono::milliseconds SteadyNow() {
+  return Clock().SteadyNow();
 }
 void Sleep(std::chrono::milliseconds duration) {
   Clock().Sleep(duration);

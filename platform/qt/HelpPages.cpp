@@ -1,8 +1,10 @@
 #include "HelpPages.h"
 
 #include <QFontInfo>
+#include <QRegularExpression>
 #include <QTextBlock>
 #include <QTextDocument>
+#include <QTextDocumentFragment>
 #include <algorithm>
 #include <cmath>
 
@@ -82,6 +84,15 @@ std::vector<HelpEntry> EntriesOf(const QString& html, const QString& topic) {
     if (!anchor.isEmpty()) entries.push_back({block.text(), QUrl(topic + u'#' + anchor)});
   }
   return entries;
+}
+
+QStringList TermsOf(const QString& html) {
+  static const QRegularExpression kTerm(QStringLiteral("<dt>(.*?)</dt>"));
+  QStringList terms;
+  for (auto found = kTerm.globalMatch(html); found.hasNext();) {
+    terms.append(QTextDocumentFragment::fromHtml(found.next().captured(1)).toPlainText());
+  }
+  return terms;
 }
 
 QString HelpStyle(const QPalette& palette, const QFont& font) {

@@ -32,6 +32,9 @@ struct HelpEntry {
 /// The page itself, then its sections.
 std::vector<HelpEntry> EntriesOf(const QString& html, const QString& topic);
 
+/// The messages that the page explains, as it words them.
+QStringList TermsOf(const QString& html);
+
 /// The style of all pages, in the colours of `palette` and in proportion to `font`.
 QString HelpStyle(const QPalette& palette, const QFont& font);
 

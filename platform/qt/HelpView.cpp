@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "HelpMatch.h"
 #include "HelpPages.h"
 #include "platform/program.h"
 #include "platform/qt/CopyRecord.h"
@@ -209,15 +210,29 @@ void HelpView::Open(const QString& topic) {
   activateWindow();
 }
 
+void HelpView::OpenAt(const QString& message) {
+  QStringList terms;
+  QStringList pages;
+  for (const char* const topic : kHelpTopics) {
+    const QStringList here = TermsOf(ReadHelpPage(mFolder, QLatin1String(topic)));
+    terms += here;
+    for (qsizetype i = 0; i < here.size(); ++i) pages.append(QLatin1String(topic));
+  }
+  const QString term = TermOf(terms, message);
+  Open(term.isEmpty() ? QLatin1String(kHelpTopics.front()) : pages[terms.indexOf(term)]);
+  if (!term.isEmpty() && txtPage->find(MatcherOf(term))) txtPage->ShowHit();
+}
+
 void HelpView::FindNext() {
   const QString text = txtFind->text().simplified();
   if (text.isEmpty()) return;
-  const bool found = txtPage->find(text) || FindBeyond(text);
+  const QRegularExpression wanted = MatcherOf(text);
+  const bool found = txtPage->find(wanted) || FindBeyond(wanted);
   if (found) txtPage->ShowHit();
   lblFind->setText(found ? QString() : QStringLiteral("Not found"));
 }
 
-bool HelpView::FindBeyond(const QString& text) {
+bool HelpView::FindBeyond(const QRegularExpression& wanted) {
   const int pages = static_cast<int>(kHelpTopics.size());
   int here = 0;
   while (here < pages && txtPage->Topic() != QLatin1String(kHelpTopics[static_cast<std::size_t>(here)]))
@@ -226,10 +241,10 @@ bool HelpView::FindBeyond(const QString& text) {
     const QString topic = QLatin1String(kHelpTopics[static_cast<std::size_t>((here + step) % pages)]);
     QTextDocument document;
     document.setHtml(ReadHelpPage(mFolder, topic));
-    if (document.find(text).isNull()) continue;
+    if (document.find(wanted).isNull()) continue;
     if (topic != txtPage->Topic()) txtPage->setSource(QUrl(topic));
     txtPage->moveCursor(QTextCursor::Start);
-    return txtPage->find(text);
+    return txtPage->find(wanted);
   }
   return false;
 }

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTextBrowser>
 #include <QTreeWidget>
 #include <QWidget>
@@ -37,6 +38,8 @@ class HelpView final : public QWidget {
   const std::filesystem::path& Folder() const { return mFolder; }
   /// Brings the window to the front with the page `topic`, a known one, from its beginning.
   void Open(const QString& topic);
+  /// The same with what the pages say of `message`, or with the first page where they say nothing.
+  void OpenAt(const QString& message);
 
  private:
   void MakeControls();
@@ -47,7 +50,7 @@ class HelpView final : public QWidget {
   void MarkContents(const QUrl& page);
   /// Goes to the next hit, from page to page and round to where it began.
   void FindNext();
-  bool FindBeyond(const QString& text);
+  bool FindBeyond(const QRegularExpression& wanted);
 
   std::filesystem::path mFolder;
   QPushButton* cmdBack = nullptr;

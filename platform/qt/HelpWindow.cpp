@@ -2,6 +2,7 @@
 
 #include "HelpPages.h"
 #include "HelpView.h"
+#include "platform/qt/QtText.h"
 
 namespace tarnwick::qt {
 
@@ -15,9 +16,16 @@ HelpWindow::~HelpWindow() {
 
 void HelpWindow::Show(const std::filesystem::path& folder, std::string_view topic) {
   const QString page = QString::fromLatin1(topic.data(), static_cast<qsizetype>(topic.size()));
-  if (!IsHelpTopic(page)) return;
+  if (IsHelpTopic(page)) Of(folder).Open(page);
+}
+
+void HelpWindow::ShowMessage(const std::filesystem::path& folder, std::string_view message) {
+  Of(folder).OpenAt(qt::Show(message));
+}
+
+HelpView& HelpWindow::Of(const std::filesystem::path& folder) {
   if (mView == nullptr || mView->Folder() != folder) mView = std::make_unique<HelpView>(folder);
-  mView->Open(page);
+  return *mView;
 }
 
 }  // namespace tarnwick::qt

@@ -24,6 +24,24 @@ QString ShowName(std::string_view name) {
   return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
 }
 
+QString Bounded(const QString& text, TextBound bound) {
+  constexpr QChar kEllipsis = u'\u2026';
+  QString shown;
+  int lines = 0;
+  for (qsizetype from = 0; from <= text.size(); ++lines) {
+    if (lines == bound.lines) return shown + kEllipsis;
+    qsizetype end = text.indexOf(u'\n', from);
+    if (end < 0) end = text.size();
+    const qsizetype length = end - from;
+    const bool fits = length <= bound.lineLength;
+    shown += QStringView(text).mid(from, fits ? length : bound.lineLength - 1);
+    if (!fits) shown += kEllipsis;
+    if (end < text.size()) shown += u'\n';
+    from = end + 1;
+  }
+  return shown;
+}
+
 std::string Read(const QString& shown) {
   std::string text(static_cast<std::size_t>(shown.size()), '\0');
   std::transform(shown.begin(), shown.end(), text.begin(), [](QChar c) { return FromUnicode(c.unicode()); });

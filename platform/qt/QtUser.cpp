@@ -4,16 +4,25 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QScreen>
+#include <QShortcut>
 #include <QStyle>
+#include <QTimer>
 #include <algorithm>
 
 #include "BoxIcon.h"
+#include "platform/help.h"
 #include "platform/program.h"
+#include "platform/qt/BoxOwner.h"
+#include "platform/qt/InputGate.h"
 #include "platform/qt/QtText.h"
 
 namespace tarnwick::qt {
 namespace {
+
+/// What a box shows of a text: what fits a small screen beside the buttons.
+constexpr TextBound kBoxText{.lines = 16, .lineLength = 300};
 
 QMessageBox::StandardButtons ButtonsOf(ui::Buttons buttons) {
   switch (buttons) {
@@ -90,29 +99,50 @@ void KeepLines(QMessageBox& box) {
   label->setMinimumWidth(std::min(wanted, box.screen()->availableGeometry().width() * 3 / 4));
 }
 
+/// Help and F1 open the help at what it says of this message, and leave the box as it is.
+void GiveHelp(QMessageBox& box, const std::string& text) {
+  QPushButton* const help = box.addButton(QMessageBox::Help);
+  help->disconnect();
+  const auto show = [text] { help::ShowMessage(program::This().folder / "help", text); };
+  QObject::connect(help, &QPushButton::clicked, &box, show);
+  QObject::connect(new QShortcut(Qt::Key_F1, &box), &QShortcut::activated, &box, show);
+}
+
+/// Where another window lies before the box, the desktop is told that somebody is waited for.
+void AskForAttention(QDialog& box) {
+  QTimer::singleShot(0, &box, [&box] {
+    if (!box.isActiveWindow()) QApplication::alert(box.parentWidget() == nullptr ? &box : box.parentWidget());
+  });
+}
+
 }  // namespace
 
 ui::Answer QtUser::MessageBox(std::string_view text, ui::Buttons buttons, ui::Icon icon) {
-  QMessageBox box(QMessageBox::NoIcon, Show(program::This().name), Show(text), ButtonsOf(buttons),
-                  QApplication::activeWindow());
+  QMessageBox box(QMessageBox::NoIcon, Show(program::This().name), Bounded(Show(text), kBoxText),
+                  ButtonsOf(buttons), BoxOwner::Current());
   box.setIconPixmap(
       BoxIcon(icon, box.style()->pixelMetric(QStyle::PM_MessageBoxIconSize), box.devicePixelRatioF()));
   box.setAccessibleName(NameOf(icon));
   box.setTextFormat(Qt::PlainText);  // device names and file names are shown, never interpreted
   KeepLines(box);
-  box.setWindowModality(Qt::ApplicationModal);
+  box.setWindowModality(Qt::WindowModal);
   box.setDefaultButton(FirstOf(buttons));
   box.setEscapeButton(LastOf(buttons));
+  GiveHelp(box, std::string(text));
+  if (buttons != ui::Buttons::Ok) InputGate::Of().Asks(box);
+  AskForAttention(box);
   return AnswerOf(box.exec());
 }
 
 std::string QtUser::InputBox(std::string_view prompt, std::string_view title, std::string_view proposed) {
-  QInputDialog box(QApplication::activeWindow());
+  QInputDialog box(BoxOwner::Current());
   box.setInputMode(QInputDialog::TextInput);
-  box.setWindowModality(Qt::ApplicationModal);
+  box.setWindowModality(Qt::WindowModal);
   box.setWindowTitle(Show(title));
   box.setLabelText(Show(prompt));
   box.setTextValue(Show(proposed));
+  InputGate::Of().Asks(box);
+  AskForAttention(box);
   return box.exec() == QDialog::Accepted ? Read(box.textValue()) : std::string();
 }
 

@@ -6,9 +6,9 @@
 #include <stdexcept>
 
 #include "app/ProgramSettings.h"
+#include "platform/modDebug.h"
 #include "platform/program.h"
 #include "platform/text.h"
-#include "platform/modDebug.h"
 #include "support/ClockDouble.h"
 #include "support/ResetGlobals.h"
 #include "support/TempFolder.h"
@@ -60,6 +60,9 @@ struct FrameDouble final : public IWizardFrame {
   }
   void TabPosition(FrameButton button, int at) override { Note(Name(button) + " at", at); }
   void FocusButton(FrameButton button) override { Note("Focus " + Name(button)); }
+  void BeforeLock() override { Note("Before lock"); }
+  void BeforeUnlock() override { Note("Before unlock"); }
+  void ShowLock() override { Note("Show lock"); }
   void PageAreaEnabled(bool on) override { Note(on ? "Page area on" : "Page area off"); }
   void PageAreaTabPosition(int at) override { Note("Page area at", at); }
   void FocusPageArea() override { Note("Focus page area"); }
@@ -110,7 +113,8 @@ struct WizardTest : testing::Test, IWizardController {
   }
   void RunMain() {
     gController = nullptr;
-    controller = Main(frame, {LoadSettings, SaveSettings}, {Factory("One"), Factory("Two"), Factory("Three"), Factory("Four")});
+    controller = Main(frame, {LoadSettings, SaveSettings},
+                      {Factory("One"), Factory("Two"), Factory("Three"), Factory("Four")});
     wizard = &controller->WizardHandle();
   }
   PageFactory Factory(const std::string& name) {

@@ -6,6 +6,7 @@
 #include "link/Devices.h"
 #include "platform/contain.h"
 #include "platform/program.h"
+#include "platform/qt/InputGate.h"
 #include "platform/qt/QtText.h"
 #include "platform/text.h"
 #include "platform/ui.h"
@@ -135,6 +136,7 @@ void frmWebUpdate::cmdDownload_Click() {
     FillGrid();
     mBar->Label(QStringLiteral("Download Complete"));
   });
+  qt::InputGate::Of().Discard();  // What was pressed while it was dead stays undone.
   mTransfer = false;
   txtDescription->Text(mCatalogue.Files(Grid->Row()).Description);
   SettleButtons();

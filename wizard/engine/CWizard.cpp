@@ -82,6 +82,7 @@ void CWizard::Form_Unload() {
 }
 
 void CWizard::Frozen(bool frozen) {
+  if (frozen != mFrozen) frozen ? mFrame.BeforeLock() : mFrame.BeforeUnlock();
   mFrozen = frozen;
   mFrame.Enabled(FrameButton::cmdHelp, !frozen);
   mFrame.Enabled(FrameButton::cmdStepBack, mCurrentStep != 1 && !frozen);

@@ -1,10 +1,8 @@
-// The input of the frame's window: keys pressed and released, wherever the focus is, and what a locked
-// page is kept from.
-#include <QAbstractButton>
+// The keys of the frame's window, wherever the focus is.
 #include <QApplication>
 #include <QKeyEvent>
-#include <QPoint>
 #include <QWindow>
+#include <algorithm>
 
 #include "wizard/CWizard.h"
 #include "wizard/WizardWindow.h"
@@ -14,6 +12,7 @@ namespace {
 
 /// The one key that the window answers itself, as if its Help button were pressed.
 constexpr std::int16_t kHelpKey = 112;
+constexpr std::int16_t kEnterKey = 13;
 
 /// The key codes that the frame knows; 0 for any other key.
 std::int16_t KeyCodeOf(int key) {
@@ -26,7 +25,7 @@ std::int16_t KeyCodeOf(int key) {
       return 39;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-      return 13;
+      return kEnterKey;
     case Qt::Key_F1:
       return kHelpKey;
     default:
@@ -44,13 +43,8 @@ std::int16_t ShiftOf(Qt::KeyboardModifiers modifiers) {
 
 /// Whether the frame acts on the key, so that no control may take it as well.
 bool IsForFrame(std::int16_t code, std::int16_t shift) {
-  if (code == 27 || code == 13 || code == kHelpKey) return shift == 0;
+  if (code == 27 || code == kEnterKey || code == kHelpKey) return shift == 0;
   return code != 0 && shift == 4;
-}
-
-bool IsPointerInput(QEvent::Type type) {
-  return type == QEvent::MouseButtonPress || type == QEvent::MouseButtonRelease ||
-         type == QEvent::MouseButtonDblClick || type == QEvent::Wheel;
 }
 
 }  // namespace
@@ -67,10 +61,8 @@ bool WizardWindow::KeyReleased(int key) {
   mPressed.erase(found);
   std::int16_t code = KeyCodeOf(key);
   if (!IsForFrame(code, shift)) return false;
-  // A button that has the focus keeps Enter for itself, as everywhere on a desktop.
-  auto* const button = qobject_cast<QAbstractButton*>(focusWidget());
-  if (code == 13 && button != nullptr && button->isEnabled() && !IsLocked(*button)) {
-    button->click();
+  if (code == kEnterKey) {
+    PressEnter();
   } else if (code == kHelpKey) {
     At(FrameButton::cmdHelp).widget->click();
   } else {
@@ -79,37 +71,21 @@ bool WizardWindow::KeyReleased(int key) {
   return true;
 }
 
-bool WizardWindow::IsLocked(const QWidget& widget) const {
-  return !mPageAreaEnabled && picPage->isAncestorOf(&widget);
+void WizardWindow::PressEnter() {
+  const auto focused = std::find_if(mButtons.begin(), mButtons.end(),
+                                    [](const Button& each) { return each.widget->hasFocus(); });
+  if (focused != mButtons.end()) return focused->widget->click();
+  std::int16_t code = kEnterKey;
+  mWizard->TranslateKey(code, 0);
 }
 
 bool WizardWindow::eventFilter(QObject* watched, QEvent* event) {
-  // Caught before the toolkit looks which control is there: a click would give that one the focus.
-  if (watched == windowHandle() && IsPointerInput(event->type())) {
-    const QPoint at = static_cast<QSinglePointEvent*>(event)->position().toPoint();
-    return !mPageAreaEnabled && picPage->geometry().contains(at);
-  }
   const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
-  if (!isKey && event->type() != QEvent::Shortcut) return false;
-  const auto* const widget = qobject_cast<QWidget*>(isKey ? watched : watched->parent());
-  if (widget == nullptr || widget->window() != this) return false;
-  const bool locked = IsLocked(*widget);
-  if (!isKey) return locked;
+  if (watched != windowHandle() || !isKey || QApplication::activePopupWidget() != nullptr) return false;
   const auto* const key = static_cast<QKeyEvent*>(event);
-  bool taken = false;
-  if (key->isAutoRepeat()) {
-    taken = IsForFrame(KeyCodeOf(key->key()), ShiftOf(key->modifiers()));
-  } else {
-    taken = event->type() == QEvent::KeyPress ? KeyPressed(key->key(), key->modifiers())
-                                              : KeyReleased(key->key());
-  }
-  return taken || locked;
-}
-
-bool WizardWindow::event(QEvent* event) {
-  // A key held down while another window comes up is let go there or for nothing.
-  if (event->type() == QEvent::WindowBlocked || event->type() == QEvent::WindowDeactivate) mPressed.clear();
-  return QWidget::event(event);
+  if (key->isAutoRepeat()) return false;
+  return event->type() == QEvent::KeyPress ? KeyPressed(key->key(), key->modifiers())
+                                           : KeyReleased(key->key());
 }
 
 }  // namespace tarnwick

@@ -7,6 +7,7 @@
 #include <QCursor>
 #include <QPainter>
 #include <QScreen>
+#include <QWindow>
 #include <algorithm>
 #include <chrono>
 
@@ -43,9 +44,7 @@ QRect RectOf(const FrameRect& rect) {
 
 WizardWindow::WizardWindow() = default;
 
-WizardWindow::~WizardWindow() {
-  qApp->removeEventFilter(this);
-}
+WizardWindow::~WizardWindow() = default;
 
 void WizardWindow::MakeButton(FrameButton button, const char* name, const std::string& caption) {
   Button& made = At(button);
@@ -88,11 +87,12 @@ void WizardWindow::LoadFrame() {
   lblShutdown->setAlignment(Qt::AlignCenter);
   lblShutdown->setMargin(Scaled(10));
   lblShutdown->hide();
-  qApp->installEventFilter(this);
+  qt::InputGate::Of().Watch(*this, *this);
 }
 
 void WizardWindow::ShowFrame() {
   show();
+  windowHandle()->installEventFilter(this);
 }
 
 void WizardWindow::LoadPage(IWizardPage& page) {
@@ -200,23 +200,6 @@ void WizardWindow::FocusButton(FrameButton button) {
   At(button).widget->setFocus();
 }
 
-void WizardWindow::PageAreaEnabled(bool enabled) {
-  if (enabled == mPageAreaEnabled) return;
-  mPageAreaEnabled = enabled;
-  if (!enabled) {
-    // The focus is parked on the frame, so that it does not fall on a button that is still live and
-    // take the next Space there.
-    QWidget* const focus = focusWidget();
-    mFocusBeforeFreeze = focus != nullptr && picPage->isAncestorOf(focus) ? focus : nullptr;
-    if (mFocusBeforeFreeze != nullptr) setFocus();
-    mGreying.start();
-    return;
-  }
-  mGreying.stop();
-  picPage->setEnabled(true);
-  if (mFocusBeforeFreeze != nullptr && focusWidget() == this) mFocusBeforeFreeze->setFocus();
-}
-
 void WizardWindow::PageAreaTabPosition(int) {
   // Pages are attached after the buttons were made, so the page area is last in the order already,
   // and the order is a circle.
@@ -245,7 +228,7 @@ void WizardWindow::SetWaitPointer(bool on) {
 }
 
 void WizardWindow::PumpEvents() {
-  ui::PumpEvents();
+  mLocked ? ui::PumpEvents() : ui::PumpPainting();
 }
 void WizardWindow::RequestClose() {
   close();

@@ -14,12 +14,15 @@ class IClock {
   virtual ~IClock() = default;
   /// Local date and time, read once.
   virtual std::tm LocalNow() = 0;
+  /// Time that only goes on, from some beginning.
+  virtual std::chrono::milliseconds SteadyNow() = 0;
   /// Blocks the calling thread.
   virtual void Sleep(std::chrono::milliseconds duration) = 0;
 };
 
 // By the clock that `Seam<IClock>` has, else the system's.
 std::tm LocalNow();
+std::chrono::milliseconds SteadyNow();
 void Sleep(std::chrono::milliseconds duration);
 
 /// The local date and time of a moment; none where the system has no answer.

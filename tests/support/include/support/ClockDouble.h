@@ -1,4 +1,4 @@
-// A clock that tells a fixed time and never sleeps.
+// A clock that tells a fixed date and never sleeps; between any two looks at it a second goes by.
 #pragma once
 
 #include <vector>
@@ -13,9 +13,11 @@ class ClockDouble final : public clock::IClock {
   ClockDouble() { Seam<clock::IClock>::Install(*this); }
   ~ClockDouble() override { Seam<clock::IClock>::Uninstall(); }
   std::tm LocalNow() override { return now; }
+  std::chrono::milliseconds SteadyNow() override { return steady += std::chrono::seconds(1); }
   void Sleep(std::chrono::milliseconds duration) override { sleeps.push_back(duration); }
 
   std::tm now{};
+  std::chrono::milliseconds steady{};
   std::vector<std::chrono::milliseconds> sleeps;
 };
 

@@ -18,6 +18,7 @@
 #include "app/App.h"
 #include "platform/awake.h"
 #include "platform/program.h"
+#include "support/CalmHands.h"
 #include "support/ClockDouble.h"
 #include "support/ResetGlobals.h"
 #include "support/TempFolder.h"
@@ -117,6 +118,7 @@ class ProgramTest : public testing::Test {
   TempFolder folder;
   ClockDouble clock;
   App app;
+  CalmHands hands;
   UserDouble user;
   WizardWindow& window = app.Window();
   std::function<void()> onPump;  ///< Runs in each round of events.

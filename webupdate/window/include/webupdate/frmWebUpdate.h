@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/qt/BoxOwner.h"
 #include "webupdate/Catalogue.h"
 
 namespace tarnwick {
@@ -67,6 +68,7 @@ class frmWebUpdate final : public QDialog {
   /// Which buttons are live for the current row, and which of them Enter presses.
   void SettleButtons();
 
+  qt::BoxOwner mBoxes{*this};
   Catalogue mCatalogue;
   std::int32_t ExpectedSize = 0;  ///< Bytes that the progress display divides by; 0 for no percentage.
   bool Loading = false;           ///< The lists are being made; the grid is not listened to.

@@ -47,7 +47,15 @@ class IWizardFrame {
   virtual void TabPosition(FrameButton button, int position) = 0;
   virtual void FocusButton(FrameButton button) = 0;
 
+  /// The user is about to be locked out: the focus is noted and parked, and from now on what is done to
+  /// anything but the terminate button and the close box is discarded.
+  virtual void BeforeLock() = 0;
+  /// The lock is about to end: what was done meanwhile to locked things is discarded.
+  virtual void BeforeUnlock() = 0;
+  /// With false the lock begins to show; with true it has ended, and the focus is back where it was.
   virtual void PageAreaEnabled(bool enabled) = 0;
+  /// Paints what is to be seen of a lock, before work that lets nothing be painted.
+  virtual void ShowLock() = 0;
   virtual void PageAreaTabPosition(int position) = 0;
   /// The page area takes the input focus, which goes on to the window of the current page.
   virtual void FocusPageArea() = 0;
@@ -58,7 +66,8 @@ class IWizardFrame {
   virtual void FrameCaption(const std::string& caption) = 0;
   /// Hourglass pointer over the frame when on, the default one when off.
   virtual void SetWaitPointer(bool on) = 0;
-  /// Handles the window system's pending events once.
+  /// Handles the window system's pending events once; without a lock only what is to be painted, so that no
+  /// callback that pumps is interrupted by what it serves.
   virtual void PumpEvents() = 0;
   /// Asks the frame to close, as its close box does: `CWizard::Form_QueryUnload` follows.
   virtual void RequestClose() = 0;

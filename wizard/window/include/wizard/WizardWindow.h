@@ -10,6 +10,8 @@
 #include <map>
 #include <string>
 
+#include "platform/qt/BoxOwner.h"
+#include "platform/qt/InputGate.h"
 #include "wizard/FrameLayout.h"
 #include "wizard/IWizardFrame.h"
 
@@ -19,10 +21,9 @@ class SplashPicture;
 
 /// `IWizardFrame` on Qt. It shows and calls; every decision is the engine's.
 ///
-/// Keys act when they are released, and only when they were pressed in this window too: the Enter
-/// that answered a message box does nothing here. They reach the engine wherever the focus is, also
-/// while the page is disabled.
-class WizardWindow final : public QWidget, public IWizardFrame {
+/// Keys act when they are released, wherever the focus is. Enter is the default button, also on a page's own
+/// button; on one of the four it presses that one. While the user is locked out it does nothing.
+class WizardWindow final : public QWidget, public IWizardFrame, public qt::ILockable {
  public:
   WizardWindow();
   ~WizardWindow() override;
@@ -46,8 +47,11 @@ class WizardWindow final : public QWidget, public IWizardFrame {
   void TabPosition(FrameButton button, int position) override;
   void FocusButton(FrameButton button) override;
 
-  /// Locks the user out of the page at once, and shows it in grey if that lasts.
+  void BeforeLock() override;
+  void BeforeUnlock() override;
+  /// A locked page turns grey if that lasts, or `ShowLock` says so.
   void PageAreaEnabled(bool enabled) override;
+  void ShowLock() override;
   void PageAreaTabPosition(int position) override;
   void FocusPageArea() override;
   void FocusPage(IWizardPage& page) override;
@@ -58,9 +62,13 @@ class WizardWindow final : public QWidget, public IWizardFrame {
   void RequestClose() override;
   void ShowShutdown() override;
 
+  bool IsLockedAt(QPoint place) const override;
+  bool IsLockedFor(const QKeyEvent& key) const override;
+
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
-  bool event(QEvent* event) override;
+  /// Within a lock the focus goes to nothing but the terminate button.
+  bool focusNextPrevChild(bool next) override;
   void closeEvent(QCloseEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 
@@ -80,19 +88,19 @@ class WizardWindow final : public QWidget, public IWizardFrame {
   void ApplyTabOrder();
   bool KeyPressed(int key, Qt::KeyboardModifiers modifiers);
   bool KeyReleased(int key);
-  bool IsLocked(const QWidget& widget) const;
+  void PressEnter();
 
   CWizard* mWizard = nullptr;
+  qt::BoxOwner mBoxes{*this};
   std::array<Button, 4> mButtons;
   QWidget* picPage = nullptr;
   SplashPicture* picSplash = nullptr;
   QLabel* lblShutdown = nullptr;
   FrameLayout mLayout;
-  bool mPageAreaEnabled = true;
+  bool mLocked = false;
   QTimer mGreying;
-  QPointer<QWidget> mFocusBeforeFreeze;
-  std::map<int, Qt::KeyboardModifiers>
-      mPressed;  ///< Keys that went down in this window, with what was held then.
+  QPointer<QWidget> mFocusBeforeLock;
+  std::map<int, Qt::KeyboardModifiers> mPressed;  ///< Keys that are down, with what was held then.
 };
 
 }  // namespace tarnwick

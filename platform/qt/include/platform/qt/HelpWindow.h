@@ -22,8 +22,11 @@ class HelpWindow final : public help::IHelpViewer {
   HelpWindow& operator=(const HelpWindow&) = delete;
 
   void Show(const std::filesystem::path& folder, std::string_view topic) override;
+  void ShowMessage(const std::filesystem::path& folder, std::string_view message) override;
 
  private:
+  HelpView& Of(const std::filesystem::path& folder);
+
   std::unique_ptr<HelpView> mView;  ///< None before the first `Show`.
 };
 

@@ -13,6 +13,15 @@ QString Show(std::string_view text);
 /// The name of a file to what Qt shows: UTF-8 where it is that, else by the code page.
 QString ShowName(std::string_view name);
 
+/// How much of a text is shown.
+struct TextBound {
+  int lines = 0;
+  int lineLength = 0;
+};
+/// The text, with an ellipsis in the place of what is beyond the bound: laying out a line takes the longer
+/// the longer it is, and no window is to be taller than the screen.
+QString Bounded(const QString& text, TextBound bound);
+
 /// What a user typed or chose, as Windows-1252; a character that it lacks becomes "?".
 std::string Read(const QString& shown);
 

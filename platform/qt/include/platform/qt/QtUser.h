@@ -5,8 +5,9 @@
 
 namespace tarnwick::qt {
 
-/// Installs itself for its lifetime, which must lie within that of the QApplication. Boxes belong to
-/// the active window and carry the program's name as title.
+/// Installs itself for its lifetime, which must lie within that of the QApplication. Boxes belong to the
+/// window of `BoxOwner` and block just that; they carry the program's name as title, and a Help button that
+/// opens the help at their message, as F1 does.
 class QtUser final : public ui::IUserInterface {
  public:
   QtUser() { Seam<ui::IUserInterface>::Install(*this); }
