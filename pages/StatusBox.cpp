@@ -1,6 +1,8 @@
 #include "StatusBox.h"
 
 #include "link/Devices.h"
+#include "wizard/CWizard.h"
+#include "wizard/modWizard.h"
 
 namespace tarnwick {
 
@@ -12,6 +14,7 @@ void StatusBox::ShowReport() {
 
 void StatusBox::ShowWaiting() {
   TextNow("Determining Status ...");
+  gController->WizardHandle().Frame().ShowLock();
 }
 
 void StatusBox::Refresh() {

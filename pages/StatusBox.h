@@ -10,7 +10,7 @@ class StatusBox final : public TextBox {
  public:
   explicit StatusBox(QWidget* parent);
   void ShowReport();
-  /// Says that the status is being determined, at once.
+  /// Says that the status is being determined, at once, and shows the lock under which that happens.
   void ShowWaiting();
   /// `ShowWaiting`, then reads every device anew and shows the report.
   void Refresh();

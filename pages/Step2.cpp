@@ -190,7 +190,7 @@ void Step2::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel)
   gComPort = qt::Read(cboComPort->currentText());
   wizard.Frozen(true);
   lblDevice->setText(QStringLiteral("Asking the mount ..."));
-  lblDevice->repaint();
+  wizard.Frame().ShowLock();
   const bool found = FindDevices();
   lblDevice->setText(cboComPort->currentData(kDevice).toString());
   ShowKnown(LastOpeningHint());

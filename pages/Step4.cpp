@@ -132,6 +132,7 @@ void Step4::Rest() {
 
 void Step4::Busy(bool busy) {
   gController->WizardHandle().Frame().Caption(FrameButton::cmdTerminate, busy ? "Cancel" : "Finish");
+  gController->WizardHandle().Frame().ShowLock();
 }
 
 void Step4::Status() {

@@ -49,8 +49,8 @@ void InputGate::Watch(QWidget& window, const ILockable& locks) {
   connect(&window, &QObject::destroyed, this, [this, gone = &window] { mLocks.erase(gone); });
 }
 
-void InputGate::Asks(QWidget& box) {
-  mQuestion = {.box = &box, .painted = false, .since = std::nullopt};
+void InputGate::HoldsBack(QWidget& box) {
+  mBox = {.window = &box, .painted = false, .since = std::nullopt};
 }
 
 void InputGate::Discard() {
@@ -87,14 +87,14 @@ bool InputGate::eventFilter(QObject* watched, QEvent* event) {
   }
 }
 
-/// Notes what a box that asks goes through, and that a window was blocked by one.
+/// Notes what a box goes through, and that a window was blocked by one.
 void InputGate::Seen(QObject& watched, QEvent::Type type) {
   if (type == QEvent::WindowBlocked) LetGo();
   if (type == QEvent::WindowDeactivate) mKeys.clear();
-  if (&watched != mQuestion.box || (type != QEvent::Paint && type != QEvent::WindowActivate)) return;
-  mQuestion.painted = mQuestion.painted || type == QEvent::Paint;
-  const bool shows = mQuestion.painted && mQuestion.box->isActiveWindow();
-  if (shows && !mQuestion.since) mQuestion.since = clock::SteadyNow();
+  if (&watched != mBox.window || (type != QEvent::Paint && type != QEvent::WindowActivate)) return;
+  mBox.painted = mBox.painted || type == QEvent::Paint;
+  const bool shows = mBox.painted && mBox.window->isActiveWindow();
+  if (shows && !mBox.since) mBox.since = clock::SteadyNow();
 }
 
 /// A key that does something when it is pressed or let go, rather than move or edit.
@@ -155,8 +155,8 @@ bool InputGate::IsLockedAt(const QWindow& window, QPoint place) const {
 }
 
 bool InputGate::IsTooSoon(const QWindow& window) const {
-  if (mQuestion.box == nullptr || mQuestion.box->windowHandle() != &window) return false;
-  return !mQuestion.since || clock::SteadyNow() - *mQuestion.since < kReading;
+  if (mBox.window == nullptr || mBox.window->windowHandle() != &window) return false;
+  return !mBox.since || clock::SteadyNow() - *mBox.since < kReading;
 }
 
 bool InputGate::ButtonDown(QWindow& window, const QMouseEvent& mouse) {

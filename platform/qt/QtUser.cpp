@@ -129,7 +129,7 @@ ui::Answer QtUser::MessageBox(std::string_view text, ui::Buttons buttons, ui::Ic
   box.setDefaultButton(FirstOf(buttons));
   box.setEscapeButton(LastOf(buttons));
   GiveHelp(box, std::string(text));
-  if (buttons != ui::Buttons::Ok) InputGate::Of().Asks(box);
+  InputGate::Of().HoldsBack(box);
   AskForAttention(box);
   return AnswerOf(box.exec());
 }
@@ -141,7 +141,7 @@ std::string QtUser::InputBox(std::string_view prompt, std::string_view title, st
   box.setWindowTitle(Show(title));
   box.setLabelText(Show(prompt));
   box.setTextValue(Show(proposed));
-  InputGate::Of().Asks(box);
+  InputGate::Of().HoldsBack(box);
   AskForAttention(box);
   return box.exec() == QDialog::Accepted ? Read(box.textValue()) : std::string();
 }

@@ -1,6 +1,5 @@
 // The window's part in the program's own renewal.
 #include "platform/program.h"
-#include "platform/qt/InputGate.h"
 #include "platform/qt/QtText.h"
 #include "platform/ui.h"
 #include "webupdate/ProgramInstaller.h"
@@ -29,7 +28,6 @@ bool frmWebUpdate::OfferNewProgram() {
   mTransfer = false;
   if (installed) return true;
   ui::MessageBox("Error updating program!");
-  qt::InputGate::Of().Discard();
   hide();
   ExpectedSize = 0;
   HTTP_Progress(0);

@@ -137,7 +137,11 @@ Visit::Visit(std::uint32_t seed) : dice(seed), app((Prepare(folder), *qApp)), ha
               {.model = 5, .revision = 5, .bootVersion = 2, .major = 4, .minor = 2});
   }
   site.replies["/firmware/catalogue/list.txt"] = "@C.qal,2005-03-01,2000\r\nAbout C\r\n";
-  link.before = [this] { judge.Turn(); };
+  link.before = [this] {
+    judge.Turn();
+    if (gController == nullptr || !gController->WizardHandle().Frozen()) return;
+    if (OnView<QWidget>("picPage")->isEnabled()) judge.Fail("the link is called before the lock is seen");
+  };
   link.after = [this] {
     busy = Now();
     hands.CatchUp(Now());

@@ -29,8 +29,8 @@ class ILockable {
 /// - A key that presses, steps, answers or closes counts when it is pressed, not when the keyboard repeats
 ///   it. A press within 60 ms of the same key's release, by the times of the two events, is a repeat: some
 ///   window systems tell one so now and then. Keys that move or edit repeat as everywhere.
-/// - A box that asks discards what comes in its first 300 ms, by the program's clock, from when it is
-///   painted and active.
+/// - A box discards what comes in its first 300 ms, by the program's clock, from when it is painted and
+///   active.
 class InputGate final : public QObject {
  public:
   /// The gate of this application; made at the first call, which a QApplication must precede.
@@ -38,8 +38,8 @@ class InputGate final : public QObject {
 
   /// From now on `locks` is asked for what is done to `window`; it must live as long.
   void Watch(QWidget& window, const ILockable& locks);
-  /// From now on until it goes, `box` asks a question.
-  void Asks(QWidget& box);
+  /// `box` is about to come up.
+  void HoldsBack(QWidget& box);
   /// What is held down now means nothing any more, and nor does its release.
   void LetGo() { ++mEpoch; }
   /// Discards what was done up to now to things that are locked, and lets it through to those that are live;
@@ -57,8 +57,8 @@ class InputGate final : public QObject {
     int epoch = 0;
     quint64 at = 0;
   };
-  struct Question {
-    QPointer<QWidget> box;
+  struct Box {
+    QPointer<QWidget> window;
     bool painted = false;
     std::optional<std::chrono::milliseconds> since;  ///< None before it was painted and active.
   };
@@ -75,7 +75,7 @@ class InputGate final : public QObject {
   void Seen(QObject& watched, QEvent::Type type);
 
   std::map<QWidget*, const ILockable*> mLocks;
-  Question mQuestion;
+  Box mBox;  ///< The last one to come up.
   std::map<int, Press> mKeys;
   std::map<int, quint64> mReleased;  ///< When each key was let go last.
   std::map<int, Press> mButtons;
