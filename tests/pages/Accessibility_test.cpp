@@ -72,7 +72,8 @@ class Accessibility : public SystemFont, public PagesTest {
     EXPECT_EQ(Find<QLabel>("lblRights").text().toStdString(),
               "You may not open this port yet. Become a member of the group tty with this command in a "
               "terminal, then log out and in again:\nsudo usermod -aG tty $USER");
-    EXPECT_TRUE(Find("cboComPort").toolTip().contains(QLatin1String("ports/COM6\nYou may not")));
+    EXPECT_TRUE(
+        Find("cboComPort").toolTip().contains(QLatin1String(device) + QLatin1String("\nYou may not")));
     Walk(window);
     EXPECT_EQ(::seteuid(self), 0);
     ::close(master);

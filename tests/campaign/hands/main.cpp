@@ -131,6 +131,7 @@ Visit::Visit(std::uint32_t seed) : dice(seed), app((Prepare(folder), *qApp)), ha
   Seam<awake::IKeeper>::Uninstall();
   Seam<ui::IUserInterface>::Install(*this);
   Seam<clock::IClock>::Install(*this);
+  line.now += seed * 10000s;  // What was pressed in an earlier visit is long ago.
   line.line.setup = {.paced = true, .latency = Milliseconds(dice() % 40)};
   for (const int address : {16, 17}) {
     mount.Put(static_cast<std::uint8_t>(address),

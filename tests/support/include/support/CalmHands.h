@@ -22,7 +22,7 @@ class CalmHands : public QObject {
   }
 
  private:
-  quint64 mNow = 1000;
+  static inline quint64 mNow = 1000;  ///< Goes on from test to test, as the application does.
 };
 
 }  // namespace tarnwick::test
