@@ -102,7 +102,7 @@ void KeepLines(QMessageBox& box) {
 /// Help and F1 open the help at what it says of this message, and leave the box as it is.
 void GiveHelp(QMessageBox& box, const std::string& text) {
   QPushButton* const help = box.addButton(QMessageBox::Help);
-  help->disconnect();
+  QObject::disconnect(help, &QPushButton::clicked, nullptr, nullptr);  // A click would close the box.
   const auto show = [text] { help::ShowMessage(program::This().folder / "help", text); };
   QObject::connect(help, &QPushButton::clicked, &box, show);
   QObject::connect(new QShortcut(Qt::Key_F1, &box), &QShortcut::activated, &box, show);
