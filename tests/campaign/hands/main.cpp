@@ -66,6 +66,11 @@ class Visit final : ui::IUserInterface, clock::IClock {
 
  private:
   static void Prepare(const TempFolder& folder);
+  /// When this visit begins: what was pressed in an earlier one is long ago.
+  Milliseconds Begin(std::uint32_t seed) {
+    line.now += seed * 10000s;
+    return Now();
+  }
   Milliseconds Now() const { return std::chrono::duration_cast<Milliseconds>(line.now); }
   View See(QPoint place) const;
   QPoint Aim();
@@ -126,12 +131,11 @@ void Visit::Prepare(const TempFolder& folder) {
   std::filesystem::current_path(folder.Path());
 }
 
-Visit::Visit(std::uint32_t seed) : dice(seed), app((Prepare(folder), *qApp)), hands(seed, Now()) {
+Visit::Visit(std::uint32_t seed) : dice(seed), app((Prepare(folder), *qApp)), hands(seed, Begin(seed)) {
   Seam<program::Ending>::Install(ending);
   Seam<awake::IKeeper>::Uninstall();
   Seam<ui::IUserInterface>::Install(*this);
   Seam<clock::IClock>::Install(*this);
-  line.now += seed * 10000s;  // What was pressed in an earlier visit is long ago.
   line.line.setup = {.paced = true, .latency = Milliseconds(dice() % 40)};
   for (const int address : {16, 17}) {
     mount.Put(static_cast<std::uint8_t>(address),
@@ -355,5 +359,6 @@ int main(int argc, char** argv) {
   }
   std::cout << options["--visits"] << " visits, " << runs << " runs, " << boxes << " boxes, " << faults
             << " visits with a fault\n";
-  return faults == 0 ? 0 : 1;
+  const bool played = runs > 0 || options["--visits"] < 50;  // Hands that begin no run prove nothing.
+  return faults == 0 && played ? 0 : 1;
 }
