@@ -71,15 +71,24 @@ bool PlayBusy(Run& run) {
   return run.Open() && run.Program();
 }
 
-/// A driver that takes some speeds as they are told, none of the others, or another one in their place.
+/// A driver that takes some speeds as they are told, none of the others, or another one in their place. What
+/// is only refused costs nothing: the fastest of the others is taken.
 bool PlayDriver(Run& run) {
   run.Play("baud 921600");
   const auto any = static_cast<Number>(wire::kSpeeds.size());
-  if (run.dice.Below(2) == 1)
-    run.Play("line rounds-to=" + to_string(wire::kSpeeds[1 + run.dice.Below(any - 1)]));
-  for (const int speed : wire::kSpeeds)
-    if (speed != wire::kBaseSpeed && run.dice.Below(2) == 1) run.rig.line.refused.insert(speed);
-  return run.Open() && run.Program();
+  const bool rounds = run.dice.Below(2) == 1;
+  if (rounds) run.Play("line rounds-to=" + to_string(wire::kSpeeds[1 + run.dice.Below(any - 1)]));
+  int fastest = wire::kBaseSpeed;
+  for (const int speed : wire::kSpeeds) {
+    if (speed != wire::kBaseSpeed && run.dice.Below(2) == 1) {
+      run.rig.line.refused.insert(speed);
+    } else {
+      fastest = std::max(fastest, speed);
+    }
+  }
+  if (!run.Open()) return false;
+  if (!rounds && run.rig.Core().Speed() != fastest) run.wrong = "not at the fastest speed";
+  return run.Program();
 }
 
 /// Reads word by word while `faults` are played from before the opening on.
