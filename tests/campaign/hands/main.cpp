@@ -144,7 +144,8 @@ Visit::Visit(std::uint32_t seed) : dice(seed), app((Prepare(folder), *qApp)), ha
   site.replies["/firmware/catalogue/list.txt"] = "@C.qal,2005-03-01,2000\r\nAbout C\r\n";
   link.before = [this] {
     judge.Turn();
-    if (gController == nullptr || !gController->WizardHandle().Frozen()) return;
+    // What still runs when the program has ended runs here alone.
+    if (ended || gController == nullptr || !gController->WizardHandle().Frozen()) return;
     if (OnView<QWidget>("picPage")->isEnabled()) judge.Fail("the link is called before the lock is seen");
   };
   link.after = [this] {
@@ -161,7 +162,8 @@ Visit::Visit(std::uint32_t seed) : dice(seed), app((Prepare(folder), *qApp)), ha
     constexpr std::array kNames{"key down ", "key up ", "mouse down ", "mouse up ", "wheel ", "close "};
     Tell(deed.at, kNames[static_cast<std::size_t>(deed.kind)] +
                       QKeySequence(deed.key | static_cast<int>(deed.modifiers)).toString().toStdString() +
-                      (deed.repeat ? " again" : "") + " on " + view.pointed + (view.live ? ", live" : ""));
+                      (deed.repeat ? " again" : "") + " on " + view.pointed + ", focus " + view.focus +
+                      (view.live ? ", live" : ""));
     judge.Done(deed, view);
   };
 }
@@ -241,6 +243,8 @@ void Visit::NextTick() {
 
 void Visit::Tick() {
   line.now += kTick;
+  // As a window manager does: the keyboard goes to what is left when a window goes.
+  if (QGuiApplication::focusWindow() == nullptr) Top()->activateWindow();
   if (hands.Resting()) RestAnswers();
   hands.CatchUp(Now());
   hands.Deliver();
