@@ -171,6 +171,7 @@ void Visit::Begin() {
   mAdvice = {};
   mTried["restart"] = 0;
   mCancelled = mBetween = false;
+  mLabel.clear();
   mBlocksAfterCancel = 0;
   ProgrammingRun run(rows, together, mJudged);
   run.Execute(*this);
@@ -303,7 +304,8 @@ std::string Visit::InputBox(std::string_view, std::string_view, std::string_view
 }
 
 void Visit::PumpEvents() {
-  if (!gProgramming || mCase.fault != Fault::Cancel || ++mPumps != mCase.count) return;
+  if (!gProgramming || mCase.fault != Fault::Cancel || mStruck) return;
+  if (mCase.between ? !mLabel.ends_with(" 100%") : ++mPumps != mCase.count) return;
   mStruck = mCancelled = gCancelProgram = true;
   mBetween = mLabel.ends_with(" 100%");
 }

@@ -35,6 +35,7 @@ struct Case {
   std::string call;         ///< Which kind of call fails.
   std::uint32_t count = 1;  ///< The fault strikes at so many: blocks, events, calls.
   std::uint32_t byte = 1;   ///< Of that block's exchange.
+  bool between = false;     ///< A cancel comes behind the end of the first image.
   bool again = false;       ///< The recovery is cut once as well.
   std::uint32_t againAt = 1;
   bool tell = false;  ///< What the owner reads and does is told on standard output.

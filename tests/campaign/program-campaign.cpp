@@ -102,6 +102,7 @@ Case CaseOf(const Draw& draw, Number number) {
   const Number calls = c.call == "send" ? blocks : few ? 2 : 6;
   c.count = 1 + dice.Below(call ? calls : c.fault == Fault::Cancel ? blocks + 40 : blocks);
   c.byte = 1 + dice.Below(16);
+  c.between = c.byte > 8;
   c.again = draw[Again] == 1;
   c.againAt = 1 + dice.Below(blocks * 14);
   return c;
