@@ -15,6 +15,7 @@
 #include "support/TempFolder.h"
 #include "support/UserDouble.h"
 #include "webupdate/BatchText.h"
+#include "webupdate/Journal.h"
 #include "webupdate/ProgramInstaller.h"
 #include "webupdate/Start.h"
 #include "webupdate/Touch.h"
@@ -154,6 +155,18 @@ TEST_F(SelfUpdateTest, FetchesWhatDiffersAndLeavesItToTheNextStart) {
   EXPECT_EQ(DateText(*files::LastModified(staging / (longName + ".htm"))), "2026-02-03");
   EXPECT_EQ(std::distance(fs::directory_iterator(staging), {}), 3);
   EXPECT_EQ(ReadFile(folder / "My Updater"), "old program");
+}
+
+TEST_F(SelfUpdateTest, WhatIsFetchedWaitsAsLongAsAnotherWindowIsOpen) {
+  OfferAll();
+  ASSERT_TRUE(Check());
+  EXPECT_EQ(Install().refusal, Refusal::None);
+  FileLock other;
+  EXPECT_FALSE(other.Open(folder / "WebUpdate.lock") || other.Share());
+  EXPECT_EQ(BeginProgram([](const fs::path&) { return true; }).what, Beginning::What::Go);
+  EXPECT_EQ(ReadFile(folder / "My Updater"), "old program");
+  EXPECT_EQ(ReadJournal(folder.Path())->state, Journal::State::Staged);
+  EXPECT_THAT(FirstPageShown(), testing::StartsWith("An update is ready."));
 }
 
 TEST_F(SelfUpdateTest, OneThatCannotBeHadStopsAllAndTellsWhy) {
