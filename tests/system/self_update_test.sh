@@ -61,6 +61,7 @@ window() {
 }
 press() {
   xdotool windowfocus --sync "$1"
+  sleep 0.6 # no key counts in a box's first moment
   xdotool key --delay 100 "${@:2}"
 }
 # installed NAME: a folder with the program under that name.
