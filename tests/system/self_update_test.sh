@@ -89,7 +89,7 @@ to_the_packages() {
 # Presses the button for the web updates, on that page.
 to_the_web() {
   to_the_packages
-  press "$frame" Tab space
+  press "$frame" alt+d
 }
 # accept NAME: answers the question and lets the fetched release be installed.
 accept() {
@@ -138,7 +138,7 @@ start Tarnwick
 first=$frame
 to_the_packages
 start Tarnwick "$first"
-press "$first" Tab space
+press "$first" alt+d
 press "$(window Tarnwick)" Return # told that another window is open
 updates=$(window 'Web Updates')
 [ -z "$(find "$home" -type d -name 'WebUpdate.*')" ] || fail "fetched beside another window"
