@@ -80,7 +80,9 @@ start() {
 }
 # Goes to the page with the packages.
 to_the_packages() {
-  press "$frame" Return Return # the pages of the device and of the port
+  press "$frame" Return # the page of the device
+  sleep 1
+  press "$frame" Return # the page of the port
   for _ in {1..100}; do
     [ "$(xdotool getwindowgeometry --shell "$frame" | sed -n 's/^WIDTH=//p')" -lt 500 ] || break
     sleep 0.1
