@@ -37,8 +37,12 @@ class Hands : public QObject {
   void CatchUp(Milliseconds now);
   /// Passes on what was done; what comes of it runs within.
   void Deliver();
-  /// Stops of their own accord: what was begun is let go, and from then on only `Tap` and `Click` act.
-  void Rest() { mActions = 0; }
+  /// Nothing more is done of their own accord, and what was done is passed on no more.
+  void Rest() {
+    mActions = 0;
+    mPlan.clear();
+    mDone.clear();
+  }
   bool Resting() const { return mActions == 0 && mPlan.empty(); }
 
   void Tap(Milliseconds at, int key, Qt::KeyboardModifiers modifiers, Milliseconds held);

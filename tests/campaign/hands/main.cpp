@@ -115,7 +115,10 @@ class Visit final : ui::IUserInterface, clock::IClock {
   Milliseconds busy{};  ///< When it last did something.
   Milliseconds answered{};
   Milliseconds rested{};  ///< When it was live last.
-  program::Ending ending{[this] { ended = true; }};
+  program::Ending ending{[this] {
+    ended = true;
+    hands.Rest();
+  }};
 };
 
 void Visit::Prepare(const TempFolder& folder) {
