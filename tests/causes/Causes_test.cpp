@@ -262,8 +262,12 @@ std::vector<Case> Causes::Packages() {
       {"no end", load(with("END_HEX=B")), "", "No Matching END_HEX"},
       {"folder in the way of a package", [this] { Save("firmware/b.qal/x"); },
        "Ok !|Unable to save the file b.qal\r\nOperation not permitted", "b.qal: Operation not permitted"},
-      {"folder in the way of what lies beside", [this] { Save("firmware/b.qal.new/x"); },
-       "Ok !|Unable to save the file b.qal\r\nFile exists", "b.qal: File exists"},
+      {"no folder for a package",
+       [this] {
+         fs::rename(folder / "firmware", folder / "elsewhere");
+         Save("in/the way");
+       },
+       "Ok !|Unable to save the file b.qal\r\nNo such file or directory", "b.qal: No such file"},
       {"folder in the way of the settings",
        [this] {
          fs::create_directories(folder / "x.ini");

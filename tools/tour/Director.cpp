@@ -17,6 +17,8 @@ namespace {
 constexpr std::chrono::milliseconds kTick{25};
 /// Ticks without change before the window counts as at rest, so that it has been painted too.
 constexpr int kQuiet = 4;
+/// As many before a box is answered: it takes nothing in its first moments.
+constexpr int kRead = 20;
 constexpr int kMostTicks = 4000;
 
 std::string ButtonNames(const QMessageBox& box) {
@@ -71,8 +73,9 @@ void Director::Tick() {
   }
   if (AnswerBox()) return;
   // Without a window manager nobody gives the focus back when a box has gone.
-  if (QApplication::activeWindow() == nullptr) mFrame.activateWindow();
-  if (!AtRest()) {
+  const bool active = QApplication::activeWindow() != nullptr;
+  if (!active) mFrame.activateWindow();
+  if (!active || !AtRest()) {
     mQuietTicks = 0;
     return;
   }
@@ -93,7 +96,7 @@ bool Director::AnswerBox() {
     mBox = box;
     mQuietTicks = 0;
   }
-  if (++mQuietTicks != kQuiet) return true;
+  if (++mQuietTicks != kRead) return true;
   const std::string text = box->text().toStdString();
   Note("[" + box->windowTitle().toStdString() + "] " + text);
   const bool expected = !mCues.empty() && text.starts_with(mCues.front().begins);
@@ -103,7 +106,7 @@ bool Director::AnswerBox() {
   PictureOf(*box, "box-" + cue.picture);
   cue.before();
   QAbstractButton* button = box->button(cue.answer);
-  if (button == nullptr) button = box->buttons().back();
+  if (button == nullptr) button = box->escapeButton();
   Note("  of " + ButtonNames(*box) + ": " + button->text().remove(QLatin1Char('&')).toStdString());
   Press(*button);
   mBox = nullptr;  // The next one may lie where this one lay.
