@@ -8,6 +8,7 @@
 #include "platform/FileLock.h"
 #include "platform/files.h"
 #include "platform/process.h"
+#include "platform/record.h"
 #include "settings/Settings.h"
 #include "support/HttpDouble.h"
 #include "support/LinkDouble.h"
@@ -172,6 +173,8 @@ TEST_F(SelfUpdateTest, WhatIsFetchedWaitsAsLongAsAnotherWindowIsOpen) {
 TEST_F(SelfUpdateTest, OneThatCannotBeHadStopsAllAndTellsWhy) {
   OfferAll();
   FileLock other;
+  const TempFolder kept;
+  record::Open(kept.Path());
   const struct {
     std::function<void()> trouble;
     Refusal refusal;
@@ -186,7 +189,10 @@ TEST_F(SelfUpdateTest, OneThatCannotBeHadStopsAllAndTellsWhy) {
   for (const auto& row : kTroubles) {
     ASSERT_TRUE(Check());
     row.trouble();
-    EXPECT_EQ(Install().refusal, row.refusal) << static_cast<int>(row.refusal);
+    const WhyNot why = Install();
+    EXPECT_EQ(why.refusal, row.refusal) << static_cast<int>(row.refusal);
+    EXPECT_TRUE(ReadFile(kept / "Tarnwick.log")
+                    .ends_with(" failed: update of the program: " + WhyNotText(why) + "\n"));
     fs::remove(folder / "WebUpdate.journal");
     EXPECT_THAT(Left(), ElementsAre());
     EXPECT_EQ(ReadFile(folder / "My Updater"), "old program");
@@ -194,6 +200,7 @@ TEST_F(SelfUpdateTest, OneThatCannotBeHadStopsAllAndTellsWhy) {
     Seam<http::ITransport>::Install(site);
     starts = true;
   }
+  record::Close();
   EXPECT_EQ(MayInstall().refusal, Refusal::OtherWindow);
   other.Release();
   EXPECT_EQ(MayInstall().refusal, Refusal::None);
