@@ -132,7 +132,11 @@ bool InputGate::KeyDown(QWindow& window, QKeyEvent& key) {
   const bool again = released != mReleased.end() && key.timestamp() - released->second <= kRepeatWithin;
   const bool counts = Counts(window, key, key.isAutoRepeat() || again);
   if (!key.isAutoRepeat()) {
-    mKeys[key.key()] = {.window = &window, .counts = counts, .epoch = mEpoch, .at = key.timestamp()};
+    mKeys[key.key()] = {.window = &window,
+                        .counts = counts,
+                        .epoch = mEpoch,
+                        .at = key.timestamp(),
+                        .focus = Acts(window, key) ? QApplication::focusWidget() : nullptr};
   }
   return counts;
 }
@@ -145,7 +149,8 @@ bool InputGate::KeyUp(QWindow& window, const QKeyEvent& key) {
   if (found == mKeys.end()) return false;
   const Press press = found->second;
   mKeys.erase(found);
-  return press.counts && press.window == &window && press.epoch == mEpoch;
+  const bool elsewhere = press.focus != nullptr && press.focus != QApplication::focusWidget();
+  return press.counts && press.window == &window && press.epoch == mEpoch && !elsewhere;
 }
 
 bool InputGate::IsLockedAt(const QWindow& window, QPoint place) const {

@@ -25,7 +25,8 @@ class ILockable {
 ///
 /// - What is done to something that is locked is discarded, the release together with its press.
 /// - A release counts only where its press counted, in the same window, and where no lock began or ended and
-///   no box came up between the two.
+///   no box came up between the two. That of a key that acts counts only for the control that got the press:
+///   a button under a held mouse takes any Space that is let go there.
 /// - A key that presses, steps, answers or closes counts when it is pressed, not when the keyboard repeats
 ///   it. A press within 60 ms of the same key's release, by the times of the two events, is a repeat: some
 ///   window systems tell one so now and then. Keys that move or edit repeat as everywhere.
@@ -56,6 +57,7 @@ class InputGate final : public QObject {
     bool counts = false;
     int epoch = 0;
     quint64 at = 0;
+    QPointer<QWidget> focus = nullptr;  ///< Who got a key that acts; null for any other.
   };
   struct Box {
     QPointer<QWidget> window;
