@@ -12,7 +12,7 @@ namespace tarnwick {
 void LoadSettings() {
   std::error_code ignored;
   std::filesystem::current_path(program::This().folder, ignored);
-  gQAL = std::make_unique<QALclass>();
+  gQAL = std::make_unique<QALclass>(true);
   ReadSettingsFile(SettingsPath());
   if (gDebugFilter4) Link().debugFilter(4);
   if (gDebugFilter6) Link().debugFilter(6);

@@ -9,7 +9,7 @@ wire::Bytes Endpoint::Receive(wire::ByteView bytes, Time now) {
   if (!mHeld.empty() && mMount.Link().busy.deaf) return out;
   mReader.Push(bytes);
   mLast = now;
-  if (!mStrange && !bytes.empty()) mStrange = now;
+  if (!mNotUnderstoodSince && !bytes.empty()) mNotUnderstoodSince = now;
   Answer(out, now);
   return out;
 }
@@ -23,9 +23,9 @@ wire::Bytes Endpoint::Tick(Time now) {
       Answer(out, now);
     }
   }
-  if (mStrange && now - *mStrange >= kLost) {
+  if (mNotUnderstoodSince && now - *mNotUnderstoodSince >= kLost) {
     mMount.ToHomeSpeed();
-    mStrange.reset();
+    mNotUnderstoodSince.reset();
   }
   return out;
 }
@@ -34,14 +34,14 @@ std::optional<Endpoint::Time> Endpoint::Due() const {
   std::optional<Time> due;
   if (mReader.Waiting()) due = mLast + kGap;
   if (!mHeld.empty()) due = std::min(due.value_or(Time::max()), mBusyUntil);
-  if (mStrange) due = std::min(due.value_or(Time::max()), *mStrange + kLost);
+  if (mNotUnderstoodSince) due = std::min(due.value_or(Time::max()), *mNotUnderstoodSince + kLost);
   return due;
 }
 
 void Endpoint::Clear() {
   mReader.Clear();
   mHeld.clear();
-  mStrange.reset();
+  mNotUnderstoodSince.reset();
 }
 
 void Endpoint::Answer(wire::Bytes& out, Time now) {
@@ -49,8 +49,8 @@ void Endpoint::Answer(wire::Bytes& out, Time now) {
     const int speed = mMount.Speed();
     const auto takes = mMount.IsRepeated(*request) ? Time{} : Time(mMount.TimeOf(request->command));
     const std::optional<wire::Frame> answer = Hear(*request, now);
-    mStrange.reset();
-    if (mMount.Speed() != speed) mStrange = now;
+    mNotUnderstoodSince.reset();
+    if (mMount.Speed() != speed) mNotUnderstoodSince = now;
     if (!answer) continue;
     Follow(*request, *answer);
     const wire::Bytes bytes = wire::Encode(*answer);

@@ -3,33 +3,26 @@
 #include <limits>
 #include <utility>
 
+#include "linklib/CommandNames.h"
 #include "mount/Faults.h"
 #include "mount/Options.h"
 
 namespace tarnwick::mount {
 namespace {
 
-using wire::Command;
 using Words = std::vector<std::string_view>;
 
-constexpr std::array<std::pair<std::string_view, Command>, 17> kCommands = {
-    {{"identify", Command::Identify},
-     {"lock", Command::Lock},
-     {"speed", Command::Speed},
-     {"times", Command::Times},
-     {"state", Command::State},
-     {"model", Command::Model},
-     {"revision", Command::Revision},
-     {"boot-revision", Command::BootRevision},
-     {"boot-version", Command::BootVersion},
-     {"enter", Command::Enter},
-     {"start", Command::Start},
-     {"end", Command::End},
-     {"check", Command::Check},
-     {"read", Command::Read},
-     {"write", Command::Write1},
-     {"write", Command::Write2},
-     {"write", Command::Write4}}};
+/// A command as the words of a fault name it: in lower case, with a hyphen between its words, and all blocks
+/// as "write".
+std::string FaultName(std::string_view name) {
+  std::string word;
+  for (const char c : name) {
+    const bool capital = c >= 'A' && c <= 'Z';
+    if (capital && !word.empty()) word += '-';
+    if (capital || (c >= 'a' && c <= 'z')) word += capital ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  return word;
+}
 
 /// A share from 0 to 1.
 bool ParseRate(std::string_view text, double& rate) {
@@ -71,7 +64,8 @@ std::string_view FaultUsage() {
          "  cut BYTE [torn] [N]    cut the power at that byte from now, counted both ways; torn: store what\n"
          "                         it completed in part; after N sendings in vain, or by power, it is back\n"
          "  pull BYTE [N]          pull the cable likewise, until plug\n"
-         "  vanish BYTE            unplug the adapter likewise: the terminal goes, and plug brings one of another\n"
+         "  vanish BYTE            unplug the adapter likewise: the terminal goes, and plug brings one of "
+         "another\n"
          "                         name, with the link to it\n"
          "  none                   end all but a break that is there\n";
 }
@@ -163,8 +157,8 @@ bool Faults::PlayRefusal(const Words& words) {
       words[3] == "0")
     return false;
   bool known = false;
-  for (const auto& [name, command] : kCommands)
-    if (name == words[1]) known = (mLies.refusals[command] = refusal, true);
+  for (const auto& [command, name] : wire::kCommandNames)
+    if (FaultName(name) == words[1]) known = (mLies.refusals[command] = refusal, true);
   return known;
 }
 

@@ -97,7 +97,7 @@ Opening MountLink::Open() {
   const Opening taken = TakeIdentity(answer.payload);
   if (taken != Opening::Opened) return taken;
   if (mTellsTimes) LearnTimes(end);
-  return Settle(mFastest, kTrialAtOpening, end);
+  return AgreeOnSpeed(mFastest, kTrialAtOpening, end);
 }
 
 /// A kind of link that is not known may need what is not known either: it is no mount to work with.
@@ -157,7 +157,7 @@ Answer MountLink::FindMount(Duration end) {
 
 /// Takes the fastest speed that works well, from `fastest` down; the slowest need not work well. A line
 /// that does not bear one of the fast ones is spared the others, for want of time.
-Opening MountLink::Settle(int fastest, Duration trial, Duration end) {
+Opening MountLink::AgreeOnSpeed(int fastest, Duration trial, Duration end) {
   bool spared = false;
   for (std::size_t code = SpeedCode(fastest) + std::size_t{1}; code-- > 0;) {
     const int speed = kSpeeds[code];
@@ -197,16 +197,16 @@ int MountLink::Probe(Duration end) {
 
 void MountLink::Lock() {
   mLockWanted = true;
-  Insist(mSession.Request(kMountAddress, Command::Lock), mSession.Now() + kAskLimit);
+  AskRepeatedly(mSession.Request(kMountAddress, Command::Lock), mSession.Now() + kAskLimit);
 }
 
 Answer MountLink::Ask(std::uint8_t address, Command command, Bytes payload, Duration asked) {
   const Duration end = asked + std::max(kAskLimit, TimeOf(command) + kSlowMargin);
   const Frame request = mSession.Request(address, command, std::move(payload));
-  Answer answer = Insist(request, end);
+  Answer answer = AskRepeatedly(request, end);
   if (!answer.Refused(Reason::NotLocked) || !mLockWanted) return answer;
-  if (!Insist(mSession.Request(kMountAddress, Command::Lock), end).Done()) return answer;
-  return Insist(request, end);
+  if (!AskRepeatedly(mSession.Request(kMountAddress, Command::Lock), end).Done()) return answer;
+  return AskRepeatedly(request, end);
 }
 
 Answer MountLink::Try(std::uint8_t address, Command command, Bytes payload, Duration asked) {
@@ -225,7 +225,7 @@ Answer MountLink::First(const Frame& request, Duration end) {
 
 /// A line on which bytes come that are no answer is tried until `end`; one that is silent, as before a
 /// device that is not there, only once more.
-Answer MountLink::Insist(const Frame& request, Duration end) {
+Answer MountLink::AskRepeatedly(const Frame& request, Duration end) {
   Answer answer = First(request, end);
   bool more = true;
   while (more && mSession.Now() < end && (answer.Refused(Reason::Busy) || answer.Lost())) {
@@ -244,7 +244,7 @@ bool MountLink::FindAgain(Duration end) {
   if (mSession.Exchange(SpeedRequest(agreed), kProbeWaits, end).Done()) return true;
   if (mSession.Gone()) return false;
   if (mSession.Speed(mHome) && mSession.Exchange(SpeedRequest(mHome), kSearchWaits, end).Done())
-    return Settle(agreed, kTrialAgain, end - kRequestTime) == Opening::Opened;
+    return AgreeOnSpeed(agreed, kTrialAgain, end - kRequestTime) == Opening::Opened;
   mSession.Speed(agreed);
   return false;
 }

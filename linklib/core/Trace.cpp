@@ -7,26 +7,10 @@
 #include <sstream>
 #include <utility>
 
+#include "linklib/CommandNames.h"
+
 namespace tarnwick::wire {
 namespace {
-
-constexpr std::array<std::pair<Command, const char*>, 17> kNames = {{{Command::Identify, "Identify"},
-                                                                     {Command::Lock, "Lock"},
-                                                                     {Command::Speed, "Speed"},
-                                                                     {Command::Times, "Times"},
-                                                                     {Command::State, "State"},
-                                                                     {Command::Model, "Model"},
-                                                                     {Command::Revision, "Revision"},
-                                                                     {Command::BootRevision, "BootRevision"},
-                                                                     {Command::BootVersion, "BootVersion"},
-                                                                     {Command::Enter, "Enter"},
-                                                                     {Command::Start, "Start"},
-                                                                     {Command::End, "End"},
-                                                                     {Command::Check, "Check"},
-                                                                     {Command::Read, "Read"},
-                                                                     {Command::Write1, "Write1"},
-                                                                     {Command::Write2, "Write2"},
-                                                                     {Command::Write4, "Write4"}}};
 
 std::string Hex(ByteView bytes) {
   std::string text;
@@ -40,7 +24,7 @@ std::string Hex(ByteView bytes) {
 
 std::string Describe(const Frame& frame) {
   std::string text = "#" + std::to_string(frame.sequence) + " ";
-  for (const auto& [command, name] : kNames)
+  for (const auto& [command, name] : kCommandNames)
     if (command == frame.command) text += name;
   text += frame.address == kMountAddress ? " mount" : " device " + std::to_string(frame.address);
   if (frame.brief) text += " short";

@@ -27,6 +27,9 @@ struct QalDeviceImage {
 /// for `HwRevValue`.
 class QALclass {
  public:
+  /// With `identifies`, each load also tells the package's `Identity`, which takes longer than all the rest.
+  explicit QALclass(bool identifies = false) : mIdentifies(identifies) {}
+
   /// 0 to 8; 0 means none.
   std::int32_t LastError() const { return static_cast<std::int32_t>(mPackage.Error); }
   /// The text for `LastError`; empty without an error.
@@ -40,7 +43,8 @@ class QALclass {
   const std::string& Filename() const { return mPackage.Filename; }
   /// The path given to the last load.
   const std::filesystem::path& RealFilename() const { return mPackage.RealFilename; }
-  /// What the last load read; of one that ended in an error it may be a part only.
+  /// Size and CRC-32 of what the last load read, of one that ended in an error perhaps a part only; zeros
+  /// where they were not wanted.
   const QalIdentity& Identity() const { return mPackage.Identity; }
   const std::string& FileDate() const { return mPackage.FileDate; }
   const std::string& Comments() const { return mPackage.Comments; }
@@ -96,6 +100,7 @@ class QALclass {
   /// Tells the record why the load failed.
   void NoteError() const;
 
+  bool mIdentifies;
   QalPackage mPackage;
   std::error_code mCause;
 };

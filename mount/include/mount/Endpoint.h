@@ -39,10 +39,11 @@ class Endpoint {
 
   Mount& mMount;
   wire::RequestReader mReader;
-  Time mLast{};                  ///< When the last byte came in.
-  wire::Bytes mHeld;             ///< The answer to what the mount is busy with.
-  Time mBusyUntil{};             ///< When it is sent.
-  std::optional<Time> mStrange;  ///< Since when no request was understood, or the speed not confirmed.
+  Time mLast{};       ///< When the last byte came in.
+  wire::Bytes mHeld;  ///< The answer to what the mount is busy with.
+  Time mBusyUntil{};  ///< When it is sent.
+  std::optional<Time>
+      mNotUnderstoodSince;  ///< Since when no request was understood, or the speed not confirmed.
 };
 
 }  // namespace tarnwick::mount

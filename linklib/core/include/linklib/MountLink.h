@@ -59,11 +59,11 @@ class MountLink {
   Opening TakeIdentity(const Bytes& identity);
   void LearnTimes(Duration end);
   Duration TimeOf(Command command) const;
-  Opening Settle(int fastest, Duration trial, Duration end);
+  Opening AgreeOnSpeed(int fastest, Duration trial, Duration end);
   bool ChangeTo(int speed, Duration end);
   int Probe(Duration end);
   Answer First(const Frame& request, Duration end);
-  Answer Insist(const Frame& request, Duration end);
+  Answer AskRepeatedly(const Frame& request, Duration end);
   bool FindAgain(Duration end);
   Frame SpeedRequest(int speed);
 

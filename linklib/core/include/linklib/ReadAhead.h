@@ -9,8 +9,10 @@
 
 namespace tarnwick::wire {
 
-/// Once the second word of a run is asked for, as many are wanted as one answer carries, up to a multiple
-/// of that number: so no reading ahead goes beyond a device's memory, whose size is one.
+/// A caller that asks for two neighbouring words, one after the other, will probably go on like that. From
+/// the second one on, words are read up to the next one whose number is a multiple of `kMostWords`, as many
+/// as one answer carries at most. The size of a device's memory is such a multiple too, so this never reads
+/// beyond its end.
 class ReadAhead {
  public:
   /// The oldest that a word may be.

@@ -15,7 +15,7 @@ inline void ResetGlobals() {
   gDeviceClass = 0;
   gDevices.Assign({});
   ForgetSeen();
-  gQAL = std::make_unique<QALclass>();
+  gQAL = std::make_unique<QALclass>(true);
   gDebugFilter4 = gDebugFilter6 = gModelOverride = gBlockOverride = gTypeOverride = false;
   gFirmwareDir.clear();
   gVerifying = gCancelVerify = gProgramming = gCancelProgram = false;
