@@ -2,12 +2,11 @@
 
 #include "platform/contain.h"
 #include "platform/help.h"
-#include "platform/program.h"
 
 namespace tarnwick {
 
 void ShowHelpTopic(std::string_view topic) {
-  Contain([&] { help::Show(program::This().folder / "help", topic); });
+  Contain([&] { help::Show(topic); });
 }
 
 }  // namespace tarnwick

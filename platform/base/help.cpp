@@ -2,12 +2,12 @@
 
 namespace tarnwick::help {
 
-void Show(const std::filesystem::path& folder, std::string_view topic) {
-  if (IHelpViewer* const viewer = Seam<IHelpViewer>::Used()) viewer->Show(folder, topic);
+void Show(std::string_view topic) {
+  if (IHelpViewer* const viewer = Seam<IHelpViewer>::Used()) viewer->Show(topic);
 }
 
-void ShowMessage(const std::filesystem::path& folder, std::string_view message) {
-  if (IHelpViewer* const viewer = Seam<IHelpViewer>::Used()) viewer->ShowMessage(folder, message);
+void ShowMessage(std::string_view message) {
+  if (IHelpViewer* const viewer = Seam<IHelpViewer>::Used()) viewer->ShowMessage(message);
 }
 
 }  // namespace tarnwick::help

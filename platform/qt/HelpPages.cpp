@@ -1,5 +1,6 @@
 #include "HelpPages.h"
 
+#include <QFile>
 #include <QFontInfo>
 #include <QRegularExpression>
 #include <QTextBlock>
@@ -8,12 +9,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/files.h"
+/// What is built into a library is reached once this was called, from outside of all namespaces.
+static void InitPages() {
+  Q_INIT_RESOURCE(pages);
+}
 
 namespace tarnwick::qt {
 namespace {
-
-constexpr std::uintmax_t kLargestPage = 1 << 20;
 
 /// The name by which links find a section; empty for one that has none.
 QString AnchorOf(const QTextBlock& heading) {
@@ -59,19 +61,10 @@ bool IsHelpTopic(const QString& topic) {
                      [&](const char* known) { return topic == QLatin1String(known); });
 }
 
-QString ReadHelpPage(const std::filesystem::path& folder, const QString& topic) {
-  if (!IsHelpTopic(topic)) return {};
-  const auto content = files::ReadWhole(folder / topic.toStdString(), kLargestPage);
-  return content ? QString::fromStdString(*content) : QString();
-}
-
-QString MissingHelpPage(const std::filesystem::path& folder, const QString& topic) {
-  const QString where = QString::fromStdString(folder.string()).toHtmlEscaped();
-  return QStringLiteral(
-             "<h1>This page is missing</h1><p>The file %1 could not be read in the folder</p>"
-             "<pre>%2</pre><p>The program works without it. To have its help "
-             "back, unpack the program's archive again.</p>")
-      .arg(topic.toHtmlEscaped(), where);
+QString ReadHelpPage(const QString& topic) {
+  InitPages();
+  QFile page(QStringLiteral(":/help/") + topic);
+  return IsHelpTopic(topic) && page.open(QIODevice::ReadOnly) ? QString::fromUtf8(page.readAll()) : QString();
 }
 
 std::vector<HelpEntry> EntriesOf(const QString& html, const QString& topic) {

@@ -1,4 +1,5 @@
-// The pages of the help: which there are, what they hold, and how they look.
+// The pages of the help: which there are, what they hold, and how they look. They are built into the program,
+// so that each release shows its own.
 //
 // A page is HTML in UTF-8 as far as QTextBrowser knows it. Its <title> names it in the contents, and
 // so does each <h2> that holds an <a name>, below the page.
@@ -9,7 +10,6 @@
 #include <QString>
 #include <QUrl>
 #include <array>
-#include <filesystem>
 #include <vector>
 
 namespace tarnwick::qt {
@@ -20,10 +20,8 @@ inline constexpr std::array kHelpTopics{"Step1.htm", "Step2.htm",      "Step3.ht
 
 bool IsHelpTopic(const QString& topic);
 
-/// The page `topic` of `folder`; empty when it is no known topic or cannot be read.
-QString ReadHelpPage(const std::filesystem::path& folder, const QString& topic);
-/// What stands in for a page that cannot be read.
-QString MissingHelpPage(const std::filesystem::path& folder, const QString& topic);
+/// The page `topic`; empty when it is no known topic.
+QString ReadHelpPage(const QString& topic);
 
 struct HelpEntry {
   QString title;

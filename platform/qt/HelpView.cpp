@@ -29,8 +29,7 @@ constexpr int kAddress = Qt::UserRole;
 
 }  // namespace
 
-HelpBrowser::HelpBrowser(QWidget* parent, std::filesystem::path folder)
-    : QTextBrowser(parent), mFolder(std::move(folder)) {
+HelpBrowser::HelpBrowser(QWidget* parent) : QTextBrowser(parent) {
   setOpenLinks(false);
   connect(this, &QTextBrowser::anchorClicked, this, [this](const QUrl& link) {
     const QString topic = link.path().isEmpty() ? Topic() : link.path();
@@ -63,11 +62,10 @@ void HelpBrowser::ShowHit() {
 QVariant HelpBrowser::loadResource(int type, const QUrl& name) {
   const QString topic = name.fileName();
   if (type != QTextDocument::HtmlResource || !IsHelpTopic(topic)) return {};
-  const QString page = ReadHelpPage(mFolder, topic);
-  return page.isEmpty() ? MissingHelpPage(mFolder, topic) : page;
+  return ReadHelpPage(topic);
 }
 
-HelpView::HelpView(std::filesystem::path folder) : mFolder(std::move(folder)) {
+HelpView::HelpView() {
   setObjectName(QStringLiteral("help"));
   setWindowTitle(qt::Show(program::This().name) + QStringLiteral(" Help"));
   QFont reading = font();
@@ -101,7 +99,7 @@ void HelpView::MakeControls() {
   treContents->setObjectName(QStringLiteral("treContents"));
   treContents->setAccessibleName(QStringLiteral("Contents"));
   treContents->setHeaderHidden(true);
-  txtPage = new HelpBrowser(this, mFolder);
+  txtPage = new HelpBrowser(this);
   txtPage->setObjectName(QStringLiteral("txtPage"));
   txtPage->setAccessibleName(QStringLiteral("Page"));
 
@@ -168,7 +166,7 @@ void HelpView::FillContents() {
   const QSignalBlocker quiet(treContents);
   for (const char* const known : kHelpTopics) {
     const QString topic = QLatin1String(known);
-    const QString page = ReadHelpPage(mFolder, topic);
+    const QString page = ReadHelpPage(topic);
     if (page.isEmpty()) continue;
     QTreeWidgetItem* chapter = nullptr;
     for (const HelpEntry& entry : EntriesOf(page, topic)) {
@@ -214,7 +212,7 @@ void HelpView::OpenAt(const QString& message) {
   QStringList terms;
   QStringList pages;
   for (const char* const topic : kHelpTopics) {
-    const QStringList here = TermsOf(ReadHelpPage(mFolder, QLatin1String(topic)));
+    const QStringList here = TermsOf(ReadHelpPage(QLatin1String(topic)));
     terms += here;
     for (qsizetype i = 0; i < here.size(); ++i) pages.append(QLatin1String(topic));
   }
@@ -240,7 +238,7 @@ bool HelpView::FindBeyond(const QRegularExpression& wanted) {
   for (int step = 1; step <= pages; ++step) {
     const QString topic = QLatin1String(kHelpTopics[static_cast<std::size_t>((here + step) % pages)]);
     QTextDocument document;
-    document.setHtml(ReadHelpPage(mFolder, topic));
+    document.setHtml(ReadHelpPage(topic));
     if (document.find(wanted).isNull()) continue;
     if (topic != txtPage->Topic()) txtPage->setSource(QUrl(topic));
     txtPage->moveCursor(QTextCursor::Start);

@@ -8,7 +8,6 @@
 #include <QTextBrowser>
 #include <QTreeWidget>
 #include <QWidget>
-#include <filesystem>
 
 namespace tarnwick::qt {
 
@@ -16,7 +15,7 @@ namespace tarnwick::qt {
 /// another, is an empty resource, and links lead from page to page only.
 class HelpBrowser final : public QTextBrowser {
  public:
-  HelpBrowser(QWidget* parent, std::filesystem::path folder);
+  explicit HelpBrowser(QWidget* parent);
   /// File name of the page on view.
   QString Topic() const { return source().fileName(); }
   /// Brings what was found to where it stands with what explains it below.
@@ -29,13 +28,11 @@ class HelpBrowser final : public QTextBrowser {
 
  private:
   void Style();
-  std::filesystem::path mFolder;
 };
 
 class HelpView final : public QWidget {
  public:
-  explicit HelpView(std::filesystem::path folder);
-  const std::filesystem::path& Folder() const { return mFolder; }
+  HelpView();
   /// Brings the window to the front with the page `topic`, a known one, from its beginning.
   void Open(const QString& topic);
   /// The same with what the pages say of `message`, or with the first page where they say nothing.
@@ -52,7 +49,6 @@ class HelpView final : public QWidget {
   void FindNext();
   bool FindBeyond(const QRegularExpression& wanted);
 
-  std::filesystem::path mFolder;
   QPushButton* cmdBack = nullptr;
   QLineEdit* txtFind = nullptr;
   QPushButton* cmdFind = nullptr;

@@ -14,17 +14,17 @@ HelpWindow::~HelpWindow() {
   Seam<help::IHelpViewer>::Uninstall();
 }
 
-void HelpWindow::Show(const std::filesystem::path& folder, std::string_view topic) {
+void HelpWindow::Show(std::string_view topic) {
   const QString page = QString::fromLatin1(topic.data(), static_cast<qsizetype>(topic.size()));
-  if (IsHelpTopic(page)) Of(folder).Open(page);
+  if (IsHelpTopic(page)) View().Open(page);
 }
 
-void HelpWindow::ShowMessage(const std::filesystem::path& folder, std::string_view message) {
-  Of(folder).OpenAt(qt::Show(message));
+void HelpWindow::ShowMessage(std::string_view message) {
+  View().OpenAt(qt::Show(message));
 }
 
-HelpView& HelpWindow::Of(const std::filesystem::path& folder) {
-  if (mView == nullptr || mView->Folder() != folder) mView = std::make_unique<HelpView>(folder);
+HelpView& HelpWindow::View() {
+  if (mView == nullptr) mView = std::make_unique<HelpView>();
   return *mView;
 }
 

@@ -103,7 +103,7 @@ void KeepLines(QMessageBox& box) {
 void GiveHelp(QMessageBox& box, const std::string& text) {
   QPushButton* const help = box.addButton(QMessageBox::Help);
   QObject::disconnect(help, &QPushButton::clicked, nullptr, nullptr);  // A click would close the box.
-  const auto show = [text] { help::ShowMessage(program::This().folder / "help", text); };
+  const auto show = [text] { help::ShowMessage(text); };
   QObject::connect(help, &QPushButton::clicked, &box, show);
   QObject::connect(new QShortcut(Qt::Key_F1, &box), &QShortcut::activated, &box, show);
 }

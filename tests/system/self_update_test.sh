@@ -70,7 +70,7 @@ installed() {
   rm -rf "$home"
   mkdir -p "$home"
   cp "$build/portable/Tarnwick" "$home/$1"
-  cp -r "$build"/portable/{Tarnwick.so,help} "$home"
+  cp "$build/portable/Tarnwick.so" "$home"
 }
 # start NAME OTHER ...: starts it; its window, which is none of the OTHER ones, in `frame`.
 start() {

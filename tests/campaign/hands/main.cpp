@@ -52,8 +52,8 @@ std::string Content(const std::string& name) {
 struct NoHelp final : help::IHelpViewer {
   NoHelp() { Seam<help::IHelpViewer>::Install(*this); }
   ~NoHelp() override { Seam<help::IHelpViewer>::Uninstall(); }
-  void Show(const std::filesystem::path&, std::string_view) override {}
-  void ShowMessage(const std::filesystem::path&, std::string_view) override {}
+  void Show(std::string_view) override {}
+  void ShowMessage(std::string_view) override {}
 };
 
 /// One visit: the whole program, started anew in a folder of its own.

@@ -1,4 +1,4 @@
-// The help at the window system: a window of its own that shows the pages of the help folder.
+// The help at the window system: a window of its own that shows the help's pages.
 #pragma once
 
 #include <memory>
@@ -12,8 +12,7 @@ class HelpView;
 /// Installs itself for its lifetime, which must lie within that of the QApplication.
 ///
 /// The window is made at the first `Show`, stays beside the others without blocking them, and keeps its
-/// place once closed. It shows the known topics and nothing else; one whose page cannot be read is told
-/// there as missing, and an unknown topic shows nothing.
+/// place once closed. It shows the known topics and nothing else; an unknown topic shows nothing.
 class HelpWindow final : public help::IHelpViewer {
  public:
   HelpWindow();
@@ -21,11 +20,11 @@ class HelpWindow final : public help::IHelpViewer {
   HelpWindow(const HelpWindow&) = delete;
   HelpWindow& operator=(const HelpWindow&) = delete;
 
-  void Show(const std::filesystem::path& folder, std::string_view topic) override;
-  void ShowMessage(const std::filesystem::path& folder, std::string_view message) override;
+  void Show(std::string_view topic) override;
+  void ShowMessage(std::string_view message) override;
 
  private:
-  HelpView& Of(const std::filesystem::path& folder);
+  HelpView& View();
 
   std::unique_ptr<HelpView> mView;  ///< None before the first `Show`.
 };
