@@ -13,6 +13,7 @@
 #include "support/PackageText.h"
 #include "support/ResetGlobals.h"
 #include "support/TempFolder.h"
+#include "support/UnseenProgress.h"
 #include "support/UserDouble.h"
 
 namespace tarnwick::bench {
@@ -25,16 +26,6 @@ constexpr std::int32_t kWords = 4096;
 constexpr int kSpeed = 19200;
 /// Start bit, eight data bits and stop bit of each of its two bytes.
 constexpr double kSecondsAWord = 2.0 * 10 / kSpeed;
-
-class Unseen final : public IProgress {
- public:
-  void Label(const std::string&) override {}
-  void Bar(double) override {}
-  void Caption(const std::string&) override {}
-  void Rest() override {}
-  void Busy(bool) override {}
-  void Status() override {}
-};
 
 /// Writes the image into the device in blocks of four words; false when a call fails.
 bool Write(const test::ImageWords& image) {
@@ -84,7 +75,7 @@ void Verify(benchmark::State& state) {
   mount.Ask("line paced=off");
   if (Link().initSerialCommon("COM5") != 0 || !Write(image)) state.SkipWithError("no image was written");
   mount.Ask("line paced=on");
-  Unseen progress;
+  test::UnseenProgress progress;
   for ([[maybe_unused]] auto _ : state) {
     const double taken = SecondsOf([&] { return VerifyDevice(1, progress); }, state);
     const double alone = SecondsOf([] { return ReadBackwards(kSample); }, state);

@@ -17,6 +17,7 @@
 #include "support/PackageText.h"
 #include "support/ResetGlobals.h"
 #include "support/TempFolder.h"
+#include "support/UnseenProgress.h"
 #include "support/UserDouble.h"
 #include "webupdate/HTTPClass.h"
 #include "webupdate/Packages.h"
@@ -131,14 +132,7 @@ class Causes : public testing::Test {
     RefreshDevices();
     link.Fail(call, 1);
     user.answers = {ui::Answer::No};
-    struct Unseen final : IProgress {
-      void Label(const std::string&) override {}
-      void Bar(double) override {}
-      void Caption(const std::string&) override {}
-      void Rest() override {}
-      void Busy(bool) override {}
-      void Status() override {}
-    } progress;
+    UnseenProgress progress;
     ProgramDevice(1, "Programming: ", progress);
   }
   void Load(const std::string& text) {
