@@ -33,6 +33,8 @@ for name in 'a,b.qal' 'a%b.qal' .a.qal con.qal; do
   cp "$good" "src/Accessories/$name" && refused 'takes no file of this name' "Accessories/$name"
 done
 cp "$good" src/Accessories/mc_0512.qal && refused 'another file of this name' Accessories/mc_0512.qal
+sed 's/MODELNUMBER=5/MODELNUMBER=0/' "$good" >src/Accessories/a.qal &&
+  refused 'a.qal: line 8: the MODELNUMBER 0 is that of no mount' Accessories/a.qal
 echo x >src/Accessories/readme && refused 'neither a package nor the note of one' Accessories/readme
 echo '  $5 off' >src/MotorControllers/MC_0512.txt && refused 'begins with "$"' MotorControllers/MC_0512.txt
 

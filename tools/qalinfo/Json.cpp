@@ -102,7 +102,7 @@ void WriteDevice(JsonLine& json, const QALclass& package, std::int32_t device, I
 
 }  // namespace
 
-void WriteJson(std::FILE* out, const QALclass& package) {
+void WriteJson(std::FILE* out, const QALclass& package, const std::vector<QalRemark>& remarks) {
   JsonLine json(out);
   json.Open('{');
   json.Key("file");
@@ -127,6 +127,16 @@ void WriteJson(std::FILE* out, const QALclass& package) {
   ImageIndex images(package);
   for (std::int32_t device = 1; device <= package.Devices(); ++device) {
     WriteDevice(json, package, device, images);
+  }
+  json.Close(']');
+  json.Key("remarks");
+  json.Open('[');
+  for (const QalRemark& remark : remarks) {
+    json.Open('{');
+    json.Member("line", remark.Line);
+    json.Member("harmful", remark.Harmful);
+    json.Member("what", remark.What);
+    json.Close('}');
   }
   json.Close(']');
   json.Close('}');

@@ -64,7 +64,7 @@ std::string ShownPath(const QALclass& package) {
   return text::IsUtf8(path) ? path : text::ToUtf8(path);
 }
 
-void WriteText(std::FILE* out, const QALclass& package) {
+void WriteText(std::FILE* out, const QALclass& package, const std::vector<QalRemark>& remarks) {
   std::fprintf(out, "%s\n", ShownPath(package).c_str());
   WriteHeader(out, package);
   WriteDevices(out, package);
@@ -73,6 +73,12 @@ void WriteText(std::FILE* out, const QALclass& package) {
   } else {
     std::fprintf(out, "  Error %d : %s at Line %d\n", package.LastError(), package.LastErrorMessage().c_str(),
                  package.LastErrorLine());
+  }
+  for (const QalRemark& remark : remarks) {
+    std::fprintf(out, "  %s ", remark.Harmful ? "Harmful:" : "Remark:");
+    if (remark.Line > 0) std::fprintf(out, "line %d: ", remark.Line);
+    Put(out, remark.What);
+    std::fputc('\n', out);
   }
 }
 

@@ -1,8 +1,9 @@
 // Prints and checks firmware packages, for those who make or publish them.
 //
-//   qalinfo FILE...          what is in each package, in plain text
-//   qalinfo --json FILE...   the same as one JSON object a file, one a line
-//   qalinfo --dump N FILE    the image of device N (from 1) as Intel HEX
+//   qalinfo FILE...            what is in each package, in plain text, and what its maker should know
+//   qalinfo --json FILE...     the same as one JSON object a file, one a line
+//   qalinfo --strict ...       a remark counts as an error
+//   qalinfo --dump N FILE      the image of device N (from 1) as Intel HEX
 //
 // Exit status: 0 without errors, 1 with errors in a package, 2 for wrong use and for output that cannot
 // be written.
@@ -11,9 +12,11 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "Reports.h"
 #include "firmware/QALclass.h"
+#include "firmware/QalLint.h"
 #include "platform/contain.h"
 
 namespace {
@@ -25,12 +28,13 @@ constexpr int kErrors = 1;
 constexpr int kWrongUse = 2;
 
 constexpr const char* kUsage =
-    "usage: qalinfo FILE...\n"
-    "       qalinfo --json FILE...\n"
+    "usage: qalinfo [--strict] FILE...\n"
+    "       qalinfo [--strict] --json FILE...\n"
     "       qalinfo --dump N FILE\n";
 
 struct Options {
   bool json = false;
+  bool strict = false;
   std::int32_t dump = 0;  ///< Device whose image is asked for; 0 for none.
   std::span<char*> files;
 };
@@ -58,18 +62,19 @@ std::optional<Options> ReadOptions(std::span<char*> arguments) {
     const std::string_view option = Take(options.files);
     if (option == "--") break;
     const auto number = option == "--dump" ? DeviceNumber(Take(options.files)) : std::nullopt;
-    if (option != "--json" && !number) return std::nullopt;
+    if (option != "--json" && option != "--strict" && !number) return std::nullopt;
     options.json |= option == "--json";
+    options.strict |= option == "--strict";
     options.dump = number.value_or(options.dump);
   }
   if (options.files.empty()) return std::nullopt;
-  if (options.dump != 0 && (options.json || options.files.size() != 1)) return std::nullopt;
+  if (options.dump != 0 && (options.json || options.strict || options.files.size() != 1)) return std::nullopt;
   return options;
 }
 
 int Dump(const QALclass& package, std::int32_t device) {
   if (package.ErrorsFound()) {
-    qalinfo::WriteText(stderr, package);
+    qalinfo::WriteText(stderr, package, {});
     return kErrors;
   }
   if (device > package.Devices()) {
@@ -86,8 +91,10 @@ int Run(const Options& options) {
     QALclass package;
     package.LoadQALfile(file);
     if (options.dump != 0) return Dump(package, options.dump);
-    if (package.ErrorsFound()) status = kErrors;
-    (options.json ? qalinfo::WriteJson : qalinfo::WriteText)(stdout, package);
+    const bool found = package.LastError() != 1;
+    const std::vector<QalRemark> remarks = found ? LintFile(file, package) : std::vector<QalRemark>();
+    if (package.ErrorsFound() || (options.strict && !remarks.empty())) status = kErrors;
+    (options.json ? qalinfo::WriteJson : qalinfo::WriteText)(stdout, package, remarks);
   }
   return status;
 }

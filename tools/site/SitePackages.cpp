@@ -6,6 +6,7 @@
 
 #include "firmware/PackageFolder.h"
 #include "firmware/QALclass.h"
+#include "firmware/QalLint.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "webupdate/SelfUpdate.h"
@@ -72,6 +73,9 @@ void AddPackage(SitePlan& plan, const fs::path& file, char tag) {
   if (package.ErrorsFound()) {
     return AddFault(plan, file,
                     package.LastErrorMessage() + " at line " + std::to_string(package.LastErrorLine()));
+  }
+  for (const QalRemark& remark : LintText(*content, file.filename(), package)) {
+    if (remark.Harmful) AddFault(plan, file, "line " + std::to_string(remark.Line) + ": " + remark.What);
   }
   const fs::path note = NoteOf(file);
   plan.files.push_back({file.filename(), *content, tag, PackageDate(package, file),
