@@ -61,6 +61,16 @@ std::string ToUtf8(std::string_view text) {
   return result;
 }
 
+std::string ForTerminal(std::string_view text) {
+  std::string harmless(text);
+  const auto isControl = [](char byte) {
+    const char16_t character = ToUnicode(byte);
+    return character < 0x20 || (character >= 0x7F && character < 0xA0);
+  };
+  std::replace_if(harmless.begin(), harmless.end(), isControl, '?');
+  return ToUtf8(harmless);
+}
+
 bool IsUtf8(std::string_view text) {
   while (!text.empty()) {
     const std::size_t length = Utf8Length(text);

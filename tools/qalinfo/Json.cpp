@@ -1,88 +1,9 @@
-#include <array>
-#include <charconv>
-#include <concepts>
-
 #include "Images.h"
 #include "Reports.h"
-#include "platform/codepage.h"
+#include "platform/json.h"
 
 namespace tarnwick::qalinfo {
 namespace {
-
-/// Writes one JSON value, member by member; commas come by themselves.
-class JsonLine {
- public:
-  explicit JsonLine(std::FILE* out) : mOut(out) {}
-
-  void Open(char bracket) {
-    Separate();
-    std::fputc(bracket, mOut);
-    mFirst = true;
-  }
-  void Close(char bracket) {
-    std::fputc(bracket, mOut);
-    mFirst = false;
-  }
-  void Key(std::string_view name) {
-    Utf8(name);
-    std::fputc(':', mOut);
-    mFirst = true;
-  }
-  template <class Type>
-  void Member(std::string_view name, const Type& value) {
-    Key(name);
-    Value(value);
-  }
-  void Value(std::same_as<bool> auto value) { Plain(value ? "true" : "false"); }
-  void Value(std::int32_t value) { Plain(std::to_string(value)); }
-  /// In as few digits as tell it from any other number.
-  void Value(double value) {
-    std::array<char, 64> digits;
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
-    Plain({digits.data(), result.ptr});
-  }
-  /// A text in Windows-1252.
-  void Value(const std::string& value) {
-    Separate();
-    std::fputc('"', mOut);
-    for (std::size_t at = 0; at < value.size(); at += kTextPart) {
-      Escape(text::ToUtf8(std::string_view(value).substr(at, kTextPart)));
-    }
-    std::fputc('"', mOut);
-  }
-  void Utf8(std::string_view text) {
-    Separate();
-    std::fputc('"', mOut);
-    Escape(text);
-    std::fputc('"', mOut);
-  }
-
- private:
-  void Escape(std::string_view text);
-  void Separate() {
-    if (!mFirst) std::fputc(',', mOut);
-    mFirst = false;
-  }
-  void Plain(std::string_view value) {
-    Separate();
-    std::fwrite(value.data(), 1, value.size(), mOut);
-  }
-
-  std::FILE* mOut;
-  bool mFirst = true;
-};
-
-void JsonLine::Escape(std::string_view text) {
-  for (const char c : text) {
-    if (c == '"' || c == '\\') {
-      std::fprintf(mOut, "\\%c", c);
-    } else if (static_cast<unsigned char>(c) < 0x20) {
-      std::fprintf(mOut, "\\u%04x", static_cast<unsigned>(c));
-    } else {
-      std::fputc(c, mOut);
-    }
-  }
-}
 
 void WriteDevice(JsonLine& json, const QALclass& package, std::int32_t device, ImageIndex& images) {
   json.Open('{');

@@ -1,7 +1,5 @@
 #include "Reports.h"
 
-#include <algorithm>
-
 #include "Images.h"
 #include "firmware/QalWriter.h"
 #include "platform/codepage.h"
@@ -10,16 +8,14 @@
 namespace tarnwick::qalinfo {
 namespace {
 
-/// As UTF-8, with a "?" for each control character: a package must not steer a terminal.
+/// Texts of a package can be as long as a file: they are written in parts of so many bytes, so that no whole
+/// one is copied.
+constexpr std::size_t kTextPart = 4096;
+
+/// A package must not steer a terminal.
 void Put(std::FILE* out, const std::string& value) {
   for (std::size_t at = 0; at < value.size(); at += kTextPart) {
-    std::string part = value.substr(at, kTextPart);
-    const auto isControl = [](char byte) {
-      const char16_t character = text::ToUnicode(byte);
-      return character < 0x20 || (character >= 0x7F && character < 0xA0);
-    };
-    std::replace_if(part.begin(), part.end(), isControl, '?');
-    std::fputs(text::ToUtf8(part).c_str(), out);
+    std::fputs(text::ForTerminal(std::string_view(value).substr(at, kTextPart)).c_str(), out);
   }
 }
 

@@ -1,7 +1,6 @@
 // The three ways in which qalinfo tells what is in a package. All write UTF-8.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -11,10 +10,6 @@
 #include "firmware/QalLint.h"
 
 namespace tarnwick::qalinfo {
-
-/// Texts of a package can be as long as a file: they are written in parts of so many bytes, so that no whole
-/// one is copied.
-inline constexpr std::size_t kTextPart = 4096;
 
 /// The package's file as it is shown: its path, which bytes outside UTF-8 make a Windows-1252 text.
 std::string ShownPath(const QALclass& package);

@@ -15,6 +15,8 @@ char FromUnicode(char16_t character);
 /// The same text in UTF-8.
 std::string ToUtf8(std::string_view text);
 
+/// The same with a "?" for each control character, as it may be written to a terminal.
+std::string ForTerminal(std::string_view text);
 /// True when `text` is well-formed UTF-8.
 bool IsUtf8(std::string_view text);
 
