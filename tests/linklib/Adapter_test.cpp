@@ -3,10 +3,14 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/serial.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
+#include <cstdarg>
 
 #include "linklib/Surroundings.h"
 #include "platform/terminal.h"
@@ -17,6 +21,10 @@ namespace {
 /// What the driver makes of a speed that it is told: itself, or another one.
 speed_t (*gDriver)(speed_t told) = nullptr;
 
+/// The flags of the driver, where it has any; and whether it lets them be changed.
+std::optional<unsigned> gFlags;
+bool gFlagsFixed = false;
+
 }  // namespace
 
 extern "C" int tcsetattr(int fd, int when, const termios* settings) noexcept {
@@ -25,6 +33,21 @@ extern "C" int tcsetattr(int fd, int when, const termios* settings) noexcept {
   termios taken = *settings;
   if (gDriver != nullptr) cfsetspeed(&taken, gDriver(cfgetospeed(settings)));
   return next(fd, when, &taken);
+}
+
+extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
+  using Call = int (*)(int, unsigned long, ...);
+  static const auto next = reinterpret_cast<Call>(dlsym(RTLD_NEXT, "ioctl"));
+  va_list arguments;
+  va_start(arguments, request);
+  void* const argument = va_arg(arguments, void*);
+  va_end(arguments);
+  if (request != TIOCGSERIAL && request != TIOCSSERIAL) return next(fd, request, argument);
+  if (!gFlags || (request == TIOCSSERIAL && gFlagsFixed)) return errno = gFlags ? EPERM : ENOTTY, -1;
+  auto* const driver = static_cast<serial_struct*>(argument);
+  if (request == TIOCSSERIAL) gFlags = driver->flags;
+  if (request == TIOCGSERIAL) *driver = {}, driver->flags = static_cast<int>(*gFlags);
+  return 0;
 }
 
 namespace tarnwick::wire {
@@ -47,7 +70,7 @@ struct Desk {
     test::WriteFile(usb / "idProduct", product + "\n");
     test::WriteFile(usb / "product", "USB Serial\n");
     if (!serial.empty()) test::WriteFile(usb / "serial", serial + "\n");
-    test::WriteFile(port / "latency_timer", "16\n");
+    test::WriteFile(port / "latency_timer", "16");
     fs::create_directories(system.terminals / name);
     fs::create_symlink(port, system.terminals / name / "device");
     fs::create_directories(folder / "ports");
@@ -58,9 +81,6 @@ struct Desk {
   void Unplug(const std::string& name, const std::string& place) {
     fs::remove_all(system.terminals / name);
     fs::remove_all(folder / ("usb/" + place));
-  }
-  std::string Timer(const std::string& name) {
-    return test::ReadFile(system.terminals / name / "device/latency_timer");
   }
 
   const test::TempFolder folder;
@@ -113,15 +133,34 @@ TEST(Adapter, IsKnownByItsPlaceWhereAnotherOneHasItsNumber) {
 }
 
 TEST(Adapter, HandsOnAtOnceWhileItIsOpen) {
-  Desk desk;
-  PseudoTerminal terminal;
-  const std::string name = desk.Plug(terminal, "1-1", "A9");
-  auto line = desk.opener.Open("COM5", desk.error);
-  EXPECT_EQ(desk.Timer(name), "1");
-  line.reset();
-  EXPECT_EQ(desk.Timer(name), "16");
-  fs::remove(desk.system.terminals / name / "device/latency_timer");
-  EXPECT_TRUE(desk.opener.Open("COM5", desk.error)) << "One that cannot is no worse.";
+  constexpr unsigned kAsked = ASYNC_LOW_LATENCY, kOther = ASYNC_SPD_VHI;
+  const struct {
+    const char* what;
+    std::optional<unsigned> flags, open;  ///< Before and after; and while it is open.
+    bool fixed;
+    std::string timer, timerOpen;  ///< Empty where there is none.
+  } kCases[] = {{"by the driver's flag", kOther, kOther | kAsked, false, "16", "16"},
+                {"asked for already", kAsked, kAsked, false, "16", "16"},
+                {"a flag that may not be changed", kOther, kOther, true, "16", "1"},
+                {"by its timer", {}, {}, false, "16", "1"},
+                {"not at all", {}, {}, false, "", ""}};
+  for (const auto& c : kCases) {
+    Desk desk;
+    PseudoTerminal terminal;
+    const std::string name = desk.Plug(terminal, "1-1", "A9");
+    const fs::path timer = desk.system.terminals / name / "device/latency_timer";
+    c.timer.empty() ? (void)fs::remove(timer) : test::WriteFile(timer, c.timer);
+    gFlags = c.flags;
+    gFlagsFixed = c.fixed;
+    auto line = desk.opener.Open("COM5", desk.error);
+    ASSERT_TRUE(line) << c.what << ": no adapter fails for want of it.";
+    EXPECT_EQ(gFlags, c.open) << c.what;
+    EXPECT_EQ(test::ReadFile(timer), c.timerOpen) << c.what;
+    line.reset();
+    EXPECT_EQ(gFlags, c.flags) << c.what << ": not put back.";
+    EXPECT_EQ(test::ReadFile(timer), c.timer) << c.what << ": not put back.";
+    gFlags.reset();
+  }
 }
 
 TEST(Adapter, StaysAtItsSpeedWhereItsDriverTakesAnother) {

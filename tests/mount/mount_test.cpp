@@ -1,9 +1,11 @@
-// How a simulated device goes through its states to a boot package, and how a mount is set up.
+// How a simulated device goes through its states to a boot package, how long its mount waits for the rest of
+// a frame, and how a mount is set up.
 #include <gtest/gtest.h>
 
 #include <array>
 
 #include "mount/Device.h"
+#include "mount/Endpoint.h"
 #include "mount/Options.h"
 
 namespace tarnwick::mount {
@@ -42,6 +44,21 @@ TEST(Device, IsRenewedByTheBootPackageThatFitsIt) {
     device.PowerCycle();
     EXPECT_EQ(device.State(), RunState::Boot);
   }
+}
+
+TEST(Endpoint, TakesAFrameThatDoesNotGoOnFor40MillisecondsForNoise) {
+  using std::chrono::milliseconds;
+  Mount mount;
+  mount.Put(16, {});
+  Endpoint endpoint(mount);
+  wire::Bytes bytes = {0x97};  // The head of a longer frame, which came up by itself.
+  for (const std::uint8_t byte : wire::Encode({wire::Kind::Request, Command::State, 1, 16, {}}))
+    bytes.push_back(byte);
+  const Endpoint::Time now = milliseconds(1000);
+  EXPECT_TRUE(endpoint.Receive(bytes, now).empty()) << "The frame may go on.";
+  EXPECT_TRUE(endpoint.Tick(now + milliseconds(39)).empty());
+  EXPECT_EQ(endpoint.Due(), now + milliseconds(40));
+  EXPECT_FALSE(endpoint.Tick(now + milliseconds(40)).empty()) << "The request behind the noise is heard.";
 }
 
 TEST(Options, SetTheMountUpOrAreRefusedWithAReason) {
