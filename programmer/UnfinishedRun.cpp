@@ -5,6 +5,7 @@
 
 #include "firmware/QALclass.h"
 #include "link/Devices.h"
+#include "platform/clock.h"
 #include "platform/contain.h"
 #include "platform/files.h"
 #include "platform/program.h"
@@ -16,8 +17,9 @@
 namespace tarnwick {
 namespace {
 
-/// So many percent further, the note is written again.
+/// So many percent further, the note is written again, once that much time has passed.
 constexpr std::int32_t kStep = 5;
+constexpr std::chrono::seconds kPause(1);
 
 constexpr const char* kName = "NAME";
 constexpr const char* kModel = "MODEL";
@@ -86,10 +88,12 @@ UnfinishedNote::UnfinishedNote(std::int32_t row) {
 }
 
 void UnfinishedNote::Keep(const RowOutcome& outcome) {
-  const bool further =
-      outcome.BootPackage != mMotor.BootPackage || outcome.Percent / kStep != mMotor.Percent / kStep;
-  if (mNoted && !further) return;
+  const bool begins = !mNoted || outcome.BootPackage != mMotor.BootPackage;
+  if (!begins && outcome.Percent / kStep == mMotor.Percent / kStep) return;
+  const std::chrono::milliseconds now = clock::SteadyNow();
+  if (!begins && now - mWritten < kPause) return;
   mNoted = true;
+  mWritten = now;
   mMotor.BootPackage = outcome.BootPackage;
   mMotor.Percent = outcome.Percent;
   Contain([this] {

@@ -8,6 +8,7 @@
 #include "programmer/Advice.h"
 #include "programmer/RunOutcome.h"
 #include "programmer/UnfinishedRun.h"
+#include "support/ClockDouble.h"
 #include "support/TempFolder.h"
 
 namespace tarnwick::test {
@@ -53,6 +54,8 @@ TEST_F(OutcomeTest, TellsHowFarItGotAndWhatToDo) {
 TEST_F(OutcomeTest, ANoteStandsUntilTheMotorIsWrittenOrTheOwnerSaysSo) {
   ShowUnfinished();
   EXPECT_THAT(user.Said(), IsEmpty());
+  ClockDouble clock;
+  clock.step = {};
   UnfinishedNote note(1);
   note.Keep({.Row = 1, .End = RowEnd::Stopped, .BootPackage = true, .Percent = 43});
   ForgetSeen();
@@ -67,7 +70,12 @@ TEST_F(OutcomeTest, ANoteStandsUntilTheMotorIsWrittenOrTheOwnerSaysSo) {
   EXPECT_EQ(ReadUnfinished().size(), 1U);
   ForgetUnfinished(16);
   EXPECT_FALSE(std::filesystem::exists(UnfinishedPath()));
+  note.Keep({.Row = 1, .Percent = 10});
   note.Keep({.Row = 1, .Percent = 90});
+  EXPECT_EQ(ReadUnfinished().at(0).Percent, 10) << "Not more than once a second.";
+  clock.steady += std::chrono::seconds(1);
+  note.Keep({.Row = 1, .Percent = 91});
+  EXPECT_EQ(ReadUnfinished().at(0).Percent, 91);
   user.answers = {ui::Answer::No};
   ShowUnfinished();
   EXPECT_FALSE(std::filesystem::exists(UnfinishedPath()));

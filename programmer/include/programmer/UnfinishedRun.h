@@ -6,6 +6,7 @@
 // A note that cannot be written stops nothing.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -31,12 +32,13 @@ class UnfinishedNote {
   /// The package in `gQAL` is the one to be written to row `row` of `gDevices`.
   explicit UnfinishedNote(std::int32_t row);
   /// The row's image is going to be, or being, written, and got so far. The file is written at the first call
-  /// and at each further twentieth.
+  /// and at each further twentieth, but no more than once a second: a flush costs more than many blocks.
   void Keep(const RowOutcome& outcome);
 
  private:
   UnfinishedMotor mMotor;
   bool mNoted = false;
+  std::chrono::milliseconds mWritten{};  ///< When the file was written last.
 };
 
 /// The note's file: beside the program, under its name.

@@ -1,4 +1,4 @@
-// A clock that tells a fixed date and never sleeps; between any two looks at it a second goes by.
+// A clock that tells a fixed date and never sleeps; between any two looks at it a step goes by.
 #pragma once
 
 #include <vector>
@@ -13,11 +13,12 @@ class ClockDouble final : public clock::IClock {
   ClockDouble() { Seam<clock::IClock>::Install(*this); }
   ~ClockDouble() override { Seam<clock::IClock>::Uninstall(); }
   std::tm LocalNow() override { return now; }
-  std::chrono::milliseconds SteadyNow() override { return steady += std::chrono::seconds(1); }
+  std::chrono::milliseconds SteadyNow() override { return steady += step; }
   void Sleep(std::chrono::milliseconds duration) override { sleeps.push_back(duration); }
 
   std::tm now{};
   std::chrono::milliseconds steady{};
+  std::chrono::milliseconds step = std::chrono::seconds(1);
   std::vector<std::chrono::milliseconds> sleeps;
 };
 
