@@ -102,6 +102,9 @@ QWidget* Step4::FirstControl() {
 void Step4::Label(const std::string& text) {
   mBar->Label(qt::Show(text));
 }
+void Step4::Waiting(const std::string& what) {
+  mBar->Waiting(qt::Show(what));
+}
 void Step4::Bar(double fraction) {
   mBar->Bar(fraction);
 }

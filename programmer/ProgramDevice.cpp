@@ -59,6 +59,7 @@ class Run {
   Outcome SendImage();
   Outcome SendBlock(std::int32_t word);
   std::int32_t SendPacket(std::int32_t word);
+  std::int32_t Slowly(std::int32_t (ILinkLibrary::*call)(std::int32_t address), const char* what);
   void Show(std::int32_t position) { ShowProgress(mText, position, mProgress); }
 
   const std::int32_t mIndex;
@@ -80,7 +81,7 @@ bool Run::Execute() {
     gProgramming = false;
     return false;
   }
-  if (Link().endProgrammingCommon(mAddress) == 0) {
+  if (Slowly(&ILinkLibrary::endProgrammingCommon, "checking ...") == 0) {
     return FailCall("Unable to end programming.");
   }
   Show(gTotalWords);
@@ -120,7 +121,7 @@ bool Run::AskBlockSize() {
 bool Run::ReachProgramState() {
   ReadDeviceState(mIndex);
   const bool inBootMode = gDevices[mIndex].State == McState::BootMode;
-  if (inBootMode && Link().startProgrammingCommon(mAddress) == 0) {
+  if (inBootMode && Slowly(&ILinkLibrary::startProgrammingCommon, "erasing ...") == 0) {
     return FailCall("Unable to start programming.");
   }
   ReadDeviceState(mIndex);
@@ -180,6 +181,14 @@ std::int32_t Run::SendPacket(std::int32_t word) {
     packet[count++] = gQAL->DeviceHiByte(mQalIndex, word + k).value_or(0);
   }
   return Link().sendDataCommon(mAddress, std::span(packet).first(count));
+}
+
+/// A call that a motor may need seconds for: what is waited for shows meanwhile.
+std::int32_t Run::Slowly(std::int32_t (ILinkLibrary::*call)(std::int32_t address), const char* what) {
+  mProgress.Waiting(what);
+  const std::int32_t result = (Link().*call)(mAddress);
+  mProgress.Waiting({});
+  return result;
 }
 
 }  // namespace

@@ -56,6 +56,7 @@ class ProgrammingRun::Watch final : public IProgress {
 
   void Label(const std::string& text) override { mShown.Label(text); }
   void Bar(double fraction) override { mShown.Bar(fraction); }
+  void Waiting(const std::string& what) override { mShown.Waiting(what); }
   void Caption(const std::string& text) override { mShown.Caption(text); }
   void Rest() override { mShown.Rest(); }
   void Busy(bool busy) override { mShown.Busy(busy); }

@@ -18,6 +18,16 @@ ProgressBar::ProgressBar(QWidget* parent) : QWidget(parent) {
 }
 
 void ProgressBar::Label(const QString& text) {
+  mLabel = text;
+  Show(mLabel + mWaiting);
+}
+
+void ProgressBar::Waiting(const QString& what) {
+  mWaiting = what.isEmpty() ? what : QStringLiteral(", ") + what;
+  Show(mLabel + mWaiting);
+}
+
+void ProgressBar::Show(const QString& text) {
   if (text == mText.text()) return;
   mText.setText(text);
   mText.prepare({}, font());

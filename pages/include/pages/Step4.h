@@ -30,6 +30,7 @@ class Step4 final : public PageWindow, public IProgress {
 
   void Label(const std::string& text) override;
   void Bar(double fraction) override;
+  void Waiting(const std::string& what) override;
   void Caption(const std::string& text) override;
   void Rest() override;
   void Busy(bool busy) override;

@@ -13,6 +13,8 @@ class ProgressBar final : public QWidget {
   explicit ProgressBar(QWidget* parent);
 
   void Label(const QString& text);
+  /// What is waited for, behind the text; empty for nothing.
+  void Waiting(const QString& what);
   /// Share of the track, 0 to 1.
   void Bar(double fraction);
   /// What is shown, 0 to 100.
@@ -25,7 +27,9 @@ class ProgressBar final : public QWidget {
  private:
   QRect Track() const { return rect().adjusted(1, 1, -1, -1); }
   int WidthOf(double fraction) const;
+  void Show(const QString& text);
 
+  QString mLabel, mWaiting;
   QStaticText mText;  ///< Keeps its layout: as a rule a text is painted several times before it changes.
   double mFraction = 0.0;
   int mBarWidth = 0;
