@@ -18,6 +18,8 @@ namespace {
 constexpr std::size_t kKept = 4096;
 /// Of a value so many characters are told.
 constexpr std::size_t kQuoted = 40;
+/// Of record ids so many are kept apart; beyond them nobody is told that a block is not declared.
+constexpr std::size_t kMostIds = 10'000;
 constexpr std::int32_t kLowestAddress = 16;
 constexpr std::int32_t kHighestAddress = 19;
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
@@ -170,7 +172,7 @@ void QalLint::State::TakeNumbers(std::string_view key, std::string_view value) {
 }
 
 void QalLint::State::TakeDevice(std::string_view value) {
-  deviceLines.push_back(line);
+  if (deviceLines.size() < kMostIds) deviceLines.push_back(line);
   TakeField(value);
   const std::string_view number = text::Trim(TakeField(value));
   const std::string_view field = TakeField(value);
@@ -185,7 +187,7 @@ void QalLint::State::TakeDevice(std::string_view value) {
     Say(false,
         "the record id " + Quoted(text::Trim(field)) + " does not end in the four digits of a version");
   if (filled.contains(id)) Say(true, "the device is declared below records of its own: it does not get them");
-  declared.insert(id);
+  if (declared.size() < kMostIds) declared.insert(id);
 }
 
 void QalLint::State::TakeRecord(std::string_view text) {
@@ -197,13 +199,12 @@ void QalLint::State::TakeRecord(std::string_view text) {
   if (length % 2 != 0) Say(true, "the record has an odd number of bytes: the last one is lost");
   if (blockTold) return;
   blockTold = true;
-  if (declared.contains(block)) {
-    filled.insert(block);
-  } else if (block.empty()) {
+  if (filled.size() < kMostIds) filled.insert(block);
+  if (declared.contains(block) || declared.size() == kMostIds) return;
+  if (block.empty()) {
     Say(true, "records outside of any block go to no device");
   } else {
     Say(blockLine, true, "no device above has the record id " + Quoted(block) + ": its records are lost");
-    filled.insert(block);
   }
 }
 

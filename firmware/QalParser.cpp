@@ -37,6 +37,7 @@ double VersionOf(std::string_view recordId) {
 std::size_t QalParser::ReadLines(std::string_view text) {
   std::string_view rest = text;
   std::string_view line;
+  if (mLongLine.Begun() && !TakeLongLine(rest)) return text.size() - rest.size();
   while (!Failed()) {
     if (const std::size_t length = mHexLine.ParseGoodLine(rest); length > 0) {
       rest.remove_prefix(length);
@@ -46,10 +47,26 @@ std::size_t QalParser::ReadLines(std::string_view text) {
       CountLine();
       ReadLine(line);
     } else {
+      if (rest.size() > LongLine::kFrom) TakeLongLine(rest);
       break;
     }
   }
   return text.size() - rest.size();
+}
+
+/// Takes what belongs to a long line off `rest`. True when the line has ended there.
+bool QalParser::TakeLongLine(std::string_view& rest) {
+  const std::size_t end = rest.find(text::kLineEnd);
+  const bool ended = end != std::string_view::npos;
+  // The other half of a line end may be in the next piece.
+  const std::size_t length = ended ? end : rest.size() - (rest.ends_with('\r') ? 1 : 0);
+  mLongLine.Add(rest.substr(0, length));
+  rest.remove_prefix(length + (ended ? text::kLineEnd.size() : 0));
+  if (!ended) return false;
+  CountLine();
+  if (mLongLine.IsRecord()) mPackage.SetError(QalError::HexWrongLength);
+  if (auto line = mLongLine.Take(); !line.key.empty()) ReadKeyLine(std::move(line));
+  return true;
 }
 
 void QalParser::Finish() {
@@ -65,14 +82,14 @@ void QalParser::CountLine() {
 /// Any line but a good record.
 void QalParser::ReadLine(std::string_view line) {
   if (line.find('=') != std::string_view::npos) {
-    ReadKeyLine(line);
+    ReadKeyLine(text::SplitKeyValue(line));
   } else if (line.starts_with(':')) {
     mPackage.SetError(mHexLine.ParseHexLine(line));
   }
 }
 
-void QalParser::ReadKeyLine(std::string_view line) {
-  auto [key, value] = text::SplitKeyValue(line);
+void QalParser::ReadKeyLine(text::KeyValue line) {
+  auto& [key, value] = line;
   if (const auto field = TextField(key)) {
     mPackage.*field = std::move(value);
   } else if (key == "FILEVER") {
@@ -98,32 +115,28 @@ void QalParser::ReadFileVersion(std::string_view value) {
 
 void QalParser::DeclareDevice(std::string_view value) {
   QalDevice device;
-  device.Name = text::Trim(TakeField(value));
+  device.Name = mPackage.Texts.Add(text::Trim(TakeField(value)));
   device.Address = WholeNumber(TakeField(value));
   const std::string_view recordId = TakeField(value);
   device.Version = VersionOf(recordId);
   device.Data = ImageOf(text::Upper(text::Trim(recordId)));
-  QalImage& image = mPackage.Images[device.Data];
-  if (image.Twin == 0) image.Twin = DeviceCount() + 1;
-  device.Twin = image.Twin;
-  mPackage.Devices.Add() = std::move(device);
+  mPackage.Devices.Add() = device;
+  mPackage.Images[device.Data].LastDevice = DeviceCount();
 }
 
 /// The image for a record id; a new one when no device declared it before.
-std::uint32_t QalParser::ImageOf(std::string recordId) {
-  if (const auto image = mImageOf.find(recordId); image != mImageOf.end()) return image->second;
+std::uint32_t QalParser::ImageOf(const std::string& recordId) {
+  if (const auto image = mIds.Find(recordId)) return *image;
   const auto number = static_cast<std::uint32_t>(mPackage.Images.size());
-  QalImage& image = mPackage.Images.Add();
-  image.RecordID = std::move(recordId);
-  mImageOf.emplace(image.RecordID, number);
-  if (image.RecordID == mRecordID) mImage = number;
+  mPackage.Images.Add().RecordID = mPackage.Texts.Add(recordId);
+  mIds.Add(number);
+  if (recordId == mRecordID) mImage = number;
   return number;
 }
 
 void QalParser::OpenBlock(std::string_view value) {
   mRecordID = text::Upper(value);
-  const auto image = mImageOf.find(mRecordID);
-  mImage = image != mImageOf.end() ? image->second : kNone;
+  mImage = mIds.Find(mRecordID).value_or(kNone);
 }
 
 void QalParser::CloseBlock(std::string_view value) {
@@ -133,8 +146,7 @@ void QalParser::CloseBlock(std::string_view value) {
 
 void QalParser::StoreRecord() {
   if (mImage == kNone || mHexLine.EndOfFile()) return;
-  const std::int32_t devices = DeviceCount();
-  mPackage.Images[mImage].Twin = 0;
+  const std::int32_t devices = mPackage.Images[mImage].LastDevice;
   const std::size_t first = mHexLine.FirstWord();
   const std::size_t end = first + mHexLine.WordCount();
   for (std::size_t word = first; word < end;) {
@@ -147,16 +159,28 @@ void QalParser::StoreRecord() {
   }
 }
 
-/// Gives each device its highest word. Of two devices of one image the later one has the same words
-/// or fewer, so the ends only ever move down: one walk over the images serves all devices.
+/// Gives each device its highest word, and the first device that has the same ones. Of two devices of one
+/// image the later one has the same words or fewer, so the ends only ever move down: one walk over the images
+/// serves all devices.
 void QalParser::MeasureDevices() {
-  std::vector<std::size_t> tops(mPackage.Images.size());
-  for (std::size_t image = 0; image < tops.size(); ++image) tops[image] = mPackage.Images.Span(image);
+  mIds = QalIds(mPackage.Images);  // Needed no more.
+  std::vector<bool> isLast(mPackage.Devices.size() + 1);
+  mPackage.Images.MarkLast(isLast);
+  struct Walk {
+    std::uint32_t top;
+    std::int32_t last;  ///< The image's device before.
+  };
+  std::vector<Walk> walks(mPackage.Images.size());
+  for (std::size_t i = 0; i < walks.size(); ++i)
+    walks[i] = {static_cast<std::uint32_t>(mPackage.Images.Span(i)), 0};
   for (std::int32_t number = 1; number <= DeviceCount(); ++number) {
     QalDevice& device = mPackage.Device(number);
-    std::size_t& top = tops[device.Data];
-    top = mPackage.Images.LastWord(device.Data, top, number);
+    auto& [top, last] = walks[device.Data];
+    const bool same = last != 0 && !isLast[static_cast<std::size_t>(last)];
+    device.Twin = same ? mPackage.Device(last).Twin : number;
+    if (!same) top = static_cast<std::uint32_t>(mPackage.Images.LastWord(device.Data, top, number));
     device.Words = static_cast<std::int32_t>(top);
+    last = number;
   }
 }
 

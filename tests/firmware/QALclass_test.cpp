@@ -1,6 +1,7 @@
 #include "firmware/QALclass.h"
 
 #include <gmock/gmock.h>
+#include <malloc.h>
 #include <sys/resource.h>
 
 #include <iomanip>
@@ -9,6 +10,28 @@
 #include "firmware/BootPackages.h"
 #include "support/PlainReader.h"
 #include "support/TempFolder.h"
+
+#ifndef __SANITIZE_ADDRESS__
+namespace {
+
+std::size_t gTaken = 0, gPeak = 0;  ///< Bytes of memory that this program has, and had at most.
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* const memory = std::malloc(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  gPeak = std::max(gPeak, gTaken += ::malloc_usable_size(memory));
+  return memory;
+}
+void operator delete(void* memory) noexcept {
+  if (memory != nullptr) gTaken -= ::malloc_usable_size(memory);
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  operator delete(memory);
+}
+#endif
 
 namespace tarnwick::test {
 namespace {
@@ -104,35 +127,80 @@ TEST(QALclass, LoadsFilesAndForgetsTheLastOne) {
 
 TEST(QALclass, ReadsAFileOfManyPiecesAsIfItWereOne) {
   const TempFolder folder;
-  std::string text = kDevice + kBlock;
-  for (std::size_t i = 0; text.size() < 3'000'000; i = i * 5 / 4 + 1) {
-    text += "COMMENTS=" + std::string(i % 400'000, 'x') + "\r\n:02000800AABB91\r\n";
+  const std::string blanks(150'000, '\t'), text(150'000, 'x'), ends(150'000, '\n'), block = kDevice + kBlock;
+  std::string all = block;
+  for (std::size_t i = 0; all.size() < 3'000'000; i = i * 5 / 4 + 1) {
+    all += "COMMENTS=" + std::string(i % 400'000, 'x') + "\r\n:02000800AABB91\r\n";
   }
-  text += "END_HEX=X2\r\n";
-  WriteFile(folder / "long.qal", text + "END_HEX=X1");
+  // What follows a long line shows what was made of it.
+  const std::string cases[] = {
+      all + "END_HEX=X2\r\n",
+      blanks + "filename" + ends + "=" + blanks + "a" + text + " b\r" + blanks + "\r\n" + block,
+      text + "\r\r\n" + text + "=" + text + "\r\n:" + text + "=\r\n" + block,
+      "; \r\n:" + text + "\r\n" + block,
+      "FILE" + blanks + "NAME=a\r\nDEVICE_ADDRESS_VERSION" + text + "=a\r\n" + block,
+      blanks + "START_HEX=" + text + "\r\nEND_HEX=" + text + "\r\n" + block + blanks + "HWREV=5," + text,
+  };
   QALclass package;
-  package.LoadQALfile(folder / "long.qal");
-  EXPECT_EQ(PictureOf(package), PlainReader::Read(text));
-  EXPECT_EQ(package.LastError(), 8);
+  for (const std::string& each : cases) {
+    for (std::size_t more = 0; more < 3; ++more) {
+      const std::string shifted = std::string(more, ' ') + each;
+      WriteFile(folder / "long.qal", shifted);
+      package.LoadQALfile(folder / "long.qal");
+      EXPECT_EQ(PictureOf(package), PlainReader::Read(shifted)) << each.substr(0, 20);
+    }
+  }
 }
 
-TEST(QALclass, EndsWithAnErrorWhereMemoryRunsOut) {
 #ifndef __SANITIZE_ADDRESS__
-  std::string text;
-  for (int i = 0; i < 10'000; ++i) {  // As many images, each with a word at the end of memory.
-    const std::string id = "X" + std::to_string(i) + "\r\n";
-    text += "DEVICE_ADDRESS_VERSION=M, 16, " + id + "START_HEX=" + id + ":02FFFE00000001\r\nEND_HEX=" + id;
+TEST(QALclass, TakesAtMostThreeTimesTheFileAndItsImages) {
+  constexpr std::size_t kFile = 12'000'000, kRoom = 100'000;  // For pieces of the file.
+  const auto made = [](const auto& line) {
+    std::string text;
+    for (int i = 0; text.size() < kFile; ++i) {
+      std::string id = "0000";
+      for (int rest = i, at = 3; at >= 0; --at, rest /= 36)
+        id[std::size_t(at)] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ"[rest % 36];
+      text += line(id);
+    }
+    return text;
+  };
+  const std::string device = "DEVICE_ADDRESS_VERSION=", none = "7 : No Data Found For Device at ";
+  const auto alone = made([&](auto& id) { return device + ",," + id + "\r\n"; });
+  const auto nameless = made([&](auto&) { return device + "\r\n"; });
+  const auto fed =
+      made([&](auto& id) { return device + ",," + id + "\r\nSTART_HEX=" + id + "\r\n:020002000000FC\r\n"; });
+  const auto words = made([](auto&) { return ":020002000000FC\r\n"; });
+  const std::string last = device + ",,A\r\nSTART_HEX=A\r\n:02FFFE00000001\r\n", line(kFile, 'x');
+  const struct {
+    std::string text;
+    std::string outcome;
+    std::size_t images = 0;  ///< Bytes of words.
+  } cases[] = {
+      {alone, none + std::to_string(alone.size() / 31)},
+      {nameless, none + std::to_string(nameless.size() / 25)},
+      {fed, "0", fed.size() / 64 * 8},
+      {"START_HEX=A\r\n" + words, "0"},
+      {device + ",,\r\n" + words, "0"},
+      {last + words, "0", 65'600},
+      {line, "0"},
+      {line + "\r\n" + line + "=\r\n", "0"},
+      {"COMMENTS=" + line + "\r\n", "0"},
+      {"HWREV=" + line + "\r\n", "0"},
+      {"START_HEX=" + line + "\r\n", "0"},
+      {device + line + "," + "\r\n", none + "1"},
+  };
+  const TempFolder folder;
+  for (const auto& each : cases) {
+    WriteFile(folder / "a.qal", each.text);
+    QALclass package;
+    const std::size_t before = gPeak = gTaken;
+    package.LoadQALfile(folder / "a.qal");
+    EXPECT_LT(gPeak - before, 3 * each.text.size() + each.images + kRoom) << each.text.substr(0, 60);
+    EXPECT_EQ(Outcome(package), each.outcome);
   }
-  QALclass package;
-  rlimit memory{};
-  ASSERT_EQ(::getrlimit(RLIMIT_DATA, &memory), 0);
-  for (const rlimit& limit : {rlimit{100 << 20, memory.rlim_max}, memory}) {
-    ASSERT_EQ(::setrlimit(RLIMIT_DATA, &limit), 0);
-    package.LoadQALfile({}, text);
-    EXPECT_EQ(Outcome(package), limit.rlim_cur == memory.rlim_cur ? "0" : "1 : QAL File Not Found at 0");
-  }
-#endif
 }
+#endif
 
 /// Of the lines told, "..." stands for what a line may go on with.
 TEST(BootPackages, AreAsTold) {

@@ -18,15 +18,15 @@ class ImageIndex {
   /// `package` has no errors, and outlives the index.
   explicit ImageIndex(const QALclass& package) : mPackage(package) {}
 
-  /// Words that no record gave.
-  std::int32_t Padded(std::int32_t device);
-  /// Over the image's bytes from word 0 to the last.
-  std::uint32_t Crc32(std::int32_t device);
+  struct Told {
+    std::int32_t padded = 0;  ///< Words that no record gave.
+    std::uint32_t crc32 = 0;  ///< Over the image's bytes from word 0 to the last.
+  };
+  Told Of(std::int32_t device);
 
  private:
   const QALclass& mPackage;
-  std::map<std::int32_t, std::int32_t> mPadded;
-  std::map<std::int32_t, std::uint32_t> mCrc32;
+  std::map<std::int32_t, Told> mTold;
 };
 
 }  // namespace tarnwick::qalinfo

@@ -12,10 +12,11 @@ void WriteDevice(JsonLine& json, const QALclass& package, std::int32_t device, I
   json.Member("record_id", package.DeviceRecordID(device));
   json.Member("version", package.DeviceVersion(device));
   if (!package.ErrorsFound()) {
+    const ImageIndex::Told told = images.Of(device);
     char crc32[9];
-    std::snprintf(crc32, sizeof crc32, "%08x", images.Crc32(device));
+    std::snprintf(crc32, sizeof crc32, "%08x", told.crc32);
     json.Member("words", package.DeviceWords(device));
-    json.Member("padded", images.Padded(device));
+    json.Member("padded", told.padded);
     json.Member("crc32", std::string(crc32));
   }
   json.Close('}');

@@ -47,7 +47,7 @@ void WriteDevices(std::FILE* out, const QALclass& package) {
     std::fprintf(out, ", version %s", text::Fixed2(package.DeviceVersion(device)).c_str());
     if (!package.ErrorsFound()) {
       std::fprintf(out, ", %d words, %d of them padded", package.DeviceWords(device) + 1,
-                   images.Padded(device));
+                   images.Of(device).padded);
     }
     std::fputc('\n', out);
   }

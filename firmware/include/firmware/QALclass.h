@@ -58,13 +58,15 @@ class QALclass {
   bool ErrorsFound() const { return mPackage.Error != QalError::None; }
   std::int32_t Devices() const { return static_cast<std::int32_t>(mPackage.Devices.size()); }
 
-  const std::string& DeviceName(std::int32_t device) const { return mPackage.Device(device).Name; }
-  void DeviceName(std::int32_t device, std::string name) { mPackage.Device(device).Name = std::move(name); }
+  std::string DeviceName(std::int32_t device) const { return std::string(mPackage.Device(device).Name); }
+  void DeviceName(std::int32_t device, std::string_view name) {
+    mPackage.Device(device).Name = mPackage.Texts.Add(name);
+  }
   /// Bus address.
   std::int32_t DeviceAddress(std::int32_t device) const { return mPackage.Device(device).Address; }
   void DeviceAddress(std::int32_t device, std::int32_t address) { mPackage.Device(device).Address = address; }
-  const std::string& DeviceRecordID(std::int32_t device) const {
-    return mPackage.Images[mPackage.Device(device).Data].RecordID;
+  std::string DeviceRecordID(std::int32_t device) const {
+    return std::string(mPackage.Images[mPackage.Device(device).Data].RecordID);
   }
   double DeviceVersion(std::int32_t device) const { return mPackage.Device(device).Version; }
   void DeviceVersion(std::int32_t device, double version) { mPackage.Device(device).Version = version; }

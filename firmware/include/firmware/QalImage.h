@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <string>
+#include <string_view>
 #include <vector>
 
 namespace tarnwick {
@@ -32,6 +32,18 @@ class ChunkList {
   std::size_t mSize = 0;
 };
 
+/// Texts that stay where they are put, with no memory beside them but for the view.
+class QalTexts {
+ public:
+  /// A copy of `text`, for as long as this object lives. Throws when memory cannot be had.
+  std::string_view Add(std::string_view text);
+
+ private:
+  std::vector<std::unique_ptr<char[]>> mChunks;
+  char* mNext = nullptr;  ///< Room in the last chunk that was not made for one text alone.
+  std::size_t mRoom = 0;
+};
+
 /// One program memory word, laid out as a record tells it.
 struct QalWord {
   std::uint8_t LoByte = 0;
@@ -42,8 +54,8 @@ struct QalWord {
 struct QalRun {
   static constexpr std::size_t kWords = 8;
 
-  /// How many devices were declared when each word was written, 0 if it never was. A record reaches the
-  /// devices declared above it, so device number d has a word if and only if d <= Devices.
+  /// The last device of the image that was declared when each word was written, 0 if it never was. A record
+  /// reaches the devices declared above it, so the image's device d has a word if and only if d <= Devices.
   std::array<std::int32_t, kWords> Devices{};
   std::array<QalWord, kWords> Words{};
 };
@@ -52,11 +64,10 @@ struct QalRun {
 /// `QalRun::Devices` keeps them apart: a hex line costs the same for one device and for a hundred
 /// thousand.
 struct QalImage {
-  std::string RecordID;             ///< Upper case.
-  std::vector<std::uint32_t> Runs;  ///< Numbers of its runs of words, 0 where there is none.
-  /// The first of the devices that have had the same words so far, and which the next device declared
-  /// joins; 0 when it cannot, since a record came in between.
-  std::int32_t Twin = 0;
+  std::string_view RecordID;              ///< Upper case.
+  std::unique_ptr<std::uint32_t[]> Runs;  ///< Numbers of its runs of words, 0 where there is none.
+  std::uint32_t RunCount = 0;
+  std::int32_t LastDevice = 0;  ///< The last one declared so far.
 };
 
 /// The images of one package. Only runs of words that a record touches take memory.
@@ -70,9 +81,9 @@ class QalImages {
 
   /// The run with word `word` of image `image`, made when there was none.
   QalRun& Touch(std::size_t image, std::size_t word) {
-    const std::vector<std::uint32_t>& runs = mImages[image].Runs;
+    const QalImage& one = mImages[image];
     const std::size_t index = word / QalRun::kWords;
-    const std::uint32_t number = index < runs.size() ? runs[index] : 0;
+    const std::uint32_t number = index < one.RunCount ? one.Runs[index] : 0;
     return number != 0 ? mRuns[number - 1] : AddRun(image, index);
   }
   /// The same, or none.
@@ -83,12 +94,14 @@ class QalImages {
   /// how many they are. The others are left as they were.
   std::size_t Copy(std::size_t image, std::int32_t device, std::span<QalWord> to) const;
   /// As many words as `image` can have at most.
-  std::size_t Span(std::size_t image) const { return mImages[image].Runs.size() * QalRun::kWords; }
+  std::size_t Span(std::size_t image) const { return mImages[image].RunCount * QalRun::kWords; }
+  /// Marks in `marks`, by number, each device that has a word which the image's next device has not.
+  void MarkLast(std::vector<bool>& marks) const;
 
  private:
   QalRun& AddRun(std::size_t image, std::size_t index);
 
-  ChunkList<QalImage, 16> mImages;
+  ChunkList<QalImage, 64> mImages;
   ChunkList<QalRun, 64> mRuns;
 };
 

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "firmware/QalImage.h"
@@ -33,9 +34,9 @@ struct QalIdentity {
 
 /// One device that a package declares.
 struct QalDevice {
-  std::string Name;
+  std::string_view Name;  ///< In `QalPackage::Texts`.
+  double Version = 0.0;   ///< major + minor/100, from the tail of the record id.
   std::int32_t Address = 0;
-  double Version = 0.0;    ///< major + minor/100, from the tail of the record id.
   std::int32_t Words = 0;  ///< Highest word index, not a count. Known at the end of the load.
   std::uint32_t Data = 0;  ///< Which of the package's images; it tells the record id.
   std::int32_t Twin = 0;   ///< Number of the first device that has the same words; often its own.
@@ -71,6 +72,7 @@ struct QalPackage {
   std::int32_t ModelNumber = 0;
   std::string ModelName;
   QalRevisions HwRev;
+  QalTexts Texts;  ///< Of devices and images.
   ChunkList<QalDevice, 64> Devices;
   QalImages Images;
   bool Padded = false;  ///< Words without a value count as filler: the load ended well.
