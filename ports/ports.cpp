@@ -18,6 +18,7 @@ int NumberOf(const std::string& name) {
 }  // namespace
 
 std::optional<fs::path> DeviceOf(const fs::path& folder, const std::string& name) {
+  if (name.starts_with('/')) return name;
   const int number = NumberOf(name);
   if (number == 0) return std::nullopt;
   std::error_code error;

@@ -129,16 +129,22 @@ void ForgetUnfinished(std::int32_t address) {
   Contain([address] { Write(Others(address)); });
 }
 
-void ShowUnfinished() {
+std::string RecallUnfinished() {
   const std::vector<UnfinishedMotor> motors = ReadUnfinished();
-  if (motors.empty()) return;
+  if (motors.empty()) return {};
   std::string told = "The programming of a motor was begun and not ended:\r\n\r\n";
   for (const UnfinishedMotor& motor : motors) {
     RecallSeen(motor.Address, motor.Seen);
     told += Describe(motor);
   }
-  told.append("\r\n").append(advice::kResume).append("\r\n\r\nKeep this note until it is programmed?");
-  const ui::Answer answer = ui::MessageBox(told, ui::Buttons::YesNo, ui::Icon::Exclamation);
+  return told.append("\r\n").append(advice::kResume);
+}
+
+void ShowUnfinished() {
+  const std::string told = RecallUnfinished();
+  if (told.empty()) return;
+  const ui::Answer answer = ui::MessageBox(told + "\r\n\r\nKeep this note until it is programmed?",
+                                           ui::Buttons::YesNo, ui::Icon::Exclamation);
   if (answer == ui::Answer::No) Contain([] { Write({}); });
 }
 

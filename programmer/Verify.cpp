@@ -41,15 +41,15 @@ bool ReadWithRetry(const DeviceEntry& row, std::int32_t word, std::int32_t& valu
   return true;
 }
 
-bool CompareWord(const DeviceEntry& row, std::int32_t word, std::int32_t& value) {
+VerifyEnd CompareWord(const DeviceEntry& row, std::int32_t word, std::int32_t& value) {
   ui::PumpEvents();
-  if (!ReadWithRetry(row, word, value)) return false;
+  if (!ReadWithRetry(row, word, value)) return VerifyEnd::Unread;
   const std::int32_t expected = gQAL->DeviceHiByte(row.QalIndex, word).value_or(0) * 256 +
                                 gQAL->DeviceLoByte(row.QalIndex, word).value_or(0);
-  if (value == expected) return true;
+  if (value == expected) return VerifyEnd::Identical;
   ui::MessageBox("Found Difference at Address: " + std::to_string(word) + "\r\n\r\nValue of " +
                  std::to_string(value) + " should be " + std::to_string(expected));
-  return false;
+  return VerifyEnd::Different;
 }
 
 /// Neither a word that no record gave nor one that was filled up is compared.
@@ -84,46 +84,50 @@ bool SupportsVerify(std::int32_t index) {
   return ReadWord(gDevices[index], kTopWords, value) == 1;
 }
 
-bool VerifyDevice(std::int32_t index, IProgress& progress) {
+VerifyEnd VerifyDevice(std::int32_t index, IProgress& progress) {
   const DeviceEntry& row = gDevices[index];
   const std::string text = "Verifying: " + gQAL->DeviceName(row.QalIndex) + " : ";
   gTotalWords = gQAL->DeviceWords(row.QalIndex);
   ShowProgress(text, 0, progress);
   std::int32_t value = 0;
   for (std::int32_t word = 0; word <= gTotalWords; ++word) {
-    const bool same = !IsGiven(row.QalIndex, word) || CompareWord(row, word, value);
+    const VerifyEnd end =
+        IsGiven(row.QalIndex, word) ? CompareWord(row, word, value) : VerifyEnd::Identical;
     if (word % 50 == 0) ShowProgress(text, word, progress);
-    if (!same) return false;
+    if (end != VerifyEnd::Identical) return end;
     ui::PumpEvents();
     if (gCancelVerify) {
       ui::MessageBox("Verify cancelled by user");
-      return false;
+      return VerifyEnd::Cancelled;
     }
   }
   ShowProgress(text, gTotalWords, progress);
-  return true;
+  return VerifyEnd::Identical;
 }
 
-void VerifyAll(std::span<const std::int32_t> rows, IProgress& progress) {
+VerifyEnd VerifyAll(std::span<const std::int32_t> rows, IProgress& progress) {
   const RunRecord inRecord("verifying", {rows.begin(), rows.end()});
   gVerifying = true;
   std::optional<awake::Hold> hold(std::in_place);
   progress.Busy(true);
   LockHandControl();
-  const bool identical = std::all_of(rows.begin(), rows.end(), [&](std::int32_t row) {
-    const bool same = VerifyDevice(row, progress);
+  VerifyEnd end = VerifyEnd::Identical;
+  for (std::size_t at = 0; at < rows.size() && end == VerifyEnd::Identical; ++at) {
+    end = VerifyDevice(rows[at], progress);
     progress.Rest();
-    return same;
-  });
+  }
   hold.reset();
   gVerifying = false;
   progress.Busy(false);
   gCancelVerify = false;
   progress.Status();
-  record::Line(identical ? "outcome: identical" : "outcome: not identical, or not compared to the end");
-  if (!identical) return;
+  record::Line(end == VerifyEnd::Identical   ? "outcome: identical"
+               : end == VerifyEnd::Different ? "outcome: not identical"
+                                             : "outcome: not compared to the end");
+  if (end != VerifyEnd::Identical) return end;
   ui::MessageBox("Contents are Identical", ui::Buttons::Ok, ui::Icon::Information);
   ui::PumpEvents();
+  return end;
 }
 
 }  // namespace tarnwick

@@ -71,6 +71,19 @@ std::string ForTerminal(std::string_view text) {
   return ToUtf8(harmless);
 }
 
+std::string NamesForTerminal(std::string_view text) {
+  if (!IsUtf8(text)) return ForTerminal(text);
+  std::string harmless;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    // The control characters above 0x7F are these two bytes.
+    const bool high = byte == 0xC2 && static_cast<unsigned char>(text[at + 1]) < 0xA0;
+    harmless += high || byte < 0x20 || byte == 0x7F ? '?' : text[at];
+    at += high ? 1 : 0;
+  }
+  return harmless;
+}
+
 bool IsUtf8(std::string_view text) {
   while (!text.empty()) {
     const std::size_t length = Utf8Length(text);

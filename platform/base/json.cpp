@@ -45,6 +45,10 @@ void JsonLine::Value(const std::string& value) {
   std::fputc('"', mOut);
 }
 
+void JsonLine::Shown(const std::string& text) {
+  text::IsUtf8(text) ? Utf8(text) : Value(text);
+}
+
 void JsonLine::Utf8(std::string_view text) {
   Separate();
   std::fputc('"', mOut);

@@ -20,7 +20,7 @@ class VerifyTest : public ProgrammerFixture {
     }
     Refresh();
   }
-  bool Verify() { return VerifyDevice(1, progress); }
+  bool Verify() { return VerifyDevice(1, progress) == VerifyEnd::Identical; }
 };
 
 TEST_F(VerifyTest, ReadsTheGivenWordsOneByOneTheFirstOfOldHardwareFromItsTop) {

@@ -61,7 +61,7 @@ std::string ShownPath(const QALclass& package) {
 }
 
 void WriteText(std::FILE* out, const QALclass& package, const std::vector<QalRemark>& remarks) {
-  std::fprintf(out, "%s\n", ShownPath(package).c_str());
+  std::fprintf(out, "%s\n", text::NamesForTerminal(package.RealFilename().native()).c_str());
   WriteHeader(out, package);
   WriteDevices(out, package);
   if (!package.ErrorsFound()) {

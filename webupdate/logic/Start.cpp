@@ -138,6 +138,17 @@ Beginning BeginProgram(const CanRun& canRun) {
   }
 }
 
+Beginning JoinFolder() {
+  const Clock::time_point begin = Clock::now();
+  if (const std::error_code error = Lock().Open(Folder() / kLockName)) return BeginUnlocked(error);
+  for (std::error_code error; (error = Lock().Share()); Rest()) {
+    if (!IsBusy(error)) return BeginUnlocked(error);
+    if (Clock::now() - begin > kPatience) return {What::Busy, 1};
+  }
+  if (program::IsReplaced()) process::Become(program::Executable());
+  return BeginUnlocked(std::make_error_code(std::errc::device_or_resource_busy));
+}
+
 std::string WhyNoStart(const Beginning& beginning) {
   if (beginning.what == What::Busy)
     return "This program is being updated by another window. Finish there, then start it again.";

@@ -45,12 +45,7 @@ void CWizardController::OnCancel(bool& cancel) {
 void CWizardController::AskToCancelProgramming() {
   IWizardFrame& frame = mWizard->Frame();
   frame.Enabled(FrameButton::cmdTerminate, false);
-  const ui::Answer answer = ui::MessageBox(
-      "Cancelling Programming at this stage would leave the device in Program mode\r\n"
-      "making the firmware unusable until reprogrammed!\r\n"
-      "\r\n"
-      "Are you sure you want to Cancel Programming?",
-      ui::Buttons::YesNo, ui::Icon::Critical);
+  const ui::Answer answer = ui::MessageBox(kCancelProgramming, ui::Buttons::YesNo, ui::Icon::Critical);
   if (answer == ui::Answer::Yes) {
     gCancelProgram = true;
   } else {

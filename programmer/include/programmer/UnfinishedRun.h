@@ -48,6 +48,10 @@ std::vector<UnfinishedMotor> ReadUnfinished();
 /// Takes one motor out of the note.
 void ForgetUnfinished(std::int32_t address);
 
+/// Recalls what the motors of a note told of themselves, and gives what the user is to be told: which they
+/// are and what to do. Empty without a note.
+std::string RecallUnfinished();
+
 /// At the start of the program: recalls what the motors of a note told of themselves, shows the note with
 /// what to do, and asks whether it is to be kept. Nothing happens without a note.
 void ShowUnfinished();

@@ -20,14 +20,21 @@ std::string VerifyRefusal(std::span<const std::int32_t> rows);
 /// bus address comes from the package.
 bool SupportsVerify(std::int32_t index);
 
-/// Compares every word that the package fills with the device's. True when all were equal; stops at
-/// the first difference, and between words when `gCancelVerify` is set. Shows its own messages.
-/// Expects that `VerifyRefusal` gave none.
-bool VerifyDevice(std::int32_t index, IProgress& progress);
+/// How a comparison ended.
+enum class VerifyEnd {
+  Identical,
+  Different,
+  Unread,     ///< A word could not be read, and the user gave up.
+  Cancelled,  ///< The user stopped it.
+};
+
+/// Compares every word that the package fills with the device's; stops at the first difference, and between
+/// words when `gCancelVerify` is set. Shows its own messages. Expects that `VerifyRefusal` gave none.
+VerifyEnd VerifyDevice(std::int32_t index, IProgress& progress);
 
 /// A verify run: while `gVerifying` stands and the computer is kept awake, the hand control is locked and the
-/// rows are verified in order until one fails; then the status is read anew, and the user is told when all
-/// were equal. Expects that `VerifyRefusal` gave none.
-void VerifyAll(std::span<const std::int32_t> rows, IProgress& progress);
+/// rows are verified in order until one is not identical; then the status is read anew, and the user is told
+/// when all were equal. Expects that `VerifyRefusal` gave none. Gives how the last row compared ended.
+VerifyEnd VerifyAll(std::span<const std::int32_t> rows, IProgress& progress);
 
 }  // namespace tarnwick

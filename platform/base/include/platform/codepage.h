@@ -17,6 +17,8 @@ std::string ToUtf8(std::string_view text);
 
 /// The same with a "?" for each control character, as it may be written to a terminal.
 std::string ForTerminal(std::string_view text);
+/// The same for a text with names of files in it, which are UTF-8 as a rule: one that is taken as UTF-8.
+std::string NamesForTerminal(std::string_view text);
 /// True when `text` is well-formed UTF-8.
 bool IsUtf8(std::string_view text);
 

@@ -30,6 +30,8 @@ class JsonLine {
   void Value(double value);
   /// A text in Windows-1252, of any length.
   void Value(const std::string& value);
+  /// A text with names of files in it, which are UTF-8 as a rule: one that is taken as UTF-8.
+  void Shown(const std::string& text);
   /// A text that is UTF-8 already.
   void Utf8(std::string_view text);
 

@@ -1,0 +1,121 @@
+#include "Console.h"
+
+#include <cstdio>
+
+#include "Arguments.h"
+#include "platform/signals.h"
+#include "programmer/modProgrammer.h"
+
+namespace tarnwick::flash {
+namespace {
+
+/// A block that fails again and again is not going to be written by saying Yes once more.
+constexpr int kMostRestarts = 5;
+
+/// One line that a person types, without its end. False when none comes: the input has ended, or Ctrl-C was
+/// pressed.
+bool ReadLine(std::string& line) {
+  line.clear();
+  for (int c = std::fgetc(stdin); c != '\n'; c = std::fgetc(stdin)) {
+    if (c == EOF) return std::clearerr(stdin), false;
+    line += static_cast<char>(c);
+  }
+  return true;
+}
+
+ui::Answer AsAnswer(ui::Buttons buttons, bool yes) {
+  if (buttons == ui::Buttons::YesNo) return yes ? ui::Answer::Yes : ui::Answer::No;
+  if (buttons == ui::Buttons::RetryCancel) return yes ? ui::Answer::Retry : ui::Answer::Cancel;
+  return ui::Answer::Ok;
+}
+
+}  // namespace
+
+Console::Console(Output& output, std::set<std::string> yes)
+    : mOutput(output), mYes(std::move(yes)), mAttended(output.IsText() && signals::IsAttended()) {
+  Seam<ui::IUserInterface>::Install(*this);
+}
+
+Console::~Console() {
+  Seam<ui::IUserInterface>::Uninstall();
+}
+
+ui::Answer Console::MessageBox(std::string_view text, ui::Buttons buttons, ui::Icon icon) {
+  if (buttons == ui::Buttons::Ok) {
+    mOutput.Message(text, {});
+    // What good news asks for is to be done before the program looks again.
+    if (icon == ui::Icon::Information && mAttended) {
+      std::string line;
+      std::fputs("[Enter] ", stderr);
+      ReadLine(line);
+    }
+    return ui::Answer::Ok;
+  }
+  return AsAnswer(buttons, AnswerOf(text));
+}
+
+bool Console::AnswerOf(std::string_view text) {
+  const struct Question* const question = QuestionOf(text);
+  const bool named = question != nullptr && mYes.contains(std::string(question->name));
+  const bool wornOut = named && question->name == "restart" && ++mRestarts > kMostRestarts;
+  if (named && !wornOut) {
+    mOutput.Message(text, "Yes");
+    return true;
+  }
+  if (mAttended) {
+    mOutput.Question(text);
+    return AskPerson();
+  }
+  mOutput.Message(text, "No");
+  if (question != nullptr && !named) {
+    mOutput.Note("Nobody is here to be asked. --yes=" + std::string(question->name) + " answers Yes.");
+  }
+  return false;
+}
+
+bool Console::AskPerson() {
+  mAsking = true;
+  std::string line;
+  bool answered = false;
+  do {
+    std::fputs("[y/n] ", stderr);
+    answered = ReadLine(line);
+  } while (answered && line != "y" && line != "n" && line != "yes" && line != "no");
+  mAsking = false;
+  if (!answered) std::fputs("no\n", stderr);
+  return answered && line.front() == 'y';
+}
+
+std::string Console::InputBox(std::string_view prompt, std::string_view, std::string_view proposed) {
+  if (!mAttended) return {};
+  mOutput.Question(prompt);
+  std::fprintf(stderr, "[%s] ", std::string(proposed).c_str());
+  std::string line;
+  if (!ReadLine(line)) return {};
+  return line.empty() ? std::string(proposed) : line;
+}
+
+void Console::PumpEvents() {
+  switch (signals::Take()) {
+    case signals::Asked::Nothing:
+      return;
+    case signals::Asked::Interrupt:
+      return Stop(true);
+    case signals::Asked::End:
+      return Stop(false);
+  }
+}
+
+void Console::Stop(bool asks) {
+  if (mAsking) return;
+  if (gVerifying) {
+    gCancelVerify = mEnding = true;
+  } else if (!gProgramming) {
+    mEnding = true;
+  } else if (!asks ||
+             ui::MessageBox(kCancelProgramming, ui::Buttons::YesNo, ui::Icon::Critical) == ui::Answer::Yes) {
+    gCancelProgram = mEnding = true;
+  }
+}
+
+}  // namespace tarnwick::flash

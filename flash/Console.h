@@ -1,0 +1,48 @@
+// The user of tarnwick-flash: a person at a terminal, or the command line alone.
+#pragma once
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Output.h"
+#include "platform/ui.h"
+
+namespace tarnwick::flash {
+
+/// In place as the user for its lifetime. A question is answered by --yes, else by the person, else with No;
+/// then the output says which --yes would have answered it.
+class Console final : public ui::IUserInterface {
+ public:
+  Console(Output& output, std::set<std::string> yes);
+  ~Console() override;
+  Console(const Console&) = delete;
+  Console& operator=(const Console&) = delete;
+
+  ui::Answer MessageBox(std::string_view text, ui::Buttons buttons, ui::Icon icon) override;
+  std::string InputBox(std::string_view prompt, std::string_view title, std::string_view proposed) override;
+  /// Looks for what the system or Ctrl-C asks, and acts as the window's close box does.
+  void PumpEvents() override;
+  void PumpPainting() override {}
+  void Beep() override {}
+
+  /// True when the user, or the system, has asked to end; nothing new is begun then.
+  bool IsEnding() const { return mEnding; }
+  /// A person is there to be asked.
+  bool IsAttended() const { return mAttended; }
+
+ private:
+  bool AnswerOf(std::string_view text);
+  bool AskPerson();
+  void Stop(bool asks);
+
+  Output& mOutput;
+  std::set<std::string> mYes;
+  bool mAttended = false;
+  bool mEnding = false;
+  bool mAsking = false;  ///< While a question waits: no second one is put on top of it.
+  int mRestarts = 0;
+};
+
+}  // namespace tarnwick::flash

@@ -1,0 +1,115 @@
+#include "Mount.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "firmware/PackageFolder.h"
+#include "firmware/QALclass.h"
+#include "link/Bus.h"
+#include "link/Connection.h"
+#include "link/Devices.h"
+#include "link/OpeningCause.h"
+#include "platform/files.h"
+#include "platform/program.h"
+#include "platform/serial.h"
+#include "platform/ui.h"
+#include "ports/ports.h"
+#include "programmer/PackageFit.h"
+#include "settings/Settings.h"
+
+namespace tarnwick::flash {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The largest package that is taken from standard input, in bytes; the largest that a site can give.
+constexpr std::size_t kLargestInput = 64u << 20;
+
+/// The one USB adapter among the ports; empty when there is none, or more than one.
+std::string OnlyAdapter() {
+  std::string only;
+  for (const Port& port : PortsHere()) {
+    if (!port.usb) continue;
+    if (!only.empty()) return {};
+    only = port.name;
+  }
+  return only;
+}
+
+/// Reads standard input to its end; false when it is longer than a package can be.
+bool ReadInput(std::string& content) {
+  char piece[4096];
+  for (std::size_t count = 1; count != 0 && content.size() <= kLargestInput;) {
+    count = std::fread(piece, 1, sizeof piece, stdin);
+    content.append(piece, count);
+  }
+  return content.size() <= kLargestInput;
+}
+
+}  // namespace
+
+std::vector<Port> PortsHere() {
+  std::vector<Port> found;
+  const fs::path& folder = program::This().folder;
+  for (int n = 1; n <= ports::kLastPort; ++n) {
+    const std::string name = "COM" + std::to_string(n);
+    if (!ports::PortExists(folder, name)) continue;
+    const fs::path device = *ports::DeviceOf(folder, name);
+    found.push_back({name, device, serial::IsUsb(device)});
+  }
+  return found;
+}
+
+Exit ReachMount(const Job& job) {
+  if (!job.arguments.port.empty()) gComPort = job.arguments.port;
+  if (gComPort.empty()) gComPort = OnlyAdapter();
+  if (gComPort.empty()) {
+    job.output.Note("Which port? Name one with --port; tarnwick-flash ports lists them.");
+    return Exit::WrongUse;
+  }
+  if (FindDevices()) return job.user.IsEnding() ? Exit::Refused : Exit::Done;
+  if (!LastOpeningHint().empty()) job.output.Note(LastOpeningHint());
+  return IsConnected() ? Exit::Refused : Exit::LineFailed;
+}
+
+ChosenPackage::~ChosenPackage() {
+  std::error_code ignored;
+  if (!mTaken.empty()) fs::remove(mTaken, ignored);
+}
+
+fs::path ChosenPackage::TakeInput() {
+  std::string content;
+  if (!ReadInput(content)) return {};
+  const std::string name = "tarnwick-" + files::UniquePart() + std::string(kPackageEnding);
+  const fs::path file = fs::temp_directory_path() / name;
+  if (files::Create(file, content, fs::perms::owner_read | fs::perms::owner_write)) return {};
+  return mTaken = file;
+}
+
+/// A file of that name, else a package of the folder with or without its ending.
+fs::path ChosenPackage::Locate() {
+  const std::string& name = mJob.arguments.operand;
+  if (name == "-") return TakeInput();
+  if (fs::path(name).is_absolute()) return name;  // As `main` makes it where the file is there.
+  const bool ended = name.ends_with(kPackageEnding);
+  const fs::path found = FindPackage(gFirmwareDir, ended ? PackageStem(name) : name);
+  return found.empty() ? fs::path(name) : found;
+}
+
+Exit ChosenPackage::Judge() {
+  gQAL->LoadQALfile(Locate());
+  return PackageFits() ? Exit::Done : Exit::Refused;
+}
+
+std::vector<std::int32_t> ChosenPackage::Rows() const {
+  std::vector<std::int32_t> rows;
+  const std::int32_t wanted = mJob.arguments.address;
+  for (std::int32_t row = 1; row <= gDeviceCount(); ++row) {
+    const DeviceEntry& device = gDevices[row];
+    if (device.QalIndex > 0 && (wanted == 0 || wanted == device.Address)) rows.push_back(row);
+  }
+  if (rows.empty()) mJob.output.Note("The package holds nothing for that device.");
+  return rows;
+}
+
+}  // namespace tarnwick::flash

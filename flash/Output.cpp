@@ -1,0 +1,135 @@
+#include "Output.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+#include "platform/codepage.h"
+#include "platform/signals.h"
+#include "platform/text.h"
+
+namespace tarnwick::flash {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kAlive = 200ms;  ///< On a terminal.
+constexpr auto kStream = 1s;    ///< As JSON.
+constexpr auto kInLog = 10s;    ///< In a file, or wherever else lines stay.
+
+/// Writes a text of several lines, each ended as the system ends them.
+void PutLines(std::FILE* out, std::string_view text) {
+  std::string whole(text);
+  if (!whole.ends_with(text::kLineEnd)) whole += text::kLineEnd;
+  std::string_view rest = whole, line;
+  while (text::NextLine(rest, line)) std::fprintf(out, "%s\n", text::ForTerminal(line).c_str());
+}
+
+}  // namespace
+
+void Output::Message(std::string_view text, std::string_view answer) {
+  EndProgress();
+  if (mForm == Form::Document) mTold.push_back({std::string(text), std::string(answer)});
+  if (mForm == Form::Stream) {
+    Event("message", [&](JsonLine& json) {
+      json.Member("text", std::string(text));
+      if (!answer.empty()) json.Member("answer", std::string(answer));
+    });
+  }
+  if (!IsText()) return;
+  PutLines(stderr, text);
+  if (!answer.empty()) PutLines(stderr, "-> " + std::string(answer));
+}
+
+void Output::Question(std::string_view text) {
+  EndProgress();
+  PutLines(stderr, text);
+}
+
+void Output::Note(std::string_view text) {
+  Message(text, {});
+}
+
+void Output::Line(std::string_view text) {
+  EndProgress();
+  if (IsText()) PutLines(stdout, text);
+}
+
+void Output::Open() {
+  if (!mOpened) mDocument.Open('{');
+  mOpened = true;
+}
+
+void Output::Member(std::string_view name, const std::function<void(JsonLine&)>& value) {
+  if (mForm != Form::Document) return;
+  Open();
+  mDocument.Key(name);
+  value(mDocument);
+}
+
+void Output::Event(std::string_view kind, const std::function<void(JsonLine&)>& members) {
+  if (mForm != Form::Stream) return;
+  JsonLine json(stdout);
+  json.Open('{');
+  json.Member("event", std::string(kind));
+  members(json);
+  json.Close('}');
+  std::fputc('\n', stdout);
+  std::fflush(stdout);
+}
+
+void Output::Progress(const std::string& text, double share) {
+  const bool live = IsText() && signals::ShowsTerminal();
+  const auto now = Clock::now();
+  const auto pause = live       ? Clock::duration(kAlive)
+                     : IsText() ? Clock::duration(kInLog)
+                                : Clock::duration(kStream);
+  if (now - mShown < pause) return;
+  mShown = now;
+  Event("progress", [&](JsonLine& json) {
+    json.Member("text", text);
+    json.Member("share", share);
+  });
+  if (!IsText()) return;
+  // What stands on the line is written over, its longer rest with blanks.
+  std::printf(live ? "\r%-70s" : "%s\n", text::ForTerminal(text).c_str());
+  std::fflush(stdout);
+  mLineUnended = live;
+}
+
+void Output::EndProgress() {
+  if (mLineUnended) std::printf("\r%-70s\r", "");
+  mLineUnended = false;
+  std::fflush(stdout);
+}
+
+bool Output::End(Exit exit) {
+  EndProgress();
+  const auto status = static_cast<std::int32_t>(exit);
+  Event("end", [status](JsonLine& json) { json.Member("exit", status); });
+  if (mForm == Form::Document) {
+    Member("messages", [this](JsonLine& json) {
+      json.Open('[');
+      for (const Told& each : mTold) {
+        json.Open('{');
+        json.Member("text", each.text);
+        if (!each.answer.empty()) json.Member("answer", each.answer);
+        json.Close('}');
+      }
+      json.Close(']');
+    });
+    Member("exit", [status](JsonLine& json) { json.Value(status); });
+    mDocument.Close('}');
+    std::fputc('\n', stdout);
+  }
+  return std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+}
+
+std::string TimeLeftText(double share, std::chrono::duration<double> spent) {
+  if (share < 0.02 || share > 1.0 || spent < 1s) return {};
+  const auto seconds = static_cast<long>(std::ceil(spent.count() * (1 - share) / share));
+  if (seconds < 100) return "about " + std::to_string(seconds) + " s left";
+  return "about " + std::to_string((seconds + 30) / 60) + " min left";
+}
+
+}  // namespace tarnwick::flash

@@ -1,0 +1,126 @@
+// tarnwick-flash: the program without its window, for a terminal or a script.
+#include <clocale>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+#include "Commands.h"
+#include "app/ProgramSettings.h"
+#include "firmware/QALclass.h"
+#include "link/Connection.h"
+#include "platform/awake.h"
+#include "platform/codepage.h"
+#include "platform/contain.h"
+#include "platform/files.h"
+#include "platform/http/CurlTransport.h"
+#include "platform/program.h"
+#include "platform/record.h"
+#include "platform/signals.h"
+#include "programmer/DeviceClass.h"
+#include "programmer/UnfinishedRun.h"
+#include "settings/Settings.h"
+#include "webupdate/Start.h"
+
+namespace {
+
+using namespace tarnwick;
+using flash::Command;
+using flash::Exit;
+
+constexpr std::int32_t kMotorControllers = 0;
+
+/// The window's name: settings, note and record are the same, whoever works.
+constexpr const char* kName = "Tarnwick";
+
+Exit Dispatch(const flash::Job& job) {
+  switch (job.arguments.command) {
+    case Command::Ports:
+      return flash::ListPorts(job);
+    case Command::Status:
+      return flash::ShowStatus(job);
+    case Command::Check:
+      return flash::CheckPackage(job);
+    case Command::Program:
+      return flash::ProgramPackage(job);
+    case Command::Verify:
+      return flash::VerifyPackage(job);
+    case Command::Fetch:
+      return flash::FetchPackages(job);
+    case Command::List:
+      return flash::ListPackages(job);
+    case Command::Help:
+    case Command::Version:
+      break;
+  }
+  return Exit::WrongUse;
+}
+
+/// What the work needs, in place around it.
+Exit Work(const flash::Arguments& arguments, flash::Output& output) {
+  flash::Console user(output, arguments.yes);
+  http::CurlTransport transport;
+  const std::unique_ptr<awake::IKeeper> awake = awake::SystemKeeper();
+  const Beginning beginning = JoinFolder();
+  if (const std::string why = WhyNoStart(beginning); !why.empty()) {
+    output.Message(why, {});
+    return Exit::Refused;
+  }
+  program::Identity identity = program::This();
+  identity.file = identity.name = kName;
+  program::Set(identity);
+  record::Open(identity.folder);
+  record::Line("start: tarnwick-flash " + program::VersionText() + ", " + program::SystemText());
+  LoadSettings();
+  ChooseDeviceClass(kMotorControllers);
+  if (const std::string told = RecallUnfinished(); !told.empty()) output.Message(told, {});
+  Exit exit = Exit::Refused;
+  if (!Contain([&] { exit = Dispatch({arguments, output, user}); }))
+    output.Note("That failed in a way that nobody foresaw. Tarnwick.log has more.");
+  if (IsConnected()) CloseConnection();
+  gQAL.reset();
+  record::Close();
+  return exit;
+}
+
+/// The settings are read in the program's folder: a file that was named in the user's stays what it is.
+void FixPath(std::string& name) {
+  std::error_code error;
+  if (name.empty() || !files::FileExists(name)) return;
+  const std::filesystem::path whole = std::filesystem::absolute(name, error);
+  if (!error) name = whole.string();
+}
+
+flash::Output::Form FormOf(const flash::Arguments& arguments) {
+  if (!arguments.json) return flash::Output::Form::Text;
+  const bool works = arguments.command == Command::Program || arguments.command == Command::Verify ||
+                     arguments.command == Command::Fetch;
+  return works ? flash::Output::Form::Stream : flash::Output::Form::Document;
+}
+
+int Print(const std::string& text) {
+  std::fputs(text.c_str(), stdout);
+  return static_cast<int>(std::fflush(stdout) == 0 ? Exit::Done : Exit::WrongUse);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  signals::Note();
+  std::string wrong;
+  auto arguments = flash::ReadArguments(std::span(argv, static_cast<std::size_t>(argc)).subspan(1), wrong);
+  if (!arguments) {
+    std::fprintf(stderr, "tarnwick-flash: %s\nTry tarnwick-flash --help.\n",
+                 text::NamesForTerminal(wrong).c_str());
+    return static_cast<int>(Exit::WrongUse);
+  }
+  if (arguments->command == Command::Help) return Print(flash::HelpText());
+  if (arguments->command == Command::Version) return Print("tarnwick-flash " + program::VersionText() + "\n");
+  FixPath(arguments->operand);
+  FixPath(arguments->port);
+  flash::Output output(FormOf(*arguments));
+  const Exit exit = Work(*arguments, output);
+  const bool written = output.End(exit);
+  // What became of a device weighs more than an output that nobody took.
+  return static_cast<int>(
+      written || exit != Exit::Done || arguments->command == Command::Program ? exit : Exit::WrongUse);
+}

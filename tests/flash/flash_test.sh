@@ -1,0 +1,103 @@
+#!/usr/bin/env bash
+# flash_test.sh PORTABLE MOUNT: tarnwick-flash against the simulated mount, through each of its exit statuses. The
+# mount's memory judges what was written.
+set -euo pipefail
+portable=$1 mount=$2 here=$(cd "$(dirname "$0")" && pwd)
+cd "$(mktemp -d)"
+trap 'stop_mount; rm -rf "$PWD"' EXIT
+fail() { echo "FAILED: $*" >&2; tail -n 20 out err >&2; exit 1; }
+cp -r "$portable" home
+mkdir -p home/ports
+flash=home/tarnwick-flash package=home/MotorControllers/MC_0512.qal
+
+# start_mount OPTION ...: a mount on COM5; ask COMMAND: what it answers.
+start_mount() {
+  stop_mount
+  coproc MOUNT { exec "$mount" --until-eof --link home/ports/COM5 "$@" 2>mount.err; }
+  mount_pid=$MOUNT_PID
+  local told
+  read -r told <&"${MOUNT[0]}"
+}
+stop_mount() {
+  [ -z "${mount_pid-}" ] || { kill "$mount_pid" && wait "$mount_pid" || true; } 2>/dev/null
+  mount_pid=
+}
+ask() {
+  local line
+  echo "$*" >&"${MOUNT[1]}"
+  while read -r line <&"${MOUNT[0]}" && [ "$line" != end ] && [ "$line" != ok ]; do echo "$line"; done
+}
+
+# ends STATUS TEXT ARGUMENT ...: flash, with nobody to be asked, ends so, and tells TEXT on the way.
+ends() {
+  local want=$1 text=$2 status=0
+  shift 2
+  "$flash" "$@" <"${input:-/dev/null}" >out 2>err || status=$?
+  [ "$status" = "$want" ] || fail "flash $* ends with $status instead of $want"
+  grep -qF -- "$text" out err || fail "flash $* does not tell: $text"
+}
+
+ends 0 'Exit status: 0 done' --help
+ends 0 'tarnwick-flash ' --version
+ends 2 'A command is missing'
+ends 2 'is no command' "$(printf 'sta\033[2Jtus')"
+! grep -q $'\033' err || fail "an argument steers the terminal"
+for wrong in 'status more' check 'check a b' 'program a --yes=all' 'program a --device east' '--port' 'list --all'; do
+  ends 2 'Try tarnwick-flash --help' $wrong
+done
+ends 0 '' ports
+ends 5 'Error Opening COM7' status --port COM7
+ends 6 'Unable to connect' list
+grep -q MC_0512 out || fail "the packages that are here are not listed"
+ends 6 'Unable to connect' fetch
+
+start_mount
+ends 0 'Vendral Corvane' status --port COM5
+ends 0 'The package fits.' check MC_0512 --port "$PWD/home/ports/COM5"
+ends 1 'Hex Line CheckSum Error at Line 33' check "home/MotorControllers/MC_0513_DAMAGED.qal" --port COM5
+ends 1 'QAL File Not Found' program nowhere.qal --port COM5
+ends 1 'The package holds nothing for that device' program MC_0512_AZM --device alt --port COM5
+before=$(ask dump 17)
+ends 0 'AZM(RA) Motor: 5.12 written' program MC_0512 --device azm --port COM5
+[ "$(ask dump 17)" = "$before" ] || fail "a motor was written that was not chosen"
+ask power
+input=$package ends 0 'AZM(RA) Motor: 5.12 written' program - --port COM5 --json
+[ "$(ask dump 16)" = "$(ask dump 17)" ] || fail "the memory is not that of the package"
+python3 -c 'import json, sys
+lines = [json.loads(line) for line in open("out")]
+assert lines[-1] == {"event": "end", "exit": 0}, lines[-1]
+assert [l["end"] for l in lines if l["event"] == "outcome"] == ["written", "written"]' || fail "its JSON"
+[ ! -e home/Tarnwick.unfinished ] || fail "a note stands of a run that ended"
+ask power
+ends 0 'Contents are Identical' verify MC_0512 --port COM5
+ask poke 16 700 1
+ends 3 'Found Difference at Address: 700' verify MC_0512 --port COM5 --json
+python3 -m json.tool --json-lines out >/dev/null || fail "its JSON"
+
+# What nobody is there to answer is declined, and said; the option that names the question answers it.
+start_mount --state boot
+ends 1 '--yes=model answers Yes' program MC_0512 --port COM5 --yes=boot-loader,restart
+ends 0 '5.12 written' program MC_0512 --port COM5 --yes=model
+
+# Ended in the midst: the device needs another run, and record and note say so. A terminal that goes stops nothing.
+for signal in TERM HUP; do
+  start_mount --line paced=on --baud 115200
+  "$flash" program MC_0512 --port COM5 --device azm </dev/null >out 2>err &
+  until grep -q 'begins' home/Tarnwick.log && [ -e home/Tarnwick.unfinished ]; do sleep 0.05; done
+  kill "-$signal" $!
+  status=0
+  wait $! || status=$?
+  if [ "$signal" = HUP ]; then
+    [ "$status" = 0 ] || fail "SIGHUP ends a run with $status"
+  else
+    [ "$status" = 4 ] || fail "SIGTERM ends a run with $status"
+    tail -n 5 home/Tarnwick.log | grep -q 'stopped at' || fail "the record does not tell"
+    ends 0 'was begun and not ended' ports
+    ends 0 '5.12 written' program MC_0512 --port COM5 --device azm --yes=model
+  fi
+  [ ! -e home/Tarnwick.unfinished ] || fail "a note stands of a motor that is written"
+done
+
+# With a terminal: the person answers; Ctrl-C asks first; a terminal that goes away in the midst stops nothing.
+start_mount --line paced=on --baud 115200
+python3 "$here/at_terminal.py" "$flash" || fail "at a terminal"
