@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "firmware/BootPackages.h"
+#include "platform/text.h"
 #include "support/PlainReader.h"
 #include "support/TempFolder.h"
 

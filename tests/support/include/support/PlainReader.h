@@ -1,14 +1,17 @@
 // A second reader of firmware packages, written from docs/package-format.md for plainness alone: what
-// the loader reads fast is held against what this one reads slowly.
+// the loader reads fast is held against what this one reads slowly. It calls nothing of the product's; only
+// `PictureOf` and `Agreed` do, which look at the loader.
 #pragma once
 
+#include <cmath>
+#include <cstdlib>
+#include <limits>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "firmware/QALclass.h"
-#include "platform/text.h"
 
 namespace tarnwick::test {
 
@@ -77,8 +80,8 @@ class PlainReader {
       for (PlainWord& word : words) word = word.lo ? word : PlainWord{0xFF, 0x3F, true};
     }
     const std::string hwRev = reader.mIs.texts["HWREV"];
-    const auto fields = hwRev.empty() ? std::vector<std::string_view>() : text::Split(hwRev, ',');
-    for (const auto field : fields) reader.mIs.revisions.push_back(Whole(field));
+    const auto fields = hwRev.empty() ? std::vector<std::string>() : Fields(hwRev);
+    for (const auto& field : fields) reader.mIs.revisions.push_back(Whole(field));
     return reader.mIs;
   }
 
@@ -90,7 +93,7 @@ class PlainReader {
     const std::size_t equals = line.find('=');
     if (equals == line.npos) return line.starts_with(':') ? HexLine(line) : void();
     for (char& c : line) c = c == '\r' || c == '\n' || c == '\t' ? ' ' : c;
-    Key(text::Upper(Cut(line.substr(0, equals))), Cut(line.substr(equals + 1)));
+    Key(Upper(Cut(line.substr(0, equals))), Cut(line.substr(equals + 1)));
   }
 
   void Key(const std::string& key, const std::string& value) {
@@ -100,15 +103,15 @@ class PlainReader {
       mIs.fileVersion = Number(value.substr(1, 1)) / 10 + Number(value.substr(0, 1));
     }
     if (key == "DEVICE_ADDRESS_VERSION") {
-      auto fields = text::Split(value, ',');
+      auto fields = Fields(value);
       fields.resize(3);
-      const std::string id(fields[2]), tail = Last(id, 4);
-      mIs.devices.push_back({Cut(fields[0]), Whole(fields[1]), text::Upper(Cut(id)),
+      const std::string id = fields[2], tail = Last(id, 4);
+      mIs.devices.push_back({Cut(fields[0]), Whole(fields[1]), Upper(Cut(id)),
                              Number(tail.substr(0, 2)) + Number(Last(tail, 2)) / 100});
     }
-    if (key == "START_HEX" || key == "V3_START_HEX") mRecordId = text::Upper(value);
+    if (key == "START_HEX" || key == "V3_START_HEX") mRecordId = Upper(value);
     if (key == "END_HEX" || key == "V3_END_HEX") {
-      if (text::Upper(value) != mRecordId) return Error(8);
+      if (Upper(value) != mRecordId) return Error(8);
       mRecordId.clear();
     }
   }
@@ -142,9 +145,47 @@ class PlainReader {
     return static_cast<std::uint8_t>(value);
   }
 
-  static double Number(std::string_view text) { return text::NumericPrefix(text); }
-  static std::int32_t Whole(std::string_view text) { return text::ToInt32(Number(text)); }
-  static std::string Cut(std::string_view text) { return std::string(text::Trim(text)); }
+  static double Number(const std::string& text) {
+    std::size_t at = 0, digits = 0, end;
+    while (at < text.size() && text[at] == ' ') ++at;
+    for (end = at; end < text.size(); ++end) {
+      const bool point = text[end] == '.' && text.find('.', at) == end;
+      const bool sign = end == at && (text[end] == '-' || text[end] == '+');
+      if (text[end] >= '0' && text[end] <= '9')
+        ++digits;
+      else if (!point && !sign)
+        break;
+    }
+    const double value = digits == 0 ? 0 : std::strtod(text.substr(at, end - at).c_str(), nullptr);
+    return std::min(std::max(value, std::numeric_limits<double>::lowest()),
+                    std::numeric_limits<double>::max());
+  }
+  static std::int32_t Whole(const std::string& text) {
+    constexpr std::int32_t least = std::numeric_limits<std::int32_t>::min(), most = -(least + 1);
+    return static_cast<std::int32_t>(
+        std::min<double>(std::max<double>(std::rint(Number(text)), least), most));
+  }
+  static std::string Cut(const std::string& text) {
+    const std::size_t first = text.find_first_not_of(' ');
+    return first == text.npos ? "" : text.substr(first, text.find_last_not_of(' ') + 1 - first);
+  }
+  static std::string Upper(std::string text) {
+    const std::string small = "\x9A\x9C\x9E\xFF", large = "\x8A\x8C\x8E\x9F";
+    for (char& c : text) {
+      const auto byte = static_cast<unsigned char>(c);
+      const bool letter = (c >= 'a' && c <= 'z') || (byte >= 0xE0 && byte != 0xF7 && byte != 0xFF);
+      if (letter)
+        c = static_cast<char>(byte - 0x20);
+      else if (const std::size_t at = small.find(c); at != small.npos)
+        c = large[at];
+    }
+    return text;
+  }
+  static std::vector<std::string> Fields(const std::string& text) {
+    std::vector<std::string> fields(1);
+    for (const char c : text) c == ',' ? fields.emplace_back() : fields.back().append(1, c);
+    return fields;
+  }
   static std::string Last(const std::string& text, std::size_t count) {
     return text.substr(text.size() - std::min(count, text.size()));
   }
@@ -178,7 +219,8 @@ inline void RepairCheckSums(std::string& text) {
   for (std::size_t at = 0, end; (end = text.find("\r\n", at)) != text.npos; at = end + 2) {
     if (text[at] != ':' || end - at < 11) continue;
     std::int32_t sum = 0;
-    for (std::size_t i = at + 1; i < end - 2; i += 2) sum -= QALclass().HexToLong(text.substr(i, 2));
+    for (std::size_t i = at + 1; i < end - 2; i += 2)
+      sum -= static_cast<std::int32_t>(std::strtol(text.substr(i, 2).c_str(), nullptr, 16));
     for (const int shift : {4, 0}) text[end - (shift == 4 ? 2 : 1)] = "0123456789ABCDEF"[sum >> shift & 15];
   }
 }
