@@ -5,6 +5,7 @@
 #include "app/App.h"
 #include "link/LinkLibrary.h"
 #include "platform/files.h"
+#include "platform/program.h"
 #include "platform/record.h"
 #include "platform/ui.h"
 #include "webupdate/Start.h"
@@ -38,6 +39,7 @@ int RunWindow(int argc, char* argv[], const Beginning& beginning) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  program::OutliveTerminal();
   if (argc == 2 && argv[1] == kTrial) return RunsHere() ? 0 : 1;
   // Before anything of this program and its link library can be mixed.
   App::TrustBuiltInKey();

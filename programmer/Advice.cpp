@@ -19,6 +19,7 @@ constexpr std::array kMessages = std::to_array<MessageAdvice>({
     {"Cannot Program more than one device at a time", kChooseDevice},
     {"Your BootLoader on this device needs to be upgraded", kSayYes},
     {"An Error occurred Programming Data at Address", kTryOnce},
+    {"Error Verifying Data at Address", kRetry},
     {"Programming Cancelled by User", kReadPage},
     {"Programming Aborted", kReadPage},
     {"No response from MC", kReadPage},

@@ -1,4 +1,6 @@
 // What the system knows of this process, of its time, and of its user's display.
+#include <fcntl.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/utsname.h>
@@ -50,6 +52,14 @@ bool Answers(const std::string& path) {
 fs::path program::RunningFile() {
   bool gone = false;
   return RunningLink(gone);
+}
+
+void program::OutliveTerminal() {
+  for (const int number : {SIGHUP, SIGPIPE, SIGTTOU, SIGTTIN}) ::signal(number, SIG_IGN);
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    // The lowest free number is the one that is closed.
+    if (::fcntl(stream, F_GETFD) < 0 && ::open("/dev/null", O_RDWR) < 0) return;
+  }
 }
 
 bool program::IsReplaced() {

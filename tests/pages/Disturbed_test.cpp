@@ -2,11 +2,31 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <QSessionManager>
 #include <set>
 
 #include "PagesTest.h"
 #include "firmware/QALclass.h"
 #include "programmer/modProgrammer.h"
+
+namespace {
+
+/// What the session manager offers, and what it was told. There is none on the platform of the tests, so the
+/// toolkit's way to it is replaced below.
+struct Session {
+  bool asks = true;
+  bool held = false;  ///< The log-out was called off.
+} gSession;
+
+}  // namespace
+
+bool QSessionManager::allowsInteraction() {
+  return gSession.asks;
+}
+void QSessionManager::cancel() {
+  gSession.held = true;
+}
+void QSessionManager::release() {}
 
 namespace tarnwick::test {
 namespace {
@@ -147,6 +167,35 @@ TEST_F(Disturbed, LeavingAtAnyMomentEndsTheProgramAtOnce) {
   while (outcome == kLeft && ++moment < 50) EXPECT_EXIT(leaveAt(moment), sound, "") << moment;
   EXPECT_EQ(outcome, kVisited);
   EXPECT_GT(moment, 15);
+}
+
+TEST_F(Disturbed, LoggingOutAsksAsTheCloseBoxDoesAndNeverStopsARunUnasked) {
+  Start();
+  const auto logOut = [this](bool asks, ui::Answer answer) {
+    gSession = {.asks = asks};
+    user.answers = {answer};
+    emit qApp->commitDataRequest(*qApp->findChild<QSessionManager*>());
+    user.answers.clear();
+    return gSession.held;
+  };
+  const std::string exit = "YesNo ?|Are you sure you want to Exit the program?";
+  EXPECT_TRUE(logOut(true, ui::Answer::No) && !ended);
+  EXPECT_THAT(Said(), testing::ElementsAre(exit));
+  EXPECT_FALSE(logOut(false, ui::Answer::No) || ended) << "Who may not ask does not hold anything up.";
+  WalkTo(4);
+  ClickRow("lstDevices", 1);
+  std::string held;
+  onPump = [&] {
+    if (!gProgramming || held.size() == 3 || link.blocks.empty()) return;
+    const bool no = held.size() < 2;
+    held += logOut(!held.empty(), no ? ui::Answer::No : ui::Answer::Yes) ? "h" : "-";
+    EXPECT_EQ(gCancelProgram, !no);
+    EXPECT_EQ(Said().size(), held.size() == 1 ? 0U : 1U);
+  };
+  Click("cmdProgram");
+  EXPECT_EQ(held, "hhh") << "Unasked, after No, and after Yes, until the block under way is sent.";
+  EXPECT_FALSE(logOut(true, ui::Answer::Yes));
+  EXPECT_TRUE(ended);
 }
 
 }  // namespace

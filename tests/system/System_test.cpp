@@ -1,4 +1,6 @@
 // The real program over the real link library and the mount's process, in bad luck.
+#include <pty.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <QProcess>
@@ -128,6 +130,32 @@ TEST(Program, RunsWhereItFindsNoLibraryAndCanWriteNothing) {
   process.waitForFinished();
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 2);
   fs::permissions(folder.Path(), fs::perms::owner_all);
+}
+
+TEST(Program, OutlivesTheTerminalThatItWasStartedFrom) {
+  const TempFolder folder;
+  fs::copy(TARNWICK_PROGRAM, folder / "Tarnwick");
+  std::array<int, 2> unread{};
+  ASSERT_EQ(::pipe(unread.data()), 0);
+  int terminal = -1;
+  const pid_t process = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (process == 0) {
+    ::dup2(unread[1], STDERR_FILENO);
+    for (const int end : {unread[0], unread[1], STDOUT_FILENO}) ::close(end);
+    if (::chdir(folder.Path().c_str()) != 0) ::_exit(1);
+    ::execl((folder / "Tarnwick").c_str(), "Tarnwick", nullptr);
+    ::_exit(127);
+  }
+  for (const int end : unread) ::close(end);  // The window system's words now have no reader.
+  int status = 0;
+  const auto ended = [&] { return ::waitpid(process, &status, WNOHANG) != 0; };
+  const auto started = [&] { return ReadFile(folder / "Tarnwick.log").find("start:") != std::string::npos; };
+  EXPECT_TRUE(QTest::qWaitFor([&] { return started() || ended(); }, 20000));
+  EXPECT_EQ(fs::read_symlink("/proc/" + std::to_string(process) + "/fd/1"), "/dev/null");
+  ::close(terminal);
+  EXPECT_FALSE(QTest::qWaitFor(ended, 500)) << status;
+  ::kill(process, SIGTERM);
+  EXPECT_TRUE(QTest::qWaitFor(ended, 5000)) << "Who is asked to end, ends.";
 }
 
 }  // namespace

@@ -39,8 +39,12 @@ inline constexpr std::string_view kSamePackage =
     "mount.";
 inline constexpr std::string_view kSayYes = "Press Yes, with power and cable secure.";
 inline constexpr std::string_view kTryOnce =
-    "Check power and cable. If the mount had power all the time, press Yes. "
+    "Check power and cable; an adapter that came off only has to be plugged in again. "
+    "If the mount had power all the time, press Yes. "
     "If it had not, or if the question comes again, press No and do what the page then says.";
+inline constexpr std::string_view kRetry =
+    "Check power and cable; an adapter that came off only has to be plugged in again. Press Retry, or Cancel "
+    "to stop.";
 inline constexpr std::string_view kReadPage = "Press Ok and do what the page then says.";
 inline constexpr std::string_view kCycleNow =
     "Switch the mount off and on, wait a few seconds, and only then press Ok.";

@@ -171,7 +171,7 @@ class Player {
 
  private:
   void Kill() {
-    ::kill(mProcess, SIGKILL);
+    ::kill(mProcess, mCase.count % 2 == 0 ? SIGKILL : SIGTERM);
     mKilled = true;
     mWorld.NoteStruck();
   }

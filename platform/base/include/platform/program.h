@@ -41,6 +41,10 @@ bool HasDisplay();
 /// The running program's file.
 std::filesystem::path Executable();
 
+/// The terminal that this was started from may go, and whoever reads what is written there: from now on
+/// neither ends or stops the process. Nothing that is opened later takes the place of a standard stream.
+void OutliveTerminal();
+
 /// The system that this runs on, as "Linux 6.1.0 x86_64".
 std::string SystemText();
 
