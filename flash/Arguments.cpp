@@ -26,8 +26,6 @@ constexpr std::array kCommands = std::to_array<CommandName>({
     {Command::Verify, "verify", 1, 1},
     {Command::Fetch, "fetch", 0, 1},
     {Command::List, "list", 0, 0},
-    {Command::Help, "--help", 0, 0},
-    {Command::Version, "--version", 0, 0},
 });
 
 constexpr std::array kQuestions = std::to_array<Question>({

@@ -10,10 +10,10 @@
 
 namespace tarnwick::flash {
 
-enum class Command { Ports, Status, Check, Program, Verify, Fetch, List, Help, Version };
+enum class Command { Ports, Status, Check, Program, Verify, Fetch, List };
 
 struct Arguments {
-  Command command = Command::Help;
+  Command command = Command::Ports;
   std::string operand;       ///< The package, or the name of what is fetched; empty for none.
   std::string port;          ///< COM1 to COM16 or the path of a device; empty for the settings' own.
   std::int32_t address = 0;  ///< Bus address of the one device chosen; 0 for all.

@@ -1,5 +1,4 @@
 // tarnwick-flash: the program without its window, for a terminal or a script.
-#include <clocale>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -9,6 +8,7 @@
 #include "firmware/QALclass.h"
 #include "link/Connection.h"
 #include "platform/awake.h"
+#include "platform/cli.h"
 #include "platform/codepage.h"
 #include "platform/contain.h"
 #include "platform/files.h"
@@ -48,9 +48,6 @@ Exit Dispatch(const flash::Job& job) {
       return flash::FetchPackages(job);
     case Command::List:
       return flash::ListPackages(job);
-    case Command::Help:
-    case Command::Version:
-      break;
   }
   return Exit::WrongUse;
 }
@@ -97,24 +94,20 @@ flash::Output::Form FormOf(const flash::Arguments& arguments) {
   return works ? flash::Output::Form::Stream : flash::Output::Form::Document;
 }
 
-int Print(const std::string& text) {
-  std::fputs(text.c_str(), stdout);
-  return static_cast<int>(std::fflush(stdout) == 0 ? Exit::Done : Exit::WrongUse);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
+  const auto words = std::span(argv, static_cast<std::size_t>(argc)).subspan(1);
+  if (const auto answered = cli::AnswerCommonWords(words, "tarnwick-flash", flash::HelpText()))
+    return *answered;
   signals::Note();
   std::string wrong;
-  auto arguments = flash::ReadArguments(std::span(argv, static_cast<std::size_t>(argc)).subspan(1), wrong);
+  auto arguments = flash::ReadArguments(words, wrong);
   if (!arguments) {
     std::fprintf(stderr, "tarnwick-flash: %s\nTry tarnwick-flash --help.\n",
                  text::NamesForTerminal(wrong).c_str());
     return static_cast<int>(Exit::WrongUse);
   }
-  if (arguments->command == Command::Help) return Print(flash::HelpText());
-  if (arguments->command == Command::Version) return Print("tarnwick-flash " + program::VersionText() + "\n");
   FixPath(arguments->operand);
   FixPath(arguments->port);
   flash::Output output(FormOf(*arguments));

@@ -164,9 +164,7 @@ std::optional<Options> ParseOptions(const std::vector<std::string>& arguments, s
   Options options = Defaults();
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const std::string& name = arguments[i];
-    if (name == "--help") {
-      options.help = true;
-    } else if (name == "--until-eof") {
+    if (name == "--until-eof") {
       options.untilEof = true;
     } else if (name == "--first") {
       options.path.first = true;

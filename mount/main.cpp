@@ -10,6 +10,7 @@
 #include "mount/Line.h"
 #include "mount/Mount.h"
 #include "mount/Options.h"
+#include "platform/cli.h"
 #include "platform/terminal.h"
 
 namespace {
@@ -98,12 +99,11 @@ void Serve(const Options& options, PseudoTerminal& terminal, Attendant& attendan
 }  // namespace
 
 int main(int argc, char** argv) {
+  const auto words = std::span(argv, static_cast<std::size_t>(argc)).subspan(1);
+  const std::string help = std::string(Usage()) + std::string(FaultUsage());
+  if (const auto answered = tarnwick::cli::AnswerCommonWords(words, "tarnwick-mount", help)) return *answered;
   std::string error;
-  const std::optional<Options> options = ParseOptions({argv + 1, argv + argc}, error);
-  if (options && options->help) {
-    Say(std::string(Usage()) + std::string(FaultUsage()));
-    return 0;
-  }
+  const std::optional<Options> options = ParseOptions({words.begin(), words.end()}, error);
   if (!options) {
     Tell(error);
     return 2;

@@ -74,7 +74,7 @@ std::string program::System() {
 
 bool program::HasDisplay() {
   const std::string platform = Environment("QT_QPA_PLATFORM");
-  if (platform.starts_with("offscreen") || platform.starts_with("minimal")) return true;
+  if (!platform.empty() && !platform.starts_with("xcb") && !platform.starts_with("wayland")) return true;
   const std::string wayland = Environment("WAYLAND_DISPLAY");
   if (!wayland.empty() && Answers((fs::path(Environment("XDG_RUNTIME_DIR")) / wayland).string())) return true;
   const std::string display = Environment("DISPLAY");

@@ -5,6 +5,8 @@
 
 #include <initializer_list>
 
+#include "platform/program.h"
+
 namespace tarnwick::signals {
 namespace {
 
@@ -18,12 +20,10 @@ void NoteOne(int signal) {
 }  // namespace
 
 void Note() {
+  program::OutliveTerminal();
   struct sigaction noted {};
   noted.sa_handler = NoteOne;  // Without SA_RESTART: a question that waits for its answer is woken.
   for (const int signal : {SIGINT, SIGTERM}) ::sigaction(signal, &noted, nullptr);
-  struct sigaction passed {};
-  passed.sa_handler = SIG_IGN;
-  for (const int signal : {SIGHUP, SIGPIPE}) ::sigaction(signal, &passed, nullptr);
 }
 
 Asked Take() {

@@ -39,6 +39,11 @@ ends() {
 
 ends 0 'Exit status: 0 done' --help
 ends 0 'tarnwick-flash ' --version
+for program in "$portable/Tarnwick" "$mount"; do
+  [ "$("$program" --version)" = "$(basename "$program") ${version:=$("$flash" --version | cut -d' ' -f2)}" ] || fail "$program --version"
+done
+told=$(env -u DISPLAY -u WAYLAND_DISPLAY QT_QPA_PLATFORM= "$portable/Tarnwick" 2>&1) && fail "a window without a display"
+[[ $told == *tarnwick-flash* ]] || fail "what has no display does not name tarnwick-flash"
 ends 2 'A command is missing'
 ends 2 'is no command' "$(printf 'sta\033[2Jtus')"
 ! grep -q $'\033' err || fail "an argument steers the terminal"

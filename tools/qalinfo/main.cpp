@@ -17,6 +17,7 @@
 #include "Reports.h"
 #include "firmware/QALclass.h"
 #include "firmware/QalLint.h"
+#include "platform/cli.h"
 #include "platform/contain.h"
 
 namespace {
@@ -102,8 +103,9 @@ int Run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::optional<Options> options =
-      ReadOptions(std::span(argv, static_cast<std::size_t>(argc)).subspan(1));
+  const auto words = std::span(argv, static_cast<std::size_t>(argc)).subspan(1);
+  if (const auto answered = cli::AnswerCommonWords(words, "qalinfo", kUsage)) return *answered;
+  const std::optional<Options> options = ReadOptions(words);
   if (!options) {
     std::fputs(kUsage, stderr);
     return kWrongUse;

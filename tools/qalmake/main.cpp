@@ -11,6 +11,7 @@
 
 #include "Maker.h"
 #include "platform/codepage.h"
+#include "platform/cli.h"
 #include "platform/contain.h"
 #include "platform/files.h"
 #include "platform/text.h"
@@ -209,8 +210,10 @@ int Run(Arguments arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const auto words = std::span(argv, static_cast<std::size_t>(argc)).subspan(1);
+  if (const auto answered = cli::AnswerCommonWords(words, "qalmake", kUsage)) return *answered;
   int status = kFaults;
-  if (!Contain([&] { status = Run(std::span(argv, static_cast<std::size_t>(argc)).subspan(1)); }))
+  if (!Contain([&] { status = Run(words); }))
     std::fputs("qalmake: not enough memory\n", stderr);
   return status;
 }

@@ -7,6 +7,7 @@
 
 #include "Keys.h"
 #include "SitePlan.h"
+#include "platform/cli.h"
 #include "platform/contain.h"
 #include "platform/program.h"
 
@@ -83,6 +84,7 @@ int Run(Arguments arguments) {
 
 int main(int argc, char** argv) {
   const auto arguments = std::span(argv, static_cast<std::size_t>(argc)).subspan(1);
+  if (const auto answered = cli::AnswerCommonWords(arguments, "tarnwick-site", kUsage)) return *answered;
   int status = kFaults;
   if (!Contain([&] { status = Run(arguments); })) {
     std::fputs("tarnwick-site: a folder cannot be read, or memory ran out\n", stderr);

@@ -21,7 +21,6 @@ struct Options {
   std::map<std::uint8_t, DeviceSetup> devices;
   std::vector<std::string> faults;  ///< As `Faults::Play` takes them, in their order.
   bool untilEof = false;            ///< End when standard input does.
-  bool help = false;
 };
 
 /// What the options are, for `--help`.

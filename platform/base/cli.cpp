@@ -1,0 +1,21 @@
+#include "platform/cli.h"
+
+#include <cstdio>
+#include <string>
+
+#include "platform/program.h"
+
+namespace tarnwick::cli {
+
+std::optional<int> AnswerCommonWords(std::span<char* const> words, std::string_view name,
+                                     std::string_view help) {
+  if (words.size() != 1) return std::nullopt;
+  const std::string_view word = words.front();
+  if (word != "--help" && word != "--version") return std::nullopt;
+  std::string told(help);
+  if (word == "--version") told = std::string(name) + " " + program::VersionText() + "\n";
+  std::fwrite(told.data(), 1, told.size(), stdout);
+  return std::fflush(stdout) == 0 ? 0 : 2;
+}
+
+}  // namespace tarnwick::cli
