@@ -28,6 +28,8 @@ function windows(    bare) {
   bare = wall("bench-bare-window")
   row("start to first page painted / of a bare window", share(wall("bench-first-page"), bare), where == "xcb" ? 1.45 : 1.6)
   row("peak memory then / of a bare window", share(value["bench-first-page", "peak"], value["bench-bare-window", "peak"]), 1.3)
+  row("tarnwick-flash ports, start to end / first page painted", share(wall("tarnwick-flash"), wall("bench-first-page")), 0.3)
+  row("peak memory of that / of the window's first page", share(value["tarnwick-flash", "peak"], value["bench-first-page", "peak"]), 0.4)
   row("64 KB package listed, loaded, shown / bare window start", share(wall("package"), bare), 0.1)
   row("block of a programming run / idle round", share(wall("block"), value["idle-round", "cpu_time"]), 15)
   row("word of a verify run / idle round", share(wall("word"), value["idle-round", "cpu_time"]), 10)
