@@ -22,6 +22,7 @@
 #include "platform/record.h"
 #include "programmer/UnfinishedRun.h"
 #include "programmer/modProgrammer.h"
+#include "webupdate/PackageSignature.h"
 #include "webupdate/Release.h"
 #include "wizard/WizardWindow.h"
 #include "wizard/modWizard.h"
@@ -90,7 +91,10 @@ void App::Start() {
 }
 
 void App::TrustBuiltInKey() {
-  if (const auto key = ReadPublicKey(kBuiltInKey)) TrustKey(*key);
+  const auto key = ReadPublicKey(kBuiltInKey);
+  if (!key) return;
+  TrustKey(*key);
+  TrustPackageKey(*key);
 }
 
 WizardWindow& App::Window() {

@@ -92,7 +92,7 @@ void QALclass::LoadQALfile(std::filesystem::path filename, std::string_view text
     mPackage.RealFilename = std::move(filename);
     mPackage.SetError(QalError::FileNotFound);
   }
-  if (ErrorsFound()) Contain([&] { NoteError(); });
+  if (ErrorsFound() && !mQuiet) Contain([&] { NoteError(); });
 }
 
 void QALclass::NoteError() const {

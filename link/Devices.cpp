@@ -41,11 +41,6 @@ const char* NameIn(const std::array<const char*, N>& names, std::int32_t number)
                                                              : kUnknown;
 }
 
-const char* ModelNameOf(std::int32_t model) {
-  if (gDeviceClass == 0) return NameIn(kMotorModels, model);
-  return gDeviceClass == 1 && model == 1 ? "Focuser Accessory" : kUnknown;
-}
-
 bool InBootLoader(const DeviceEntry& device) {
   return device.State == McState::BootMode || device.State == McState::Program;
 }
@@ -74,6 +69,11 @@ std::string ReportOf(std::int32_t index) {
 
 DeviceTable gDevices;
 std::int32_t gDeviceClass = 0;
+
+std::string ModelNameOf(std::int32_t model) {
+  if (gDeviceClass == 0) return NameIn(kMotorModels, model);
+  return gDeviceClass == 1 && model == 1 ? "Focuser Accessory" : kUnknown;
+}
 
 std::int32_t gDeviceCount() {
   return gDevices.Count();

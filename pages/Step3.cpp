@@ -3,6 +3,7 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 
+#include "PackageMarks.h"
 #include "StatusBox.h"
 #include "firmware/PackageFolder.h"
 #include "firmware/QALclass.h"
@@ -15,6 +16,7 @@
 #include "programmer/Compatibility.h"
 #include "programmer/PackageFit.h"
 #include "settings/Settings.h"
+#include "webupdate/PackageSignature.h"
 #include "webupdate/frmWebUpdate.h"
 #include "widgets/Controls.h"
 #include "widgets/ListBox.h"
@@ -27,6 +29,9 @@ namespace {
 
 /// Item value: the file's name as the file system has it, which may be no text.
 constexpr int kFileName = Qt::UserRole;
+
+constexpr std::string_view kAltered =
+    "The signature of this package does not fit. It may have been altered. Use it all the same?";
 
 /// The header of the package just loaded, or its error.
 std::string DescribePackage() {
@@ -41,11 +46,16 @@ std::string DescribePackage() {
 
 Step3::Step3() : PageWindow(6960, 2715) {}
 
+Step3::~Step3() = default;
+
 void Step3::Form_Load() {
   Label1 = MakeLabel(this, "Label1", "Choose Firmware or ......");
   lstFirmware = new ListBox(this, "lstFirmware", QStringLiteral("Firmware packages"));
   lstFirmware->onChoose = [this] { lstFirmware_Click(); };
   Label1->setBuddy(lstFirmware);
+  lblSignature = MakeWrappedLabel(this, "lblSignature");
+  lblFit = MakeWrappedLabel(this, "lblFit");
+  mMarks = std::make_unique<PackageMarks>(*lstFirmware, [this](int row) { return PackageOf(row); });
   cmdWebUpdate = MakeButton(this, "cmdWebUpdate", "Download via the Web", [this] { cmdWebUpdate_Click(); });
   txtFirmware = new TextBox(this, "txtFirmware", QStringLiteral("About the selected package"));
   txtStatus = new StatusBox(this);
@@ -67,10 +77,12 @@ void Step3::LayOutControls() {
   grid->setSpacing(Pixels(5));
   grid->addLayout(heading, 0, 0, 1, 2);
   grid->addWidget(lstFirmware, 1, 0);
-  grid->addWidget(txtFirmware, 2, 0);
-  grid->addWidget(txtStatus, 1, 1, 2, 1);
+  grid->addWidget(lblSignature, 2, 0);
+  grid->addWidget(lblFit, 3, 0);
+  grid->addWidget(txtFirmware, 4, 0);
+  grid->addWidget(txtStatus, 1, 1, 4, 1);
   grid->setRowStretch(1, 1);
-  grid->setRowStretch(2, 1);
+  grid->setRowStretch(4, 1);
   grid->setColumnStretch(0, 11);
   grid->setColumnStretch(1, 10);
 }
@@ -79,9 +91,24 @@ QWidget* Step3::FirstControl() {
   return lstFirmware;
 }
 
+std::filesystem::path Step3::PackageOf(int row) const {
+  return gFirmwareDir / lstFirmware->item(row)->data(kFileName).toByteArray().toStdString();
+}
+
 std::filesystem::path Step3::SelectedPackage() const {
-  return gFirmwareDir /
-         lstFirmware->item(lstFirmware->Selected())->data(kFileName).toByteArray().toStdString();
+  return PackageOf(lstFirmware->Selected());
+}
+
+void Step3::ShowOpinions() {
+  const bool any = lstFirmware->Selected() >= 0;
+  // A signer's name is that of a file.
+  lblSignature->setText(any ? qt::ShowName(SignatureText(JudgeSignatureOf(SelectedPackage()))) : QString());
+  lblFit->setText(any ? qt::Show(mMarks->Say(lstFirmware->Selected())) : QString());
+}
+
+bool Step3::AcceptSignature() {
+  if (JudgeSignatureOf(SelectedPackage()).state != PackageSignature::State::DoesNotFit) return true;
+  return ui::MessageBox(kAltered, ui::Buttons::NoYes, ui::Icon::Critical) == ui::Answer::Yes;
 }
 
 void Step3::ListFirmware(const std::string& selectName) {
@@ -93,6 +120,8 @@ void Step3::ListFirmware(const std::string& selectName) {
     auto* const item = new QListWidgetItem(qt::ShowName(name), lstFirmware);
     item->setData(kFileName, QByteArray::fromStdString(name));
   }
+  mMarks->Restart();
+  ShowOpinions();
   if (lstFirmware->count() == 0) return;
   lstFirmware->Select(0);
   if (wanted >= 0) lstFirmware->Select(wanted);
@@ -109,6 +138,7 @@ void Step3::lstFirmware_Click() {
     gQAL->LoadQALfile(package);
     txtFirmware->TextNow(DescribePackage());
   }
+  ShowOpinions();
   wizard.Frozen(false);
 }
 
@@ -126,6 +156,8 @@ void Step3::BeforePageShow(CWizard& wizard, std::int16_t currentStep) {
     RefreshDevice(row);
   }
   txtStatus->ShowReport();
+  mMarks->Restart();
+  ShowOpinions();
 }
 
 void Step3::EnableButtons(bool enabled) {
@@ -142,6 +174,8 @@ void Step3::cmdRefresh_Click() {
     RefreshDevices();
   }
   txtStatus->ShowReport();
+  mMarks->Restart();
+  ShowOpinions();
   EnableButtons(true);
   wizard.Frozen(false);
 }
@@ -173,7 +207,7 @@ void Step3::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel)
   } else {
     wizard.Frozen(true);
     const std::filesystem::path judged = SelectedPackage();
-    cancel = !AcceptPackage();
+    cancel = !AcceptSignature() || !AcceptPackage();
     wizard.Frozen(false);
     // Whatever came in between, only what was judged goes on.
     const bool same = lstFirmware->Selected() >= 0 && SelectedPackage() == judged;

@@ -25,7 +25,7 @@ Verdict JudgeByList(std::int32_t index) {
     return listed ? Verdict::Pass : Verdict::OtherRevision;
   }
   if (listed) return HasBootVersion(row.HwRev) ? Verdict::Pass : Verdict::ConfirmModelAtRisk;
-  return LeavesNoOtherRevision(index) ? Verdict::Pass : Verdict::OtherRevision;
+  return LeavesNoOtherRevision(*gQAL, index) ? Verdict::Pass : Verdict::OtherRevision;
 }
 
 /// The package lists no revisions: it is for hardware that reports none, or 2 for models 5 and 6.
@@ -85,17 +85,21 @@ bool ComparesPackages() {
   return !gModelOverride && gDeviceClass == 0;
 }
 
-bool LeavesNoOtherRevision(std::int32_t index) {
-  return HasBootVersion(gDevices[index].HwRev) && EffectiveHwRev(index) == 0 && gQAL->HwRevCount() == 1 &&
-         HasBootVersion(gQAL->HwRevValue(1));
+bool LeavesNoOtherRevision(const QALclass& package, std::int32_t index) {
+  return HasBootVersion(gDevices[index].HwRev) && EffectiveHwRev(index) == 0 && package.HwRevCount() == 1 &&
+         HasBootVersion(package.HwRevValue(1));
+}
+
+bool ListsHwRev(const QALclass& package, std::int32_t index) {
+  const std::int32_t revision = EffectiveHwRev(index);
+  for (std::int32_t k = 1; k <= package.HwRevCount(); ++k) {
+    if (package.HwRevValue(k) == revision) return true;
+  }
+  return false;
 }
 
 bool PackageHasHwRev(std::int32_t index) {
-  const std::int32_t revision = EffectiveHwRev(index);
-  for (std::int32_t k = 1; k <= gQAL->HwRevCount(); ++k) {
-    if (gQAL->HwRevValue(k) == revision) return true;
-  }
-  return false;
+  return ListsHwRev(*gQAL, index);
 }
 
 void MatchPackageDevices() {
@@ -107,9 +111,13 @@ void MatchPackageDevices() {
   }
 }
 
+std::string ErrorText(const QALclass& package) {
+  return "Error " + std::to_string(package.LastError()) + " : " + package.LastErrorMessage() + " at Line " +
+         std::to_string(package.LastErrorLine());
+}
+
 std::string PackageErrorText() {
-  return "Error " + std::to_string(gQAL->LastError()) + " : " + gQAL->LastErrorMessage() + " at Line " +
-         std::to_string(gQAL->LastErrorLine());
+  return ErrorText(*gQAL);
 }
 
 std::string ChosenPackageRefusal(const QalIdentity& chosen) {

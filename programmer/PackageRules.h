@@ -3,7 +3,10 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
+
+#include "firmware/QALclass.h"
 
 namespace tarnwick {
 
@@ -26,6 +29,12 @@ bool ComparesPackages();
 
 /// A row of revision 5 or 6 whose old boot loader cannot tell which passes for a package that
 /// leaves no choice: one that lists a single revision, 5 or 6.
-bool LeavesNoOtherRevision(std::int32_t index);
+bool LeavesNoOtherRevision(const QALclass& package, std::int32_t index);
+
+/// Whether the package lists the revision that `EffectiveHwRev` gives for the row.
+bool ListsHwRev(const QALclass& package, std::int32_t index);
+
+/// What a package is told to be that did not load.
+std::string ErrorText(const QALclass& package);
 
 }  // namespace tarnwick

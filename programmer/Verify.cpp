@@ -91,8 +91,7 @@ VerifyEnd VerifyDevice(std::int32_t index, IProgress& progress) {
   ShowProgress(text, 0, progress);
   std::int32_t value = 0;
   for (std::int32_t word = 0; word <= gTotalWords; ++word) {
-    const VerifyEnd end =
-        IsGiven(row.QalIndex, word) ? CompareWord(row, word, value) : VerifyEnd::Identical;
+    const VerifyEnd end = IsGiven(row.QalIndex, word) ? CompareWord(row, word, value) : VerifyEnd::Identical;
     if (word % 50 == 0) ShowProgress(text, word, progress);
     if (end != VerifyEnd::Identical) return end;
     ui::PumpEvents();

@@ -14,6 +14,7 @@ class Nobody final : public IUserInterface {
   Answer MessageBox(std::string_view, Buttons buttons, Icon) override {
     switch (buttons) {
       case Buttons::YesNo:
+      case Buttons::NoYes:
         return Answer::No;
       case Buttons::RetryCancel:
         return Answer::Cancel;

@@ -27,6 +27,7 @@ constexpr TextBound kBoxText{.lines = 16, .lineLength = 300};
 QMessageBox::StandardButtons ButtonsOf(ui::Buttons buttons) {
   switch (buttons) {
     case ui::Buttons::YesNo:
+    case ui::Buttons::NoYes:
       return QMessageBox::Yes | QMessageBox::No;
     case ui::Buttons::RetryCancel:
       return QMessageBox::Retry | QMessageBox::Cancel;
@@ -38,6 +39,8 @@ QMessageBox::StandardButtons ButtonsOf(ui::Buttons buttons) {
 
 QMessageBox::StandardButton FirstOf(ui::Buttons buttons) {
   switch (buttons) {
+    case ui::Buttons::NoYes:
+      return QMessageBox::No;
     case ui::Buttons::YesNo:
       return QMessageBox::Yes;
     case ui::Buttons::RetryCancel:
@@ -51,6 +54,7 @@ QMessageBox::StandardButton FirstOf(ui::Buttons buttons) {
 QMessageBox::StandardButton LastOf(ui::Buttons buttons) {
   switch (buttons) {
     case ui::Buttons::YesNo:
+    case ui::Buttons::NoYes:
       return QMessageBox::No;
     case ui::Buttons::RetryCancel:
       return QMessageBox::Cancel;

@@ -10,6 +10,7 @@
 #include "platform/awake.h"
 #include "programmer/modProgrammer.h"
 #include "settings/Settings.h"
+#include "webupdate/PackageSignature.h"
 
 namespace tarnwick::test {
 namespace {
@@ -113,6 +114,74 @@ TEST_F(Pages, ThreeListsPackagesInOrderAndShowsNoteOrHeader) {
   EXPECT_FALSE(gQAL->ErrorsFound());
   ClickRow("lstFirmware", 5);
   EXPECT_EQ(gQAL->ModelNumber(), 6);
+}
+
+TEST_F(Pages, ThreeSaysWhatFitsAndWhoSigned) {
+  const KeyPair key = *MakeKeyPair(), other = *MakeKeyPair(), builtIn = *MakeKeyPair();
+  TrustPackageKey(builtIn.open);
+  WriteFile(folder / "Orion Club.pub", KeyText(key.open));
+  WriteFile(folder / "none.pub", "no key");
+  const std::string good = PackageText(5, "5", kBoth);
+  std::string altered = SignPackage(good, key.secret);
+  altered[altered.find("MODELNAME")] = 'm';
+  const std::string doesNot = "The signature does not fit", fits = "Fits your mount",
+                    unsignedOne = "Not signed";
+  const struct {
+    std::string text, fit, signature;
+  } rows[] = {
+      {good, fits, unsignedOne},
+      {PackageText(6, "5", kBoth), "For another model: Brenmark RX; yours is Vendral Corvane", unsignedOne},
+      {PackageText(99, "5", kBoth), "For another model: Unknown; yours is Vendral Corvane", unsignedOne},
+      {PackageText(5, "6", kBoth), "For other hardware: revision 6", unsignedOne},
+      {PackageText(5, "", kBoth), "For other hardware: it names no revision", unsignedOne},
+      {PackageText(5, "5", {{"Foc", 18, CountedWords(3)}}), "For other devices", unsignedOne},
+      {kBroken, "Cannot be used: Hex Line Too Short", unsignedOne},
+      {SignPackage(good, key.secret), fits, "Signed by Orion Club"},
+      {SignPackage(SignPackage(good, key.secret), builtIn.secret), fits, "Signed by Halcyrion"},
+      {SignPackage(good, other.secret), fits, doesNot},
+      {SignPackage(good, key.secret).substr(0, good.size() + 60), fits, doesNot},
+      {altered, fits, doesNot},
+  };
+  for (std::size_t i = 0; i < std::size(rows); ++i)
+    Put(std::string(1, static_cast<char>('A' + i)) + ".qal", rows[i].text);
+  Start();
+  WalkTo(3);
+  const auto signOf = [&](int row) {
+    return Find<QListWidget>("lstFirmware")
+        .item(row)
+        ->data(Qt::AccessibleDescriptionRole)
+        .toString()
+        .toStdString();
+  };
+  const int last = static_cast<int>(std::size(rows)) - 1;
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !signOf(last).empty(); })) << "All are judged, chosen or not.";
+  const std::string chosen = gQAL->RealFilename();
+  EXPECT_EQ(chosen, folder / "MotorControllers/A.qal") << "To judge the others leaves the chosen one alone.";
+  for (int row = 0; row <= last; ++row) {
+    EXPECT_EQ(signOf(row), rows[row].fit);
+    ClickRow("lstFirmware", row);
+    EXPECT_EQ(Find<QLabel>("lblFit").text().toStdString(), rows[row].fit);
+    EXPECT_EQ(Find<QLabel>("lblSignature").text().toStdString(), rows[row].signature);
+  }
+  Click("cmdStepFwd");
+  EXPECT_THAT(Said(), ElementsAre("NoYes X|The signature of this package does not fit. It may have been "
+                                  "altered. Use it all the same?"));
+  EXPECT_EQ(Step(), 3);
+  user.answers = {ui::Answer::Yes};
+  Click("cmdStepFwd");
+  EXPECT_EQ(Step(), 4);
+}
+
+TEST_F(Pages, ThreeSaysWhereTheMountCannotTell) {
+  Start();
+  WalkTo(3);
+  for (ScriptedDevice* device : {&Azm(), &Alt()}) device->state = 0;
+  Click("cmdRefresh");
+  EXPECT_EQ(Find<QLabel>("lblFit").text(), "No mount to compare it with");
+  for (ScriptedDevice* device : {&Azm(), &Alt()}) device->state = 2;
+  Click("cmdRefresh");
+  EXPECT_EQ(Find<QLabel>("lblFit").text(),
+            "Your mount cannot tell its model; the package is for Vendral Corvane");
 }
 
 TEST_F(Pages, ThreeReadsTheDevicesAnewAndKeepsItsChoiceOnTheWayBack) {

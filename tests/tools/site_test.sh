@@ -70,6 +70,15 @@ printf '%s\r\n' 'tarnwick release 1' 'version 2.2.5' 'system plan9-mips' \
   "program 2.2.5 $(size one/Tarnwick.EXE) $(digest Tarnwick.EXE) Tarnwick.EXE" "next $(<other/update.pub)" >list
 head -n 6 one/list.txt | cmp - list
 sed -n '7s/^\(signature \).*/\1/p; 8,9s/,.*//p' one/list.txt | diff - <(printf 'signature \n$Tarnwick.DLL\n$Tarnwick.EXE\n')
+# The packages too, behind their content, which stays; a signature that was there goes.
+size=$(size src/MotorControllers/MC_0512.qal)
+head -c "$size" one/MC_0512.qal | cmp - src/MotorControllers/MC_0512.qal
+tail -c +$((size + 1)) one/MC_0512.qal | tr '\n' '|' | grep -qx '|<!-- tarnwick package [A-Za-z0-9+/]\{86\}== -->|' ||
+  fail "no signature"
+grep -q "@MC_0512.qal,2024-03-05,$(size one/MC_0512.qal)" one/list.txt || fail "another size than the file's"
+cp one/MC_0512.qal src/MotorControllers/
+"$tool" build --key keys/update.key --system plan9-mips src three >out
+cmp one/MC_0512.qal three/MC_0512.qal
 tail -n 1 one/Tarnwick.EXE | grep -q '^<!-- tarnwick signature .* -->$' || fail "no line for older readers"
 
 # What a failed attempt left is mended, a key that is there stays.

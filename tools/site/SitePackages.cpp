@@ -9,6 +9,7 @@
 #include "firmware/QalLint.h"
 #include "platform/files.h"
 #include "platform/text.h"
+#include "webupdate/PackageSignature.h"
 #include "webupdate/SelfUpdate.h"
 #include "webupdate/Touch.h"
 
@@ -65,8 +66,8 @@ std::vector<std::string> HeaderLines(const QALclass& package) {
   return lines;
 }
 
-void AddPackage(SitePlan& plan, const fs::path& file, char tag) {
-  const std::optional<std::string> content = files::ReadWhole(file);
+void AddPackage(SitePlan& plan, const fs::path& file, char tag, const Signing& signing) {
+  std::optional<std::string> content = files::ReadWhole(file);
   if (!content) return AddFault(plan, file, "cannot be read");
   QALclass package;
   package.LoadQALfile(file);
@@ -77,6 +78,7 @@ void AddPackage(SitePlan& plan, const fs::path& file, char tag) {
   for (const QalRemark& remark : LintText(*content, file.filename(), package)) {
     if (remark.Harmful) AddFault(plan, file, "line " + std::to_string(remark.Line) + ": " + remark.What);
   }
+  if (signing.key) content = SignPackage(*content, *signing.key);
   const fs::path note = NoteOf(file);
   plan.files.push_back({file.filename(), *content, tag, PackageDate(package, file),
                         files::FileExists(note) ? LinesOf(ReadNote(note)) : HeaderLines(package)});
@@ -104,9 +106,9 @@ bool IsVersion(std::string_view text) {
 
 }  // namespace
 
-void AddPackages(SitePlan& plan, const fs::path& folder, char tag) {
+void AddPackages(SitePlan& plan, const fs::path& folder, char tag, const Signing& signing) {
   const std::vector<std::string> packages = PackagesIn(folder);
-  for (const std::string& name : packages) AddPackage(plan, folder / name, tag);
+  for (const std::string& name : packages) AddPackage(plan, folder / name, tag, signing);
   for (const std::string& name : NamesIn(folder)) {
     const auto known = [&](const std::string& package) {
       return name == package || name == NoteOf(package).string();

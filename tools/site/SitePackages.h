@@ -7,8 +7,8 @@
 
 namespace tarnwick::site {
 
-/// The packages of `folder`, with their notes.
-void AddPackages(SitePlan& plan, const std::filesystem::path& folder, char tag);
+/// The packages of `folder`, with their notes, signed where there is a key.
+void AddPackages(SitePlan& plan, const std::filesystem::path& folder, char tag, const Signing& signing);
 
 /// The files of the program in `folder`, with the versions that its "versions.txt" names.
 void AddProgramFiles(SitePlan& plan, const std::filesystem::path& folder);

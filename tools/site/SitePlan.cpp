@@ -105,7 +105,8 @@ SitePlan MakePlan(const fs::path& source, const Signing& signing) {
   AddProgramFiles(plan, source / kProgramSource);
   std::string release;
   if (!plan.files.empty() && plan.faults.empty()) release = SignRelease(plan, signing);
-  for (const PackageSource& each : kPackageSources) AddPackages(plan, source / each.folder, each.tag);
+  for (const PackageSource& each : kPackageSources)
+    AddPackages(plan, source / each.folder, each.tag, signing);
   CheckFiles(plan);
   if (plan.files.empty()) plan.faults.push_back(source.string() + ": nothing to publish");
   plan.catalogue = release + CatalogueText(plan.files);

@@ -9,6 +9,7 @@
 #include "platform/text.h"
 #include "platform/ui.h"
 #include "webupdate/HTTPClass.h"
+#include "webupdate/PackageSignature.h"
 #include "webupdate/Site.h"
 #include "webupdate/Touch.h"
 
@@ -16,6 +17,10 @@ namespace tarnwick {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr std::string_view kAltered =
+    "The signature of this package does not fit. It may have been altered on its way.\r\n"
+    "It was not saved.";
 
 void TellFailure(const std::string& what, const std::string& file, const std::error_code& error) {
   record::Failure(what + file, error);
@@ -68,6 +73,11 @@ bool DownloadPackage(HTTPClass& http, const fs::path& folder, FileEntry& entry) 
   if (IsPage(content)) {
     record::Failure("fetching " + FileNameOf(entry), "a web page came in its place");
     HTTPClass::TellNoConnection();
+    return false;
+  }
+  if (JudgeSignature(content, PackageSigners()).state == PackageSignature::State::DoesNotFit) {
+    record::Failure("fetching " + FileNameOf(entry), "its signature does not fit");
+    ui::MessageBox(kAltered, ui::Buttons::Ok, ui::Icon::Critical);
     return false;
   }
   const std::error_code error = SavePackage(folder, entry, content);

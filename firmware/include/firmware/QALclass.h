@@ -30,6 +30,9 @@ class QALclass {
   /// With `identifies`, each load also tells the package's `Identity`, which takes longer than all the rest.
   explicit QALclass(bool identifies = false) : mIdentifies(identifies) {}
 
+  /// From now on no load is told to the record.
+  void Quiet() { mQuiet = true; }
+
   /// 0 to 8; 0 means none.
   std::int32_t LastError() const { return static_cast<std::int32_t>(mPackage.Error); }
   /// The text for `LastError`; empty without an error.
@@ -103,6 +106,7 @@ class QALclass {
   void NoteError() const;
 
   bool mIdentifies;
+  bool mQuiet = false;
   QalPackage mPackage;
   std::error_code mCause;
 };

@@ -50,6 +50,9 @@ extern std::int32_t gDeviceClass;
 /// Rows in `gDevices`.
 std::int32_t gDeviceCount();
 
+/// The name of a model of the class in use, "Unknown" for a number that none has.
+std::string ModelNameOf(std::int32_t model);
+
 /// Builds the two rows of a class from nothing; any class but 0 and 1 leaves the table as it is.
 void SetupDevices(std::int32_t deviceClass);
 

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include "wizard/PageWindow.h"
@@ -11,12 +12,14 @@
 namespace tarnwick {
 
 class ListBox;
+class PackageMarks;
 class StatusBox;
 class TextBox;
 
 class Step3 final : public PageWindow {
  public:
   Step3();
+  ~Step3() override;
 
   void Form_Load() override;
   QWidget* FirstControl() override;
@@ -33,6 +36,11 @@ class Step3 final : public PageWindow {
   void cmdWebUpdate_Click();
   /// The selected package's path. Something must be selected.
   std::filesystem::path SelectedPackage() const;
+  std::filesystem::path PackageOf(int row) const;
+  /// The two lines under the list: who signed the selected package, and whether it fits the mount.
+  void ShowOpinions();
+  /// Whether the selected package may be used as far as its signature goes. Asks where that does not fit.
+  bool AcceptSignature();
   /// Loads the selected package and holds it against the devices. False after a message.
   bool AcceptPackage();
   void LayOutControls();
@@ -40,9 +48,12 @@ class Step3 final : public PageWindow {
   QLabel* Label1 = nullptr;
   ListBox* lstFirmware = nullptr;
   QPushButton* cmdWebUpdate = nullptr;
+  QLabel* lblSignature = nullptr;
+  QLabel* lblFit = nullptr;
   TextBox* txtFirmware = nullptr;
   StatusBox* txtStatus = nullptr;
   QPushButton* cmdRefresh = nullptr;
+  std::unique_ptr<PackageMarks> mMarks;
 };
 
 }  // namespace tarnwick

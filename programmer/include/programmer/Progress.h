@@ -15,8 +15,8 @@ class IProgress {
   virtual void Label(const std::string& text) = 0;
   /// Fills the bar to `fraction` (0 to 1) of its track and repaints it at once.
   virtual void Bar(double fraction) = 0;
-  /// Shows beside the text what the next call may take seconds for, and repaints it at once; empty for nothing
-  /// any more.
+  /// Shows beside the text what the next call may take seconds for, and repaints it at once; empty for
+  /// nothing any more.
   virtual void Waiting(const std::string& /*what*/) {}
   /// Sets the frame's caption.
   virtual void Caption(const std::string& text) = 0;

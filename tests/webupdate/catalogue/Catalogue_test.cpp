@@ -14,6 +14,7 @@
 #include "support/UserDouble.h"
 #include "webupdate/HTTPClass.h"
 #include "webupdate/HarmlessName.h"
+#include "webupdate/PackageSignature.h"
 #include "webupdate/Packages.h"
 #include "webupdate/Touch.h"
 
@@ -174,6 +175,37 @@ TEST_F(PackagesTest, DownloadLeavesOldOrNew) {
       EXPECT_EQ(Found(), kNew);
     };
     EXPECT_GE(EachFault([&] { Prepare(before); }, [this] { Download(); }, check), 24);
+  }
+}
+
+TEST_F(PackagesTest, SavesNothingWhoseSignatureDoesNotFit) {
+  const KeyPair key = *MakeKeyPair(), other = *MakeKeyPair();
+  TrustPackageKey(key.open);
+  const std::string package = "A=1\r\nB=2\r\n", good = SignPackage(package, key.secret);
+  EXPECT_EQ(SignPackage("A=1", key.secret), "") << "Its last line would end with the signature.";
+  EXPECT_EQ(SignPackage(good, key.secret), good);
+  std::string renewed = good, cut = good.substr(0, good.size() - 5);
+  renewed[0] = 'B';
+  const struct {
+    std::string content;
+    bool comes;
+  } cases[] = {{good, true},
+               {package, true},
+               {renewed, false},
+               {cut, false},
+               {good.substr(5), false},
+               {good + "\r\n", false},
+               {SignPackage(package, other.secret), false}};
+  for (const auto& each : cases) {
+    Prepare(kOld);
+    site.replies["/a.qal"] = each.content;
+    EXPECT_EQ(Download(), each.comes) << each.content;
+    EXPECT_EQ(Found().at("a.qal"), each.comes ? each.content : "old package");
+    EXPECT_EQ(user.boxes,
+              std::vector<std::string>(
+                  each.comes ? 0 : 1,
+                  "Ok X|The signature of this package does not fit. It may have been altered on its way.\r\n"
+                  "It was not saved."));
   }
 }
 

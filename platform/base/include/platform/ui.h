@@ -8,8 +8,8 @@
 
 namespace tarnwick::ui {
 
-/// The buttons of a box, in order. The first is always the default button.
-enum class Buttons { Ok, YesNo, RetryCancel };
+/// The buttons of a box. The one named first is the default button.
+enum class Buttons { Ok, YesNo, RetryCancel, NoYes };
 enum class Icon { Exclamation, Critical, Question, Information };
 enum class Answer { Ok, Yes, No, Retry, Cancel };
 

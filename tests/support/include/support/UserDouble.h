@@ -19,12 +19,12 @@ class UserDouble : public ui::IUserInterface {
   ~UserDouble() override { Seam<ui::IUserInterface>::Uninstall(); }
 
   ui::Answer MessageBox(std::string_view text, ui::Buttons buttons, ui::Icon icon) override {
-    constexpr std::array kButtons{"Ok ", "YesNo ", "RetryCancel "};
+    constexpr std::array kButtons{"Ok ", "YesNo ", "RetryCancel ", "NoYes "};
     constexpr std::array kIcons{"!|", "X|", "?|", "i|"};
     boxes.push_back(kButtons[static_cast<std::size_t>(buttons)]);
     boxes.back().append(kIcons[static_cast<std::size_t>(icon)]).append(text);
     if (log) log("box");
-    constexpr std::array kDefaults{ui::Answer::Ok, ui::Answer::Yes, ui::Answer::Retry};
+    constexpr std::array kDefaults{ui::Answer::Ok, ui::Answer::Yes, ui::Answer::Retry, ui::Answer::No};
     return Next(answers, kDefaults[static_cast<std::size_t>(buttons)]);
   }
   std::string InputBox(std::string_view prompt, std::string_view title, std::string_view proposed) override {

@@ -20,7 +20,8 @@ std::string FileNameOf(const FileEntry& entry);
 /// meanwhile has changed the note at most, which nobody looks at without its package.
 std::error_code SavePackage(const std::filesystem::path& folder, FileEntry& entry, std::string_view content);
 
-/// Fetches the package of `entry` and saves it, unless what came is a web page. True when it is in the
+/// Fetches the package of `entry` and saves it, unless what came is a web page or has a signature
+/// that does not fit. True when it is in the
 /// folder; false after a message, and without one where no session opens or the answer is empty.
 bool DownloadPackage(HTTPClass& http, const std::filesystem::path& folder, FileEntry& entry);
 

@@ -29,8 +29,8 @@ struct Beginning {
 /// another program and not return. To be called first, before the link library is loaded.
 Beginning BeginProgram(const CanRun& canRun);
 
-/// For a program of the folder that is not renewed by its own start: makes this process a reader of the folder
-/// without settling anything. An update that has not moved a file, or all, is no hindrance.
+/// For a program of the folder that is not renewed by its own start: makes this process a reader of the
+/// folder without settling anything. An update that has not moved a file, or all, is no hindrance.
 Beginning JoinFolder();
 
 /// What the user is told in place of a start; empty for `Go` and `End`.
