@@ -1,73 +1,54 @@
-// The swap, failed, cut and robbed of its power at every step: old or new, never mixed, never missing.
+// Fetch, swap and taking back, failed, cut and robbed of their power at every step: old or new, never mixed.
 #include "webupdate/Swap.h"
 
-#include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "UpdateTest.h"
 #include "platform/files.h"
 #include "support/FileFaults.h"
 #include "support/LossyDisk.h"
-#include "support/SignedRelease.h"
-#include "support/TempFolder.h"
+#include "webupdate/EarlierSwap.h"
+#include "webupdate/Start.h"
 
 namespace tarnwick::test {
 namespace {
 
-namespace fs = std::filesystem;
 using What = Settlement::What;
+using testing::ElementsAre;
 
-class SwapTest : public testing::Test {
+class SwapTest : public UpdateTest {
  protected:
   SwapTest() {
-    offer.Add("Tarnwick.EXE", "2.2.5", "program#new");
-    offer.Add("Tarnwick.DLL", "2.2.5", "library#new");
-    offer.Add("Notes.htm", "2026-02-03", "notes#new");
-    offer.Add("Added.htm", "2026-02-03", "added#new");
-    TrustKey(offer.keys.open);
-    program::Set({home, "P", 2, 2, 4});
+    OfferAll();
+    EXPECT_TRUE(Check());
   }
-  /// A program's folder in which a release waits.
+  /// A release waits.
   void Prepare() {
-    fs::remove_all(home);
-    fs::create_directories(home);
-    for (const char* const name : {"P", "Tarnwick.so", "Notes.htm"}) WriteFile(home / name, "#old");
-    fs::permissions(home / "P", fs::perms(0755));
-    Journal journal;
-    ASSERT_FALSE(MakeUpdateFolder(home, journal.folder));
-    for (const ReleaseFile& file : offer.release.files) {
-      staged = home / journal.folder;
-      const fs::path path = staged / InstalledName(file, "P");
-      ASSERT_FALSE(files::Create(path, offer.contents[file.name], fs::perms(0755)));
-    }
-    const Release read = *ReadRelease(offer.List(), offer.keys.open, program::System());
-    journal.program = "P", journal.version = read.version, journal.signature = read.signature;
-    journal.lists = read.lists;
-    ASSERT_FALSE(WriteJournal(home, journal));
+    Reset();
+    Install();
+    staged = home / ReadJournal(home)->folder;
   }
   What Settle() {
-    return SettleUpdate(home, "P", [this](const fs::path&) { return runs; }).what;
+    return SettleUpdate(home, "My Updater", [this](const fs::path&) { return runs; }).what;
   }
-  /// The next starts settle it, whatever came before: all files are of one release then.
+  /// The next starts settle it, whatever came before: all files are of one release then, with their rights.
   void ExpectWhole(const std::string& where) {
     SCOPED_TRACE(where);
     EXPECT_NE(Settle(), What::Failed);
     Settle();
-    const std::string program = ReadFile(home / "P");
-    const std::string age = program.substr(std::min(program.find('#'), program.size()));
-    EXPECT_TRUE(age == "#old" || age == "#new") << program;
-    for (const char* const name : {"Tarnwick.so", "Notes.htm"})
-      EXPECT_TRUE(ReadFile(home / name).ends_with(age)) << name << " beside " << age;
-    EXPECT_EQ(fs::exists(home / "Added.htm"), age == "#new");
-    EXPECT_TRUE((fs::status(home / "P").permissions() & fs::perms::owner_exec) != fs::perms::none);
+    const std::string program = ReadFile(home / "My Updater");
+    last = program.substr(std::min(program.find('#'), program.size()));
+    EXPECT_TRUE(last == "#old" || last == "#new") << program;
+    for (const char* const name : {"My Updater", "Tarnwick.so", "Notes.htm"}) {
+      EXPECT_TRUE(ReadFile(home / name).ends_with(last)) << name << " beside " << last;
+      EXPECT_EQ(fs::status(home / name).permissions(), fs::perms(name[0] == 'N' ? 0640 : 0755)) << name;
+    }
+    EXPECT_EQ(fs::exists(home / "Added.htm"), last == "#new");
     const auto journal = ReadJournal(home);
-    EXPECT_EQ(journal && journal->state == Journal::State::Moved, age == "#new" && !confirmed);
-    last = age;
+    EXPECT_EQ(journal && journal->state == Journal::State::Moved, last == "#new" && !confirmed);
   }
 
-  SignedRelease offer;
-  TempFolder folder{InMemory()};
-  fs::path home = folder / "a b";
   fs::path staged;
   bool runs = true;
   bool confirmed = false;
@@ -75,25 +56,46 @@ class SwapTest : public testing::Test {
 };
 
 TEST_F(SwapTest, FailedOrCutAtEachStepTheNextStartFindsOldOrNew) {
-  const auto settle = [this] { Settle(); };
-  EXPECT_GE(EachFault([this] { Prepare(); }, settle, [this](Fault) { ExpectWhole("forward"); }), 60);
+  const auto swapped = [this] { Prepare(), Settle(); };
+  EXPECT_GE(EachFault([this] { Reset(); }, [this] { Install(); }, [this](Fault) { ExpectWhole("fetch"); }),
+            60);
   EXPECT_EQ(last, "#new") << "Undisturbed.";
-  const auto prepare = [this] {
-    Prepare();
-    Settle();
-  };
-  const auto back = [this] { TakeBack(home); };
-  EXPECT_GE(EachFault(prepare, back, [this](Fault) { ExpectWhole("back"); }), 40);
+  EXPECT_GE(EachFault([this] { Prepare(); }, [this] { Settle(); }, [this](Fault) { ExpectWhole("forward"); }),
+            60);
+  EXPECT_EQ(last, "#new");
+  EXPECT_GE(EachFault(
+                swapped, [this] { TakeBack(home); }, [this](Fault) { ExpectWhole("back"); }),
+            40);
   EXPECT_EQ(last, "#old");
   EXPECT_EQ(ReadRefused(home)->version, "2.2.5");
   confirmed = true;
-  const auto confirm = [this] { ConfirmUpdate(home); };
   const auto expectNew = [this](Fault) {
     ConfirmUpdate(home);
     ExpectWhole("confirm");
     EXPECT_EQ(last, "#new");
   };
-  EXPECT_GE(EachFault(prepare, confirm, expectNew), 4);
+  EXPECT_GE(EachFault(
+                swapped, [this] { ConfirmUpdate(home); }, expectNew),
+            4);
+}
+
+TEST_F(SwapTest, APowerCutLeavesOldOrNewWhateverWasLost) {
+  std::mt19937 random(3);
+  int seen[2] = {};
+  for (int order = 0; order < 750; ++order) {
+    const int what = order % 3;  // fetched, swapped, taken back
+    what == 0 ? Reset() : Prepare();
+    if (what == 2) Settle();
+    LossyDisk disk(home);
+    const auto calls = DoneCalls([&] {
+      what == 0 ? void(Install()) : what == 1 ? void(Settle()) : void(TakeBack(home));
+    });
+    ASSERT_GT(calls.size(), 20U);
+    disk.Cut(calls, random() % (calls.size() + 1), random);
+    ExpectWhole(std::to_string(order));
+    ++seen[last == "#new"];
+  }
+  EXPECT_GT(std::min(seen[0], seen[1]), 100);
 }
 
 TEST_F(SwapTest, TheProgramIsMovedLastAndPutBackFirst) {
@@ -107,105 +109,108 @@ TEST_F(SwapTest, TheProgramIsMovedLastAndPutBackFirst) {
   };
   Prepare();
   EXPECT_THAT(moved(DoneCalls([this] { Settle(); })),
-              testing::ElementsAre("Tarnwick.so", "Notes.htm", "Added.htm", "P"));
+              ElementsAre("Tarnwick.so", "Notes.htm", "Added.htm", "My Updater"));
   EXPECT_THAT(moved(DoneCalls([this] { TakeBack(home); })),
-              testing::ElementsAre("P", "Notes.htm", "Tarnwick.so", "WebUpdate.refused"));
+              ElementsAre("My Updater", "Notes.htm", "Tarnwick.so", "WebUpdate.refused"));
 }
 
-TEST_F(SwapTest, APowerCutLeavesOldOrNewWhateverWasLost) {
-  std::mt19937 random(3);
-  int seen[2] = {};
-  for (const bool takeBack : {false, true}) {
-    for (int order = 0; order < 250; ++order) {
-      Prepare();
-      if (takeBack) Settle();
-      LossyDisk disk(home);
-      const auto calls = DoneCalls([&] { takeBack ? void(TakeBack(home)) : void(Settle()); });
-      ASSERT_GT(calls.size(), 20U);
-      disk.Cut(calls, random() % (calls.size() + 1), random);
-      ExpectWhole((takeBack ? "back " : "forward ") + std::to_string(order));
-      ++seen[last == "#new"];
-    }
-  }
-  EXPECT_GT(seen[0], 50);
-  EXPECT_GT(seen[1], 50);
-}
-
-TEST_F(SwapTest, WhatDoesNotFitTheListOnDiskIsDropped) {
-  const std::function<void()> kTroubles[] = {[&] { fs::remove(staged / "P"); },
-                                             [&] { fs::remove(staged / "Tarnwick.so"); },
-                                             [&] { WriteFile(staged / "P", ""); },
-                                             [&] { WriteFile(staged / "Tarnwick.so", "library#neW"); },
-                                             [&] {
-                                               program::Set({home, "P", 2, 2, 6});
-                                             },
-                                             [&] { TrustKey(MakeKeyPair()->open); },
-                                             [&] { runs = false; }};
+TEST_F(SwapTest, WhatDoesNotFitTheListOnDiskIsDroppedAndWhatIsInstalledIsNotMissed) {
+  const std::function<void()> kTroubles[] = {
+      [&] { fs::remove(staged / "Tarnwick.so"), WriteFile(home / "Tarnwick.so", "Tarnwick.DLL#new"); },
+      [&] { fs::remove(staged / "My Updater"); },
+      [&] { fs::remove(staged / "Tarnwick.so"); },
+      [&] { WriteFile(staged / "My Updater", ""); },
+      [&] { WriteFile(staged / "Tarnwick.so", "Tarnwick.DLL#neW"); },
+      [&] {
+        program::Set({home, "My Updater", 2, 2, 6});
+      },
+      [&] { TrustKey(MakeKeyPair()->open); },
+      [&] { runs = false; }};
   for (const auto& trouble : kTroubles) {
     Prepare();
     trouble();
-    EXPECT_EQ(Settle(), What::Dropped);
+    const bool first = &trouble == kTroubles;
+    EXPECT_EQ(Settle(), first ? What::Swapped : What::Dropped);
     TrustKey(offer.keys.open);
-    ExpectWhole("dropped");
-    EXPECT_EQ(last, "#old");
-    EXPECT_FALSE(fs::exists(staged));
+    ExpectWhole("settled");
+    EXPECT_EQ(last, first ? "#new" : "#old");
+    EXPECT_EQ(fs::exists(staged), first);
     EXPECT_EQ(ReadRefused(home).has_value(), !runs) << "One that cannot run is not offered again.";
-    program::Set({home, "P", 2, 2, 4});
   }
 }
 
-TEST_F(SwapTest, WhatIsMissingIsSettledByWhatIsInstalled) {
-  Prepare();
-  fs::remove(staged / "Tarnwick.so");
-  WriteFile(home / "Tarnwick.so", "library#new");
-  EXPECT_EQ(Settle(), What::Swapped);
-  ExpectWhole("installed already");
-  EXPECT_EQ(last, "#new");
-}
-
-TEST_F(SwapTest, TwoThatEndedBeforeTheirFirstPageAreEnough) {
-  Prepare();
-  EXPECT_EQ(Settle(), What::Swapped);
-  NoteAttempt(home, *ReadJournal(home));
-  EXPECT_EQ(Settle(), What::Nothing);
-  NoteAttempt(home, *ReadJournal(home));
-  EXPECT_EQ(Settle(), What::TakenBack);
-  ExpectWhole("back");
-  EXPECT_EQ(last, "#old");
-}
-
 TEST_F(SwapTest, AJournalThatWasNotMadeHereMovesNothing) {
-  Prepare();
-  const std::string good = ReadFile(home / "WebUpdate.journal");
   std::mt19937 random(5);
   for (int round = 0; round < 300; ++round) {
     Prepare();
-    std::string text = good;
+    std::string text = ReadFile(home / "WebUpdate.journal");
     text.replace(random() % text.size(), random() % 40, random() % 2 == 0 ? "" : "../x");
     WriteFile(home / "WebUpdate.journal", text);
     Settle();
-    const std::string program = ReadFile(home / "P");
-    EXPECT_EQ(program.ends_with("#new"), ReadFile(home / "Tarnwick.so").ends_with("#new")) << round;
+    EXPECT_EQ(ReadFile(home / "My Updater").ends_with("#new"),
+              ReadFile(home / "Tarnwick.so").ends_with("#new"))
+        << round;
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 1)
         << "Nothing outside of the folder.";
   }
 }
 
+TEST_F(SwapTest, ACutSwapOfTheFirstVersionIsCompletedOrToldOrLeftBehind) {
+  const std::pair<const char*, const char*> kFiles[] = {
+      {"Tarnwick.EXE", "My Updater"}, {"Tarnwick.DLL", "Tarnwick.so"}, {"Notes.htm", "Notes.htm"}};
+  /// So many of the files have their names already.
+  const auto prepare = [&](int moved) {
+    Reset();
+    program::Set({home, "My Updater", 2, 2, 5});
+    std::string journal = "tarnwick swap 1\n";
+    for (const auto& [name, installed] : kFiles) {
+      const std::string fetched = "$" + std::string(name),
+                        version = HasVersion(name) ? "2.2.5" : "2026-02-03";
+      const fs::path path = home / (moved-- > 0 ? std::string(installed) : fetched);
+      WriteFile(path, "#new" + SignatureLine("#new", name, version, offer.keys.secret));
+      Touch(path, *ReadDate("2026-02-03"));
+      journal += fetched + "\n" + installed + "\n";
+    }
+    WriteFile(home / "WebUpdate.journal", journal + "end\n");
+    WriteFile(home / "WebUpdate.sh", "");
+  };
+  const auto begin = [] { return BeginProgram([](const fs::path&) { return false; }).what; };
+  const auto isNew = [&](const char* name) { return ReadFile(home / name).starts_with("#new"); };
+  for (int moved = 0; moved < 4; ++moved) {
+    const auto check = [&](Fault) {
+      EXPECT_EQ(begin(), Beginning::What::Go);
+      EXPECT_TRUE((moved == 0 || isNew("My Updater")) && isNew("Tarnwick.so") && isNew("Notes.htm"));
+      EXPECT_THAT(Left(), ElementsAre());
+    };
+    EXPECT_GE(EachFault([&] { prepare(moved); }, [&] { CompleteEarlierSwap(home); }, check), 4);
+  }
+  for (const bool missing : {false, true}) {
+    prepare(1);
+    missing ? void(fs::remove(home / "$Tarnwick.DLL")) : WriteFile(home / "$Tarnwick.DLL", "#neW");
+    EXPECT_EQ(begin(), Beginning::What::Failed);
+    EXPECT_FALSE(isNew("Tarnwick.so") || isNew("Notes.htm"));
+    WriteFile(home / "My Updater", "unpacked"), WriteFile(home / "Tarnwick.so", "unpacked");
+    EXPECT_EQ(begin(), Beginning::What::Go);
+    EXPECT_EQ(ReadFile(home / "Tarnwick.so"), "unpacked");
+  }
+}
+
 TEST_F(SwapTest, TheScriptWaitsForTheProgramToEndStartsItAndGoes) {
-  const fs::path start = folder / "$(touch X) 'new' \"one\" ;`touch Y` *";
+  const fs::path start = home / "$(touch X) 'new' \"one\" ;`touch Y` *";
   WriteFile(start, "#!/bin/sh\n[ -e \"${0%/*}/ended\" ] && : >\"${0%/*}/started\"\n");
   fs::permissions(start, fs::perms(0755));
   const pid_t program = ::fork();
   if (program == 0) {
-    const bool waits = StartAgain(folder.Path(), start);
+    Seam<process::Starter>::Uninstall();
+    const bool waits = StartAgain(home, start);
     ::usleep(300'000);
-    if (waits && fs::exists(folder / "WebUpdate.sh")) WriteFile(folder / "ended", "");
+    if (waits && fs::exists(home / "WebUpdate.sh")) WriteFile(home / "ended", "");
     ::_exit(0);
   }
   ::waitpid(program, nullptr, 0);
-  for (int waits = 0; !fs::exists(folder / "started") && waits < 500; ++waits) ::usleep(10'000);
-  EXPECT_TRUE(fs::exists(folder / "started"));
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 3) << "Nothing else, no script.";
+  for (int waits = 0; !fs::exists(home / "started") && waits < 500; ++waits) ::usleep(10'000);
+  EXPECT_TRUE(fs::exists(home / "started") && !fs::exists(home / "WebUpdate.sh"));
+  EXPECT_EQ(Left().size(), 3U) << "Nothing else.";
 }
 
 }  // namespace

@@ -14,7 +14,6 @@ namespace fs = std::filesystem;
 constexpr std::string_view kJournalName = "WebUpdate.journal";
 constexpr std::string_view kRefusedName = "WebUpdate.refused";
 constexpr std::string_view kJournalHead = "tarnwick swap 2";
-constexpr std::string_view kEarlierHead = "tarnwick swap 1\n";
 constexpr std::string_view kLists = "lists", kEnd = "end\n";
 constexpr std::array<std::string_view, 5> kStates{"staged", "moving", "moved", "back", "refused"};
 constexpr std::string_view kNone = "-";
@@ -42,12 +41,6 @@ bool IsUpdateFolder(std::string_view name) {
   if (!name.starts_with(kUpdatePrefix)) return false;
   name.remove_prefix(kUpdatePrefix.size());
   return name.size() == 16 && name.find_first_not_of("0123456789abcdef") == std::string_view::npos;
-}
-
-/// The journal of a release that swapped by its script and was cut when all but the removal was done.
-void SweepEarlier(const fs::path& folder) {
-  const auto text = files::ReadWhole(folder / kJournalName, kLongestJournal);
-  if (text && text->starts_with(kEarlierHead)) files::Remove(folder / kJournalName);
 }
 
 }  // namespace
@@ -97,7 +90,6 @@ std::error_code MakeUpdateFolder(const fs::path& folder, std::string& name) {
 }
 
 void SweepUpdates(const fs::path& folder) {
-  SweepEarlier(folder);
   const std::optional<Journal> journal = ReadJournal(folder);
   std::error_code error;
   for (fs::directory_iterator each(folder, error), end; !error && each != end; each.increment(error)) {

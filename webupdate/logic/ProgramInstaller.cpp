@@ -26,7 +26,11 @@ class FolderAlone {
   ~FolderAlone() { ShareFolder(); }
   FolderAlone(const FolderAlone&) = delete;
   FolderAlone& operator=(const FolderAlone&) = delete;
-  std::error_code Error() const { return mError; }
+  WhyNot WhyNotAlone() const {
+    if (!mError) return {};
+    const bool busy = mError == std::errc::resource_unavailable_try_again;
+    return {busy ? Refusal::OtherWindow : Refusal::NoLock, {}, mError};
+  }
 
  private:
   std::error_code mError;
@@ -53,17 +57,16 @@ bool IsInstalled(const ReleaseFile& file) {
 }  // namespace
 
 WhyNot MayInstall() {
-  const FolderAlone alone;
-  if (!alone.Error()) return {};
-  const bool busy = alone.Error() == std::errc::resource_unavailable_try_again;
-  return {busy ? Refusal::OtherWindow : Refusal::NoLock, {}, alone.Error()};
+  return FolderAlone().WhyNotAlone();
 }
 
 std::string MayNotText(const WhyNot& why) {
   const std::string newer = "A newer version of this program is available.\r\n\r\n";
   if (why.refusal == Refusal::OtherWindow)
     return newer + "Close all other windows of this program, then open this one again to install it.";
-  return newer + "It cannot be installed: the program's folder cannot be locked.\r\n" + why.cause.message();
+  if (why.refusal == Refusal::NoLock)
+    return newer + "It cannot be installed: the program's folder cannot be locked.\r\n" + why.cause.message();
+  return "Error updating program!";
 }
 
 bool ProgramInstaller::Refuse(Refusal refusal, const std::string& file, std::error_code cause) {
@@ -73,9 +76,9 @@ bool ProgramInstaller::Refuse(Refusal refusal, const std::string& file, std::err
 }
 
 bool ProgramInstaller::InstallNewProgram(const Catalogue& catalogue) {
-  mWhy = {};
   const FolderAlone alone;
-  if (alone.Error()) return Refuse(Refusal::OtherWindow, {}, alone.Error());
+  mWhy = alone.WhyNotAlone();
+  if (mWhy.refusal != Refusal::None) return Refuse(mWhy.refusal, {}, mWhy.cause);
   const std::optional<Release> release = OfferedRelease(catalogue);
   if (!release) return Refuse(Refusal::NoRelease);
   const fs::path& folder = program::This().folder;

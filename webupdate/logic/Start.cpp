@@ -9,6 +9,7 @@
 #include "platform/files.h"
 #include "platform/process.h"
 #include "platform/program.h"
+#include "webupdate/EarlierSwap.h"
 
 namespace tarnwick {
 namespace {
@@ -86,6 +87,11 @@ bool IsSettled(const Journal& journal) {
 
 /// Settles the update, with the folder's lock held alone.
 std::optional<Beginning> Settle(const CanRun& canRun) {
+  if (HasEarlierSwap(Folder())) {
+    const std::error_code error = CompleteEarlierSwap(Folder());
+    Lock().Share();
+    return error ? std::optional(Beginning{What::Failed, 1, error}) : std::nullopt;
+  }
   const Settlement settled = SettleUpdate(Folder(), program::Executable().filename().string(), canRun);
   Lock().Share();
   switch (settled.what) {
@@ -107,7 +113,8 @@ std::optional<Beginning> Settle(const CanRun& canRun) {
 /// Where the folder cannot be locked, nothing in it is changed.
 Beginning BeginUnlocked(std::error_code cause) {
   const auto journal = ReadJournal(Folder());
-  const bool whole = !journal || journal->state == State::Staged || journal->state == State::Moved;
+  const bool whole =
+      journal ? journal->state == State::Staged || journal->state == State::Moved : !HasEarlierSwap(Folder());
   return whole ? Beginning{} : Beginning{What::Failed, 1, cause};
 }
 
@@ -123,7 +130,7 @@ Beginning BeginProgram(const CanRun& canRun) {
       // The name may have gone to another release between the start of this process and the lock.
       if (program::IsReplaced()) process::Become(program::Executable());
       const auto journal = ReadJournal(Folder());
-      if (!journal || IsSettled(*journal)) return {};
+      if (journal ? IsSettled(*journal) : !HasEarlierSwap(Folder())) return {};
       const std::error_code claimed = Lock().Claim();
       if (!claimed) {
         if (const auto beginning = Settle(canRun)) return *beginning;
@@ -131,8 +138,8 @@ Beginning BeginProgram(const CanRun& canRun) {
       }
       if (!IsBusy(claimed)) return BeginUnlocked(claimed);
       // The files are of one release still: the update waits until the others have ended.
-      if (journal->state == State::Moved) return {};
-      if (journal->state == State::Staged && Clock::now() - begin > kStagedPatience) return {};
+      if (journal && journal->state == State::Moved) return {};
+      if (journal && journal->state == State::Staged && Clock::now() - begin > kStagedPatience) return {};
     }
     if (Clock::now() - begin > kPatience) return {What::Busy, 1};
   }

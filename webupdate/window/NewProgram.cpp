@@ -24,10 +24,12 @@ bool frmWebUpdate::OfferNewProgram() {
   show();
   repaint();
   ui::PumpEvents();
-  const bool installed = InstallNewProgram();
+  WhyNot why;
+  const bool installed = InstallNewProgram(why);
   mTransfer = false;
   if (installed) return true;
-  ui::MessageBox("Error updating program!");
+  // A window that was opened while the question was on view is told as one that was open before.
+  ui::MessageBox(MayNotText(why));
   hide();
   ExpectedSize = 0;
   HTTP_Progress(0);
@@ -35,14 +37,16 @@ bool frmWebUpdate::OfferNewProgram() {
   return false;
 }
 
-bool frmWebUpdate::InstallNewProgram() {
+bool frmWebUpdate::InstallNewProgram(WhyNot& why) {
   ProgramInstaller installer({
       .expect = [this](std::int32_t size) { ExpectedSize = size; },
       .progress = [this](std::int32_t count) { HTTP_Progress(count); },
       .hourglass = [this](bool on) { on ? setCursor(Qt::WaitCursor) : unsetCursor(); },
       .pacifier = [this](const std::string& text) { mBar->Label(qt::Show(text)); },
   });
-  return installer.InstallNewProgram(mCatalogue);
+  const bool installed = installer.InstallNewProgram(mCatalogue);
+  why = installer.Why();
+  return installed;
 }
 
 }  // namespace tarnwick

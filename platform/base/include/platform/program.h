@@ -10,7 +10,7 @@
 
 namespace tarnwick::program {
 
-/// Identity of the running program. The file name decides titles, the settings file and the help.
+/// Identity of the running program. The file name decides titles and the settings file.
 struct Identity {
   std::filesystem::path folder;  ///< The portable folder, absolute, no trailing separator.
   std::string name;              ///< The program's file name without its extension.

@@ -16,7 +16,7 @@ class HTTPClass;
 
 /// Whether files of the program may be changed: to be asked before the user is.
 WhyNot MayInstall();
-/// What the user is told when they may not.
+/// What the user is told when they may not, or when installing them failed.
 std::string MayNotText(const WhyNot& why);
 
 /// Fetches and saves files of the program.

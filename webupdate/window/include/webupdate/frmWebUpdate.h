@@ -11,6 +11,7 @@
 
 #include "platform/qt/BoxOwner.h"
 #include "webupdate/Catalogue.h"
+#include "webupdate/Refusal.h"
 
 namespace tarnwick {
 
@@ -50,7 +51,7 @@ class frmWebUpdate final : public QDialog {
   void LoadCatalogue();
   /// True when a newer program waits for this one to end.
   bool OfferNewProgram();
-  bool InstallNewProgram();
+  bool InstallNewProgram(WhyNot& why);
   void FillGrid();
   void ShowCurrentRow();
   void HTTP_Progress(std::int32_t count);
