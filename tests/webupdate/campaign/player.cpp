@@ -3,6 +3,7 @@
 //
 //   Tarnwick         starts as the program does, tells in "shown" which release it is, shows its first page
 //   Tarnwick fetch   the same, and then fetches the release that lies in "site/"
+//   Tarnwick late    the same, but comes to its library some time after its start
 #include <unistd.h>
 
 #include <chrono>
@@ -67,6 +68,8 @@ int main(int argc, char** argv) {
   if (beginning.what == Beginning::What::End) return beginning.status;
   if (beginning.what == Beginning::What::Failed) return 3;
   if (beginning.what == Beginning::What::Busy) return 4;
+  if (argc == 2 && std::string_view(argv[1]) == "late")
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
   Show(self.folder, own.substr(0, 5));
   if (own.ends_with("dies")) ::_exit(9);
   FirstPageShown();
