@@ -56,7 +56,7 @@ END
   ./release "$key" "$dest" "$scratch/sources" >/dev/null || fail "./release"
   grep -q "TARNWICK_PUBLIC_KEY=$(<"${key%.key}.pub")" "$scratch/asked" || fail "built with another key"
   grep -q '^@MC_0512.qal,' "$list" || fail "the site has no packages"
-  for file in program.Tarnwick.EXE library.Tarnwick.DLL; do
+  for file in program.Tarnwick.EXE file.tarnwick-flash.EXE library.Tarnwick.DLL; do
     name=${file#*.}
     told="${file%%.*} [0-9.]* $(stat -c %s "$dest/site/$name") $(sha256sum <"$dest/site/$name" | cut -d' ' -f1) $name"
     sed '/^\$/q' "$list" | grep -q "^$told" || fail "the list does not have: $told"
