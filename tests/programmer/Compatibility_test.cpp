@@ -6,102 +6,14 @@
 namespace tarnwick::test {
 namespace {
 
-const std::string kModel = "Model number doesn't match QAL file Model Number";
-const std::string kRevision = "Hardware Revision doesn't match QAL file Hardware Revision";
-const std::string kChange = "Invalid Change in Hardware Revision ";
-const std::string kWarning =
+const std::string kAskAtRisk =
     "Warning: Motor Controller model can not be determined.\r\n\r\n"
-    "Ensure that the appropriate firmware is selected for the device being upgraded.\r\n\r\n";
-const std::string kAsk = kWarning + "Do you wish to continue?";
-const std::string kAskAtRisk = kWarning +
-                               "Choosing an incorrect model can cause the mount to become unusable --\r\n\r\n"
-                               "contact Halcyrion technical support if you are unsure.\r\n\r\n"
-                               "Do you wish to continue?";
+    "Ensure that the appropriate firmware is selected for the device being upgraded.\r\n\r\n"
+    "Choosing an incorrect model can cause the mount to become unusable --\r\n\r\n"
+    "contact Halcyrion technical support if you are unsure.\r\n\r\n"
+    "Do you wish to continue?";
 
-struct Case {
-  std::string list;  // The package's revisions.
-  std::int32_t packageModel;
-  std::int32_t state, hwRev;                  // What the device answers now.
-  std::int32_t model, hwRevApp, bootVersion;  // What the last refresh left in the row.
-  std::string message;                        // Behind the prefix; empty when it passes without one.
-};
-
-class CompatibilityTest : public ProgrammerFixture {
- protected:
-  bool Check(const Case& c) {
-    user.boxes.clear();
-    user.pumps = 0;
-    Load(c.packageModel, c.list, {{"AZM", 16, CountedWords(3)}});
-    link.devices[16].state = c.state;
-    link.devices[16].hwRev = link.devices[16].bootHwRev = c.hwRev;
-    gDevices[1].Model = c.model;
-    gDevices[1].HwRevApp = c.hwRevApp;
-    gDevices[1].BootVersion = c.bootVersion;
-    return CheckCompatibility(1);
-  }
-};
-
-TEST_F(CompatibilityTest, HoldsThePackageAgainstTheDevice) {
-  const std::vector<Case> cases = {
-      // The package lists revisions; running.
-      {"5", 5, 1, 5, 6, 0, 0, kModel},
-      {"4,3", 5, 1, 3, 5, 0, 0, ""},
-      {"4,3", 5, 1, 5, 5, 0, 0, kRevision},
-      // Not running: listed.
-      {"5", 14, 2, 5, 0, 5, 1, ""},
-      {"5", 14, 3, 5, 0, 0, 2, ""},
-      {"4", 9, 2, 4, 0, 0, 0, kAskAtRisk},
-      {"0", 9, 0, 0, 0, 0, 0, kAskAtRisk},
-      // Not running: the true revision of 5 or 6 cannot be told.
-      {"6", 13, 2, 5, 0, 0, 1, ""},
-      {"5,6", 13, 2, 5, 0, 0, 1, kRevision},
-      {"4", 13, 2, 5, 0, 0, 1, kRevision},
-      // Not running: not listed.
-      {"5", 13, 2, 6, 0, 6, 1, kRevision},
-      {"5", 13, 2, 4, 0, 0, 0, kRevision},
-      {"5", 13, 0, 5, 0, 0, 0, kRevision},
-      // The package lists none; running.
-      {"", 5, 1, 2, 6, 0, 0, kModel},
-      {"", 5, 1, 2, 5, 0, 0, ""},
-      {"", 6, 1, 2, 6, 0, 0, ""},
-      {"", 3, 1, 0, 3, 0, 0, ""},
-      {"", 3, 1, 2, 3, 0, 0, kChange},
-      {"", 5, 1, 5, 5, 0, 0, kChange},
-      // Not running: the package's model decides.
-      {"", 5, 2, 2, 0, 0, 0, kAsk},
-      {"", 6, 3, 2, 0, 0, 0, kAsk},
-      {"", 3, 2, 2, 5, 0, 0, kChange},
-      {"", 3, 2, 0, 0, 0, 0, kAsk},
-      {"", 3, 7, 9, 0, 0, 0, kAsk},
-      {"", 5, 2, 5, 0, 5, 1, kChange},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "list '" << c.list << "' P" << c.packageModel << " S" << c.state
-                                    << " H" << c.hwRev << " M" << c.model);
-    const bool question = c.message == kAsk || c.message == kAskAtRisk;
-    const bool passes = question || c.message.empty();
-    EXPECT_EQ(Check(c), passes);
-    EXPECT_EQ(user.pumps, passes ? 0 : 1);
-    const std::string box = (question ? "YesNo !|[AZM(RA) Motor] " : "Ok !|[AZM(RA) Motor] ") + c.message;
-    EXPECT_EQ(user.boxes, Calls(c.message.empty() ? 0 : 1, box));
-    if (!question) continue;
-    user.answers = {ui::Answer::No};
-    EXPECT_FALSE(Check(c));
-    EXPECT_EQ(user.pumps, 1);
-  }
-}
-
-TEST_F(CompatibilityTest, ComparesNothingUnderTheOverrideOrForAccessories) {
-  const Case wrongModel{"5", 5, 1, 4, 6, 0, 0, kModel};
-  gModelOverride = true;
-  EXPECT_TRUE(Check(wrongModel));
-  EXPECT_THAT(link.calls, ElementsAre("getMcState 16", "getHwRev 16"));
-  gModelOverride = false;
-  gDeviceClass = 1;
-  EXPECT_TRUE(Check(wrongModel));
-  EXPECT_THAT(user.boxes, IsEmpty());
-  EXPECT_EQ(gDevices[1].HwRev, 4);
-}
+using CompatibilityTest = ProgrammerFixture;
 
 TEST_F(CompatibilityTest, MatchesRowsByAddressAlone) {
   Load(5, "", {{"X", 40, CountedWords(3)}, {"A", 17, CountedWords(3)}, {"B", 17, CountedWords(3)}});
