@@ -9,6 +9,7 @@ using namespace tarnwick::wire;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   constexpr std::size_t kHead = 5;
+  constexpr std::size_t kMostPieces = 16;  // each is held against all that came before it
   constexpr int kSendings = 3;  // noise that happens to be a frame may reach into the first answer
   if (size < kHead || !PayloadLength(data[0], {})) return 0;
   const auto command = static_cast<Command>(data[0] & 0x3F);
@@ -29,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::optional<Frame> found;
   replies.Expect(request, brief);
   if (brief) requests.Know({expected});
-  const std::size_t piece = 1 + data[4] % 40;
+  const std::size_t piece = std::max<std::size_t>(1 + data[4] % 40, size / kMostPieces);
   for (std::size_t at = kHead; at < size; at += piece) {
     const ByteView bytes(data + at, std::min(piece, size - at));
     requests.Push(bytes);
