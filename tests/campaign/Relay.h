@@ -1,121 +1,60 @@
-// A relay between the library and another mount on a terminal: it plays the faults of a line that
-// tarnwick-mount would play by itself.
+// Another mount, on a terminal, behind the line that the simulated mount is played on: its faults in real
+// time.
 #pragma once
 
-#include <algorithm>
 #include <array>
-#include <deque>
-#include <functional>
-#include <memory>
-#include <string>
+#include <thread>
 
-#include "linklib/Surroundings.h"
-#include "mount/Line.h"
+#include "support/VirtualLine.h"
 
 namespace tarnwick::campaign {
 
-/// Opens `terminal`'s ports behind the faults that `line` has been set to. All must outlive it.
-class Relay : public wire::IPortOpener {
+class Relay final : public test::VirtualLine {
  public:
-  Relay(wire::IPortOpener& terminal, mount::Line& line) : mTerminal(terminal), mLine(line) {}
+  /// The terminal is the port COM5 of `folder`.
+  Relay(mount::Mount& unused, const std::filesystem::path& folder)
+      : VirtualLine(mFar), mFar(unused), mTerminal(folder) {}
 
-  bool hungUp = false;  ///< Each use of the line fails.
-  bool off = false;     ///< The mount has no power: what was under way to it is lost.
-
-  std::unique_ptr<serial::ILine> Open(const std::string& name, std::error_code& error) override {
-    return Behind(mTerminal.Open(name, error), error);
-  }
-  std::unique_ptr<serial::ILine> OpenAgain(std::error_code& error) override {
-    return Behind(mTerminal.OpenAgain(error), error);
-  }
+  wire::Duration Now() override { return now = mClock.Now(); }
 
  private:
-  using Clock = std::chrono::steady_clock;
-  struct Piece {
-    Clock::time_point arrives;
-    wire::Bytes bytes;
+  /// The other mount's end of the line. It is looked after all the time, since it does not tell when it
+  /// speaks.
+  struct Far final : mount::Endpoint {
+    using Endpoint::Endpoint;
+    wire::Bytes Receive(wire::ByteView bytes, Time) override {
+      if (port) port->Write(bytes, std::chrono::milliseconds(100));
+      return {};
+    }
+    wire::Bytes Tick(Time) override {
+      std::array<std::uint8_t, 256> read{};
+      std::error_code error;
+      const std::size_t count = port ? port->Read(read, {}, error) : 0;
+      return {read.begin(), read.begin() + static_cast<std::ptrdiff_t>(count)};
+    }
+    std::optional<Time> Due() const override { return Time{}; }
+    void Clear() override {}
+    int Speed() const override { return speed; }
+
+    std::unique_ptr<serial::ILine> port;
+    int speed = wire::kBaseSpeed;
   };
 
-  struct Line : serial::ILine {
-    Line(std::unique_ptr<serial::ILine> line, Relay& relay) : mTerminal(std::move(line)), mRelay(relay) {}
-
-    std::error_code Speed(int speed) override {
-      return mRelay.hungUp ? mRelay.Lost() : mTerminal->Speed(speed);
-    }
-
-    std::error_code Write(std::span<const std::uint8_t> sent, serial::Duration limit) override {
-      wire::Bytes bytes(sent.begin(), sent.end());
-      mRelay.mLine.toMount(bytes);
-      if (mRelay.hungUp) return mRelay.Lost();
-      return mRelay.off || bytes.empty() ? std::error_code() : mTerminal->Write(bytes, limit);
-    }
-
-    std::size_t Read(std::span<std::uint8_t> buffer, serial::Duration limit,
-                     std::error_code& error) override {
-      const Clock::time_point end = Clock::now() + limit;
-      for (;;) {
-        const Clock::time_point now = Clock::now();
-        if (mRelay.hungUp) return error = mRelay.Lost(), 0;
-        if (!mComing.empty() && mComing.front().arrives <= now) return Arrive(buffer);
-        if (now >= end) return 0;
-        Stray(now);
-        Clock::time_point until = mComing.empty() ? end : std::min(end, mComing.front().arrives);
-        if (mStray != Clock::time_point{}) until = std::min(until, mStray);
-        const auto wait = std::chrono::duration_cast<serial::Duration>(until - now);
-        std::array<std::uint8_t, 256> read{};
-        const std::size_t count = mTerminal->Read(read, std::max(wait, serial::Duration(100)), error);
-        if (error) return 0;
-        if (count > 0) Take({read.begin(), read.begin() + static_cast<std::ptrdiff_t>(count)});
-      }
-    }
-
-   private:
-    std::size_t Arrive(std::span<std::uint8_t> buffer) {
-      const wire::Bytes bytes = std::move(mComing.front().bytes);
-      mComing.pop_front();
-      std::ranges::copy(bytes, buffer.begin());
-      return bytes.size();
-    }
-    /// What the mount sent, cut into the pieces in which it arrives.
-    void Take(wire::Bytes bytes) {
-      mRelay.mLine.toLibrary(bytes);
-      const mount::LineSetup& setup = mRelay.mLine.setup;
-      const std::size_t most = setup.piece == 0 ? 128 : setup.piece;
-      Clock::time_point arrives = Clock::now() + setup.latency + mRelay.mLine.delay;
-      for (std::size_t at = 0; at < bytes.size(); at += most, arrives += std::chrono::milliseconds(1)) {
-        const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(at);
-        const auto count = static_cast<std::ptrdiff_t>(std::min(most, bytes.size() - at));
-        mComing.push_back({arrives, {first, first + count}});
-      }
-    }
-    /// A byte that comes up by itself, each way.
-    void Stray(Clock::time_point now) {
-      const mount::Strays& strays = mRelay.mLine.strays;
-      if (strays.most == mount::Line::Time{}) return;
-      const auto span = static_cast<std::uint32_t>((strays.most - strays.least).count() + 1);
-      const auto next = strays.least + mount::Line::Time(mRelay.mLine.chance(span));
-      if (mStray == Clock::time_point{}) mStray = now + next;
-      if (mStray > now) return;
-      mStray = now + next;
-      const std::array<std::uint8_t, 1> byte = {static_cast<std::uint8_t>(mRelay.mLine.chance(256))};
-      mTerminal->Write(byte, std::chrono::milliseconds(10));
-      mComing.push_front({now, {static_cast<std::uint8_t>(mRelay.mLine.chance(256))}});
-    }
-
-    std::unique_ptr<serial::ILine> mTerminal;
-    Relay& mRelay;
-    std::deque<Piece> mComing;
-    Clock::time_point mStray{};
-  };
-
-  std::error_code Lost() const { return std::make_error_code(std::errc::io_error); }
-  std::unique_ptr<serial::ILine> Behind(std::unique_ptr<serial::ILine> line, std::error_code& error) {
-    if (hungUp) error = Lost();
-    return line && !hungUp ? std::make_unique<Line>(std::move(line), *this) : nullptr;
+  std::error_code Connect(bool again) override {
+    std::error_code error;
+    mFar.port.reset();
+    mFar.port = again ? mTerminal.OpenAgain(error) : mTerminal.Open("COM5", error);
+    return error;
   }
+  std::error_code Change(int speed) override {
+    mFar.speed = speed;
+    return mFar.port->Speed(speed);
+  }
+  void Wait(wire::Duration) override { std::this_thread::sleep_for(std::chrono::microseconds(300)); }
 
-  wire::IPortOpener& mTerminal;
-  mount::Line& mLine;
+  Far mFar;
+  wire::PortOpener mTerminal;
+  wire::SteadyClock mClock;
 };
 
 }  // namespace tarnwick::campaign

@@ -44,9 +44,8 @@ inline const test::TempFolder gFolder;
 struct Rig {
   explicit Rig(int revision)
       : faults(mount, line.line, [this](const auto& told) {
-          relay.off = relay.off || told.starts_with("power cut");
           if (gTerminal && told.starts_with("power cut")) process.Ask("power");
-          if (told.starts_with("adapter gone")) line.hungUp = relay.hungUp = true;
+          if (told.starts_with("adapter gone")) line.hungUp = true;
         }) {
     mount.Put(kDevice, {.revision = revision});
     if (gTerminal) process.Start(Program(), gFolder / "ports/COM5", {"--revision", to_string(revision)});
@@ -57,8 +56,6 @@ struct Rig {
   /// All lines that the mount answers to a command.
   std::string Ask(const std::string& command) {
     line.hungUp = line.hungUp && command != "plug";
-    relay.hungUp = relay.hungUp && command != "plug";
-    relay.off = relay.off && command != "power";
     const bool ofTheLine = command.starts_with("fault") || command.starts_with("line") || command == "plug";
     if (!gTerminal || (Relayed() && (ofTheLine || command == "power"))) {
       const std::string answer = console.Execute(command);
@@ -66,29 +63,31 @@ struct Rig {
     }
     return process.Ask(command);
   }
-
-  mount::Mount mount;
-  test::VirtualLine line{mount};
-  mount::Faults faults;
-  mount::Console console{mount, line.line, faults};
-  mount::MountProcess process;
-  wire::PortOpener terminal{gFolder.Path()};
-  Relay relay{terminal, line.line};
-  wire::SteadyClock steady;
-  wire::IClock& clock = gTerminal ? static_cast<wire::IClock&>(steady) : line;
   /// The library as a new process has it: what it knew is gone, and nobody has closed the port in order.
   void Restart() {
-    library.emplace(Relayed()   ? static_cast<wire::IPortOpener&>(relay)
-                    : gTerminal ? static_cast<wire::IPortOpener&>(terminal)
-                                : line,
-                    clock);
+    if (gTerminal && !Relayed()) {
+      library.emplace(terminal, steady);
+    } else {
+      library.emplace(line, line);
+    }
   }
   LinkCore& Core() {
     if (!library) Restart();
     return *library;
   }
+  wire::Duration Now() { return gTerminal ? steady.Now() : line.Now(); }
+
+  mount::Mount mount;
+  const std::unique_ptr<test::VirtualLine> own =
+      Relayed() ? std::make_unique<Relay>(mount, gFolder.Path()) : std::make_unique<test::VirtualLine>(mount);
+  test::VirtualLine& line = *own;
+  mount::Faults faults;
+  mount::Console console{mount, line.line, faults};
+  mount::MountProcess process;
 
  private:
+  wire::PortOpener terminal{gFolder.Path()};
+  wire::SteadyClock steady;
   std::optional<LinkCore> library;
 };
 
@@ -120,9 +119,9 @@ struct Run {
   }
   template <class... Parameters, class... Arguments>
   std::int32_t Call(std::int32_t (LinkCore::*function)(Parameters...), Arguments... arguments) {
-    const wire::Duration begin = rig.clock.Now();
+    const wire::Duration begin = rig.Now();
     const std::int32_t result = (rig.Core().*function)(arguments...);
-    const wire::Duration taken = rig.clock.Now() - begin;
+    const wire::Duration taken = rig.Now() - begin;
     longest = std::max(longest, taken);
     wire::Duration bound = kLongestCall;
     if constexpr (std::is_same_v<decltype(function), decltype(&LinkCore::EndProgramming)>)

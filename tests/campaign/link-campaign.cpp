@@ -49,27 +49,24 @@ bool PlayCable(Run& run) {
 
 /// A byte comes up by itself as often as told, from before the opening on; the mount was left at its fastest
 /// speed in half of the runs.
-bool PlayStrays(Run& run, Number least, Number most, const std::vector<const char*>& speeds) {
+void Strays(Run& run, Number least, Number most, const std::vector<const char*>& speeds) {
   run.Play("baud " + std::string(speeds[run.dice.Below(static_cast<Number>(speeds.size()))]));
   run.Play("line paced=on");
   if (run.dice.Below(2) == 1) run.Open(), run.rig.Restart();
   const Number drawn = least + run.dice.Below(most - least + 1);
   const bool even = run.dice.Below(2) == 1;
   run.Play("fault stray " + to_string(even ? drawn : least) + " " + to_string(even ? drawn : most));
-  const bool done = run.Open() && run.Program();
-  if (!done) run.Play("power");
-  return done;
 }
 
 /// What takes a device long is waited for as long as the mount says, with the line a little worse than good.
-bool PlayBusy(Run& run) {
-  const Number most = gTerminal ? 4'001 : 10'001;  // There waiting takes real time; untold it is too long as well.
+void Busy(Run& run) {
+  const Number most =
+      gTerminal ? 4'001 : 10'001;  // There waiting takes real time; untold it is too long as well.
   const Number start = run.dice.Below(most), end = run.dice.Below(most), check = run.dice.Below(most);
   run.Play("busy start=" + to_string(start) + ",end=" + to_string(end) + ",check=" + to_string(check) +
            ",deaf=" + (run.dice.Below(2) == 1 ? "on" : "off"));
   run.Play("fault drop 0.0005");
   run.slowest = std::chrono::milliseconds(std::max(start, end + check) + 3200);
-  return run.Open() && run.Program();
 }
 
 /// A driver that takes some speeds as they are told, none of the others, or another one in their place. What
@@ -92,22 +89,27 @@ bool PlayDriver(Run& run) {
   return run.Program();
 }
 
-/// Reads word by word while `faults` are played from before the opening on.
-bool PlayReading(Run& run, const std::vector<std::string>& faults) {
-  run.Place();
-  for (const std::string& fault : faults) run.Play(fault);
-  return run.Open() && run.Read();
-}
-
 using Play = std::function<bool(Run&)>;
 
-/// What `command` gives is played from before the opening on.
-Play From(std::function<std::string(Run&)> command) {
-  return [command](Run& run) {
-    run.Play(command(run));
+/// What `begin` plays is played from before the opening on.
+Play From(std::function<void(Run&)> begin) {
+  return [begin](Run& run) {
+    begin(run);
     const bool done = run.Open() && run.Program();
     if (!done) run.Play("power");
     return done;
+  };
+}
+Play From(const std::string& command) {
+  return From([command](Run& run) { run.Play(command); });
+}
+
+/// The image is read word by word while `faults` are played from before the opening on.
+Play Reading(const std::vector<std::string>& faults) {
+  return [faults](Run& run) {
+    run.Place();
+    for (const std::string& fault : faults) run.Play(fault);
+    return run.Open() && run.Read();
   };
 }
 
@@ -123,33 +125,29 @@ std::vector<Campaign> Campaigns() {
   constexpr std::array kCommands = {"identify",      "lock",     "speed", "state",
                                     "boot-revision", "revision", "enter", "start",
                                     "write",         "check",    "end"};
-  const auto below = [](Run& run, Number count) { return " " + to_string(run.dice.Below(count)); };
+  const std::vector<const char*> fast = {"19200", "57600", "115200", "921600"};
   std::vector<Campaign> all = {{"cut", 525 * 6, 0, PlayCut}, {"cable", 50 + 10'000, 0, PlayCable}};
   for (const auto& [rate, complete] : {std::pair{" 0.0001", 1.0}, {" 0.001", 0.999}, {" 0.01", 0.0}})
-    for (const char* kind : {"flip", "drop", "insert", "double"}) {
-      const std::string name = std::string(kind) + rate;
-      all.push_back({name, 2000, complete, From([name](Run&) { return "fault " + name; })});
+    for (const std::string kind : {"flip", "drop", "insert", "double"}) {
+      all.push_back({kind + rate, 2000, complete, From("fault " + kind + rate)});
+      all.push_back({"read " + kind + rate, 340, 0, Reading({"fault " + kind + rate})});
     }
-  for (const std::string name : {"latency=1", "latency=16", "latency=50", "latency=100", "piece=1"})
-    all.push_back({name, 1000, 1, From([name](Run&) { return "line " + name; })});
-  all.push_back({"stray 50", 2000, 1, [](Run& run) {
-                   return PlayStrays(run, 50, 500, {"19200", "57600", "115200", "921600"});
-                 }});
-  all.push_back({"stray 5", 2000, 0, [](Run& run) {
-                   return PlayStrays(run, 5, 50, {"19200", "57600", "115200", "921600"});
-                 }});
-  all.push_back({"stray 9600", 2000, 0, [](Run& run) { return PlayStrays(run, 50, 500, {"9600"}); }});
-  all.push_back({"busy", 1000, 0.99, PlayBusy});
+  for (const std::string name : {"latency=1", "latency=16", "latency=50", "latency=100", "piece=1", "hold=16",
+                                 "hold=50", "hand-control=60", "hand-control=120"})
+    all.push_back({name, 1000, 1, From("line " + name)});
+  all.push_back({"stray 50", 2000, 1, From([=](Run& run) { Strays(run, 50, 500, fast); })});
+  all.push_back({"stray 5", 2000, 0, From([=](Run& run) { Strays(run, 5, 50, fast); })});
+  all.push_back({"stray 9600", 2000, 0, From([](Run& run) { Strays(run, 50, 500, {"9600"}); })});
+  all.push_back({"busy", 1000, 0.99, From(Busy)});
   if (!gTerminal) all.push_back({"driver", 1000, 1, PlayDriver});
-  for (const std::string name : {"hold=16", "hold=50", "hand-control=60", "hand-control=120"})
-    all.push_back({name, 1000, 1, From([name](Run&) { return "line " + name; })});
   all.push_back({"first", 1000, 0.999, From([](Run& run) {
                    run.Play("first on");
-                   return "fault flip 0.001";
+                   run.Play("fault flip 0.001");
                  })});
   const auto lie = [&](const std::string& name, auto&& arguments) {
-    all.push_back({name, 1000, 0, From([=](Run& run) { return "fault " + name + arguments(run); })});
+    all.push_back({name, 1000, 0, From([=](Run& run) { run.Play("fault " + name + arguments(run)); })});
   };
+  const auto below = [](Run& run, Number count) { return " " + to_string(run.dice.Below(count)); };
   const auto rate = [=](Run& run) { return kRates[run.dice.Below(kRates.size())]; };
   lie("unstored", rate);
   lie("old", rate);
@@ -159,16 +157,10 @@ std::vector<Campaign> Campaigns() {
     const std::string command = kCommands[run.dice.Below(kCommands.size())];
     return " " + command + below(run, 9) + " " + to_string(1 + run.dice.Below(5));
   });
-  const auto reading = [&](const std::string& name, const std::vector<std::string>& faults) {
-    all.push_back({"read " + name, 340, 0, [faults](Run& run) { return PlayReading(run, faults); }});
-  };
-  for (const char* kind : {"flip", "drop", "insert", "double"})
-    for (const char* share : {" 0.0001", " 0.001", " 0.01"})
-      reading(std::string(kind) + share, {std::string("fault ") + kind + share});
-  reading("stray 5", {"line paced=on", "fault stray 5 50"});
-  reading("stray 50", {"line paced=on", "fault stray 50 500"});
-  reading("old", {"fault old 0.1"});
-  reading("late", {"fault late 0.1 400"});
+  all.push_back({"read stray 5", 340, 0, Reading({"line paced=on", "fault stray 5 50"})});
+  all.push_back({"read stray 50", 340, 0, Reading({"line paced=on", "fault stray 50 500"})});
+  all.push_back({"read old", 340, 0, Reading({"fault old 0.1"})});
+  all.push_back({"read late", 340, 0, Reading({"fault late 0.1 400"})});
   return all;
 }
 

@@ -93,16 +93,20 @@ TEST(Adapter, IsFoundAgainUnderAnotherNameAndNoOtherIsTakenForIt) {
   struct Case {
     std::string what;
     std::string serial, again, place, product;
-    bool same;
+    bool same, twin = false;
   };
-  const std::vector<Case> cases = {{"by its number, elsewhere", "A9", "A9", "1-2", "6015", true},
-                                   {"another number in its place", "A9", "B7", "1-1", "6015", false},
-                                   {"without a number, in its place", "", "", "1-1", "6015", true},
-                                   {"without a number, elsewhere", "", "", "1-2", "6015", false},
-                                   {"another product with its number", "A9", "A9", "1-1", "2303", false}};
+  const std::vector<Case> cases = {
+      {"by its number, elsewhere", "A9", "A9", "1-2", "6015", true},
+      {"another number in its place", "A9", "B7", "1-1", "6015", false},
+      {"without a number, in its place", "", "", "1-1", "6015", true},
+      {"without a number, elsewhere", "", "", "1-2", "6015", false},
+      {"another product with its number", "A9", "A9", "1-1", "2303", false},
+      {"its place, where a twin has its number", "1", "1", "1-1", "6015", true, true},
+      {"its number, which a twin has as well", "1", "1", "1-2", "6015", false, true}};
   for (const Case& c : cases) {
     Desk desk;
-    PseudoTerminal before, after;
+    PseudoTerminal before, after, twin;
+    if (c.twin) desk.Plug(twin, "1-3", c.serial);
     const std::string name = desk.Plug(before, "1-1", c.serial);
     auto line = desk.opener.Open("COM5", desk.error);
     ASSERT_TRUE(line) << c.what;
@@ -120,19 +124,8 @@ TEST(Adapter, IsFoundAgainUnderAnotherNameAndNoOtherIsTakenForIt) {
   }
 }
 
-TEST(Adapter, IsKnownByItsPlaceWhereAnotherOneHasItsNumber) {
-  Desk desk;
-  PseudoTerminal one, twin, again;
-  desk.Plug(twin, "1-2", "0001");
-  const std::string name = desk.Plug(one, "1-1", "0001");
-  ASSERT_TRUE(desk.opener.Open("COM5", desk.error));
-  desk.Unplug(name, "1-1");
-  EXPECT_FALSE(desk.opener.OpenAgain(desk.error)) << "The twin is another one.";
-  desk.Plug(again, "1-1", "0001");
-  EXPECT_TRUE(desk.opener.OpenAgain(desk.error));
-}
-
-TEST(Adapter, HandsOnAtOnceWhileItIsOpen) {
+TEST(Adapter, HandsOnAtOnceWithoutFlowControlWhileItIsOpenAndIsThenAsBefore) {
+  constexpr tcflag_t kFlow = IXON | IXOFF | IXANY;
   constexpr unsigned kAsked = ASYNC_LOW_LATENCY, kOther = ASYNC_SPD_VHI;
   const struct {
     const char* what;
@@ -148,6 +141,12 @@ TEST(Adapter, HandsOnAtOnceWhileItIsOpen) {
     Desk desk;
     PseudoTerminal terminal;
     const std::string name = desk.Plug(terminal, "1-1", "A9");
+    const int fd = ::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY);
+    termios settings{};
+    ::tcgetattr(fd, &settings);
+    settings.c_iflag |= kFlow;
+    ::tcsetattr(fd, TCSANOW, &settings);
+    const auto flow = [&] { return ::tcgetattr(fd, &settings), settings.c_iflag & kFlow; };
     const fs::path timer = desk.system.terminals / name / "device/latency_timer";
     c.timer.empty() ? (void)fs::remove(timer) : test::WriteFile(timer, c.timer);
     gFlags = c.flags;
@@ -155,9 +154,12 @@ TEST(Adapter, HandsOnAtOnceWhileItIsOpen) {
     auto line = desk.opener.Open("COM5", desk.error);
     ASSERT_TRUE(line) << c.what << ": no adapter fails for want of it.";
     EXPECT_EQ(gFlags, c.open) << c.what;
+    EXPECT_EQ(flow(), 0U);
     EXPECT_EQ(test::ReadFile(timer), c.timerOpen) << c.what;
     line.reset();
     EXPECT_EQ(gFlags, c.flags) << c.what << ": not put back.";
+    EXPECT_EQ(flow(), kFlow);
+    ::close(fd);
     EXPECT_EQ(test::ReadFile(timer), c.timer) << c.what << ": not put back.";
     gFlags.reset();
   }
@@ -179,26 +181,6 @@ TEST(Adapter, StaysAtItsSpeedWhereItsDriverTakesAnother) {
     EXPECT_FALSE(line->Speed(19200));
   }
   gDriver = nullptr;
-}
-
-TEST(Adapter, HasNoFlowControlLeftFromBefore) {
-  Desk desk;
-  PseudoTerminal terminal;
-  desk.Plug(terminal, "1-1", "A9");
-  const int fd = ::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY);
-  termios settings{};
-  ::tcgetattr(fd, &settings);
-  settings.c_iflag |= IXON | IXOFF | IXANY;
-  ::tcsetattr(fd, TCSANOW, &settings);
-  const auto flow = [&] {
-    ::tcgetattr(fd, &settings);
-    return settings.c_iflag & (IXON | IXOFF | IXANY);
-  };
-  auto line = desk.opener.Open("COM5", desk.error);
-  EXPECT_EQ(flow(), 0U);
-  line.reset();
-  EXPECT_EQ(flow(), unsigned{IXON | IXOFF | IXANY}) << "As it was before.";
-  ::close(fd);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <sstream>
 
 #include "linklib/Checksum.h"
-#include "mount/Faults.h"
 #include "support/TempFolder.h"
 #include "support/VirtualLine.h"
 
@@ -139,6 +138,13 @@ TEST(LinkCore, GivesTheFailureResultOnBadArgumentsAndWithoutAPort) {
     EXPECT_EQ(core.SendData(16, 4, wrongByte) + core.SendData(16, 6, atTheEnd), 0);
     EXPECT_EQ(out, 77);
   }
+  bench.line.line.toLibrary = [](Bytes& bytes) {
+    if (!bytes.empty() && bytes[0] == 0x54)
+      bytes = Encode({Kind::Done, Command::Read, bytes[1], 16, {2, 0, 1, 0, 2}});
+  };
+  std::array<std::int32_t, 2> words = {77, 77};
+  EXPECT_EQ(core.ReadMemory(16, 0, 0, words.data()), 0) << "An answer with more words than were asked for.";
+  EXPECT_EQ(words[1], 77);
 }
 
 TEST(LinkCore, TakesTheFastestSpeedThatTheLineBears) {
@@ -158,6 +164,14 @@ TEST(LinkCore, TakesTheFastestSpeedThatTheLineBears) {
       std::int32_t version = 0;
       EXPECT_EQ(core.GetState(16, &version, &version), 1);
     }
+  }
+  Bench closed({LinkKind::Direct, true, 921600});
+  closed.line.line.setup = {.paced = true, .latency = milliseconds(16)};
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(closed.Within(milliseconds(200), [&] { return closed.core.InitSerial("COM5"); }), 0);
+    EXPECT_EQ(closed.core.Speed(), 921600);
+    EXPECT_EQ(closed.core.InitSerial(""), 0);
+    EXPECT_EQ(closed.mount.Speed(), kBaseSpeed) << "Sent home, so that it is found at once.";
   }
 }
 
@@ -185,10 +199,16 @@ TEST(LinkCore, FindsItsWayBackAfterAPowerCycleWithinTheCall) {
 
 TEST(LinkCore, GoesOnWhereItWasOnceTheSameAdapterIsBack) {
   Bench bench({LinkKind::HandControl, true});
-  const std::int32_t word[4] = {0, 0, 0x34, 0x12};
+  const std::int32_t word[4] = {0, 0, 0x34, 0x12}, before[4] = {1, 0, 0x78, 0x16};
+  std::vector<int> numbers;
+  bench.line.line.toMount = [&](Bytes& bytes) { numbers.push_back(bytes.empty() ? -1 : bytes[1]); };
   ASSERT_EQ(bench.Open(), 0);
   bench.core.LockHandControl();
-  EXPECT_EQ(bench.core.EnterBoot(16), 1);
+  EXPECT_EQ(bench.core.EnterBoot(16) + bench.core.StartProgramming(16), 2);
+  EXPECT_EQ(bench.core.SendData(16, 4, before), 1);
+  bench.mount.PowerCycle();
+  EXPECT_EQ(bench.State(16), 2);
+  bench.core.LockHandControl();
   bench.line.line.toLibrary = [&](Bytes& bytes) { bench.line.hungUp = !bytes.empty(); };
   EXPECT_EQ(bench.core.StartProgramming(16), 0) << "It did start; the answer came to nobody.";
   bench.line.line.toLibrary = nullptr;
@@ -196,81 +216,47 @@ TEST(LinkCore, GoesOnWhereItWasOnceTheSameAdapterIsBack) {
   bench.line.there = false;
   EXPECT_EQ(bench.Within({}, [&] { return bench.core.EnterBoot(16); }), 0) << "Another adapter is there.";
   bench.line.there = true;
+  const int last = numbers.back();
   EXPECT_EQ(bench.State(16), 3);
+  EXPECT_EQ(numbers.back(), (last + 2) % 256)
+      << "The numbers go on; one was of the call that found no adapter.";
   EXPECT_EQ(bench.core.SendData(16, 4, word), 1);
   EXPECT_EQ(bench.core.StartProgramming(16), 0);
   EXPECT_EQ(bench.mount.Devices().at(16).Words().ImageWord(0), 0x1234) << "Nothing is erased twice.";
   bench.line.hungUp = true;
   EXPECT_EQ(bench.State(16), 0);
   bench.line.hungUp = false;
+  EXPECT_EQ(bench.State(16), 3);
   bench.mount.Devices().at(16).Words().ImageWord(0, 0x1235);
   EXPECT_EQ(bench.core.EndProgramming(16), 0) << "What was written is still known.";
-  EXPECT_EQ(bench.core.SendData(16, 4, word) + bench.core.EndProgramming(16), 2);
+  EXPECT_EQ(bench.core.SendData(16, 4, word) + bench.core.EndProgramming(16), 2)
+      << "What was written before Start is not held against the device, though no answer came to it.";
   EXPECT_EQ(bench.core.SerialMode(), 2);
 }
 
 TEST(LinkCore, SendsBlocksThatFollowEachOtherInFewBytes) {
-  for (const std::int32_t words : {1, 2, 4}) {
-    Bench bench;
-    std::size_t bytes = 0;
-    const auto count = [&](Bytes& piece) { bytes += piece.size(); };
-    const auto send = [&](std::int32_t first) {
-      const std::int32_t packet[10] = {0, first, 1, 2, 3, 4, 5, 6, 7, first};
-      bytes = 0;
-      EXPECT_EQ(bench.core.SendData(16, 2 + 2 * words, packet), 1);
-      return static_cast<std::int32_t>(bytes);
-    };
-    ASSERT_EQ(bench.Open(), 0);
-    EXPECT_EQ(bench.core.EnterBoot(16) + bench.core.StartProgramming(16), 2);
-    bench.line.line.toMount = bench.line.line.toLibrary = count;
-    EXPECT_EQ(send(0), 12 + 2 * words);
-    EXPECT_EQ(send(words), 8 + 2 * words);
-    EXPECT_EQ(send(3 * words), 12 + 2 * words) << "It does not follow.";
-    bench.State(17);
-    EXPECT_EQ(send(4 * words), 12 + 2 * words) << "Not at once.";
-    EXPECT_EQ(send(5 * words), 8 + 2 * words);
-    EXPECT_EQ(bench.mount.Devices().at(16).Words().ImageWord(static_cast<std::uint32_t>(5 * words)), 0x0201);
-    EXPECT_EQ(bench.core.EndProgramming(16), 1);
-  }
-}
-
-TEST(LinkCore, PutsARepeatOffForNothingButTheAnswer) {
-  Bench bench;
-  ASSERT_EQ(bench.Open(), 0);
-  mount::Faults faults(bench.mount, bench.line.line);
-  int lost = 0;
-  bench.line.line.toLibrary = [&](Bytes& bytes) {
-    lost += bytes.empty() || lost > 0 ? 0 : (bytes.clear(), 1);
-  };
-  EXPECT_TRUE(faults.Play("stray 100 140"));
-  EXPECT_EQ(bench.Within(milliseconds(200), [&] { return bench.State(16); }), 1);
-  EXPECT_EQ(lost, 1);
-}
-
-TEST(LinkCore, OpensAMountThatWasClosedAtOnce) {
-  Bench bench({LinkKind::Direct, true, 921600});
-  bench.line.line.setup = {.paced = true, .latency = milliseconds(16)};
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(bench.Within(milliseconds(200), [&] { return bench.core.InitSerial("COM5"); }), 0);
-    EXPECT_EQ(bench.core.Speed(), 921600);
-    EXPECT_EQ(bench.core.InitSerial(""), 0);
-    EXPECT_EQ(bench.mount.Speed(), kBaseSpeed);
-  }
-}
-
-TEST(LinkCore, HoldsTheDeviceAgainstWhatItWasSentSinceStartAlone) {
-  Bench bench;
-  const std::int32_t last[4] = {1, 0, 0x34, 0x12}, first[4] = {0, 0, 0x78, 0x16};
-  ASSERT_EQ(bench.Open(), 0);
-  EXPECT_EQ(bench.core.EnterBoot(16) + bench.core.StartProgramming(16), 2);
-  EXPECT_EQ(bench.core.SendData(16, 4, last), 1);
-  bench.mount.PowerCycle();
-  EXPECT_EQ(bench.State(16), 2);
-  bench.line.line.toLibrary = [](Bytes& bytes) { bytes.clear(); };
-  EXPECT_EQ(bench.core.StartProgramming(16), 0);  // It did start; only its answers were lost.
-  bench.line.line.toLibrary = nullptr;
-  EXPECT_EQ(bench.core.SendData(16, 4, first), 1);
-  EXPECT_EQ(bench.core.EndProgramming(16), 1);
+  for (const bool first : {false, true})
+    for (const std::int32_t words : {1, 2, 4}) {
+      Bench bench({.first = first});
+      std::int32_t bytes = 0;
+      const auto count = [&](Bytes& piece) { bytes += static_cast<std::int32_t>(piece.size()); };
+      const auto send = [&](std::int32_t at) {
+        const std::int32_t packet[10] = {0, at, 1, 2, 3, 4, 5, 6, 7, at};
+        bytes = -2 * words;
+        EXPECT_EQ(bench.core.SendData(16, 2 + 2 * words, packet), 1);
+        return bytes;
+      };
+      ASSERT_EQ(bench.Open(), 0);
+      EXPECT_EQ(bench.core.EnterBoot(16) + bench.core.StartProgramming(16), 2);
+      bench.line.line.toMount = bench.line.line.toLibrary = count;
+      EXPECT_EQ(send(0), 12);
+      EXPECT_EQ(send(words), first ? 12 : 8) << "A mount of the first version takes whole frames alone.";
+      EXPECT_EQ(send(3 * words), 12) << "It does not follow.";
+      bench.State(17);
+      EXPECT_EQ(send(4 * words), 12) << "Not at once.";
+      EXPECT_EQ(bench.mount.Devices().at(16).Words().ImageWord(static_cast<std::uint32_t>(4 * words)),
+                0x0201);
+    }
 }
 
 TEST(LinkCore, ReadsAheadWhatNothingCanHaveChanged) {

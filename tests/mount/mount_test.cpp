@@ -5,7 +5,7 @@
 #include <array>
 
 #include "mount/Device.h"
-#include "mount/Endpoint.h"
+#include "mount/Line.h"
 #include "mount/Options.h"
 
 namespace tarnwick::mount {
@@ -61,13 +61,38 @@ TEST(Endpoint, TakesAFrameThatDoesNotGoOnFor40MillisecondsForNoise) {
   EXPECT_FALSE(endpoint.Tick(now + milliseconds(40)).empty()) << "The request behind the noise is heard.";
 }
 
+TEST(Line, PlaysAHandControlAndAnAdapterThatHoldsBack) {
+  const struct {
+    const char* setup;
+    std::uint8_t address;
+    std::int64_t arrives;  ///< Milliseconds after the request, which comes 3 ms after a whole second.
+  } kCases[] = {
+      {"hand-control=60", 16, 60}, {"hand-control=60", 0, 0}, {"hold=16", 16, 13}, {"latency=20", 0, 20}};
+  for (const auto& c : kCases) {
+    Mount mount;
+    mount.Put(16, {});
+    Endpoint endpoint(mount);
+    Line line(endpoint);
+    ASSERT_TRUE(ParseLine(c.setup, line.setup));
+    const Line::Time now = std::chrono::milliseconds(16'003),
+                     arrives = now + std::chrono::milliseconds(c.arrives);
+    line.Send(
+        wire::Encode(
+            {wire::Kind::Request, c.address == 0 ? Command::Identify : Command::State, 1, c.address, {}}),
+        wire::kBaseSpeed, now);
+    EXPECT_TRUE(c.arrives == 0 || line.Take(wire::kBaseSpeed, arrives - Line::Time(1)).empty()) << c.setup;
+    EXPECT_FALSE(line.Take(wire::kBaseSpeed, arrives).empty()) << c.setup;
+  }
+}
+
 TEST(Options, SetTheMountUpOrAreRefusedWithAReason) {
   std::string error;
   const auto options = ParseOptions(
       {"--hand-control", "old", "--line", "paced=on,latency=100,piece=1,poor-above=19200"}, error);
   ASSERT_TRUE(options) << error;
   EXPECT_FALSE(options->path.upgradeSupported);
-  EXPECT_EQ(DescribeLine(options->line), "paced=on piece=1 poor-above=19200 rounds-to=921600 latency=100 hold=0 hand-control=0");
+  EXPECT_EQ(DescribeLine(options->line),
+            "paced=on piece=1 poor-above=19200 rounds-to=921600 latency=100 hold=0 hand-control=0");
   for (const std::string name : {"--revision=256", "--revision=2x", "--state=asleep", "--device=16",
                                  "--device=0:model=1", "--baud=38400", "--line=latency", "stray="}) {
     const std::size_t end = name.find('=');

@@ -14,23 +14,25 @@ inline constexpr std::chrono::microseconds kGap = std::chrono::milliseconds(40);
 /// none, the mount goes back to the speed of switching on.
 inline constexpr std::chrono::microseconds kLost = std::chrono::milliseconds(500);
 
+/// Another mount's end can stand in its place.
 class Endpoint {
  public:
   using Time = std::chrono::microseconds;  ///< Since some fixed moment.
 
   /// `mount` must outlive the endpoint.
   explicit Endpoint(Mount& mount) : mMount(mount) {}
+  virtual ~Endpoint() = default;
 
   /// Takes bytes that came in at `now`; gives the bytes to send.
-  wire::Bytes Receive(wire::ByteView bytes, Time now);
+  virtual wire::Bytes Receive(wire::ByteView bytes, Time now);
   /// To be called when `Due` has come; gives the bytes to send.
-  wire::Bytes Tick(Time now);
+  virtual wire::Bytes Tick(Time now);
   /// When `Tick` has something to do, if nothing comes in before.
-  std::optional<Time> Due() const;
+  virtual std::optional<Time> Due() const;
   /// Forgets a frame that was coming in, as a power cycle does.
-  void Clear();
+  virtual void Clear();
   /// Speed of the mount's end of the line.
-  int Speed() const { return mMount.Speed(); }
+  virtual int Speed() const { return mMount.Speed(); }
 
  private:
   void Answer(wire::Bytes& out, Time now);
