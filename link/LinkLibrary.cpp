@@ -201,7 +201,7 @@ LinkNote ReadLinkNote() {
 }
 
 std::filesystem::path LinkLibraryFile() {
-  std::filesystem::path file = program::This().folder / kLinkLibraryName;
+  std::filesystem::path file = program::LibraryFolder() / kLinkLibraryName;
   return file += kSharedLibraryEnding;
 }
 

@@ -4,6 +4,8 @@
 #include <QVBoxLayout>
 
 #include "link/Devices.h"
+#include "platform/files.h"
+#include "platform/program.h"
 #include "platform/qt/QtText.h"
 #include "programmer/DeviceClass.h"
 #include "settings/Settings.h"
@@ -12,11 +14,20 @@
 
 namespace tarnwick {
 
+namespace {
+
+constexpr std::string_view kNotKept =
+    "The folder of this program cannot be written: settings, packages and the record of your runs will be "
+    "lost.";
+
+}  // namespace
+
 Step1::Step1() : PageWindow(4485, 2730) {}
 
 void Step1::Form_Load() {
   Label1 = {MakeWrappedLabel(this, "Label1_0"), MakeWrappedLabel(this, "Label1_1"),
             MakeWrappedLabel(this, "Label1_2")};
+  lblFolder = MakeWrappedLabel(this, "lblFolder");
   Label2 = MakeLabel(this, "Label2", "Choose a Device");
   cboDevice = new QComboBox(this);
   cboDevice->setObjectName(QStringLiteral("cboDevice"));
@@ -39,6 +50,7 @@ void Step1::Form_Load() {
   choice->addWidget(cboDevice, 1);
   rows->addLayout(choice);
   rows->addStretch(1);
+  rows->addWidget(lblFolder);
   rows->addWidget(Label1[2]);
 }
 
@@ -47,6 +59,8 @@ void Step1::BeforePageShow(CWizard&, std::int16_t) {
   Label1[1]->setText(qt::Show(
       "This program allows you to download new firmware from the Halcyrion website and update your motor "
       "control board or accessories with the latest firmware available."));
+  lblFolder->setText(qt::Show(kNotKept));
+  lblFolder->setVisible(!files::IsWritable(program::This().folder));
   Label1[2]->setText(qt::Show("Press Next to continue"));
   cboDevice->clear();
   cboDevice->addItem(qt::Show("Motor Control Board"));

@@ -9,6 +9,7 @@
 #include "linklib/LinkCore.h"
 #include "linklib/Surroundings.h"
 #include "platform/SharedLibrary.h"
+#include "platform/program.h"
 
 namespace {
 
@@ -17,9 +18,10 @@ using tarnwick::wire::LinkCore;
 /// Longest port name that is looked at.
 constexpr std::size_t kLongestName = 256;
 
-/// The folder in which this library lies, with the `ports/` beside it.
+/// The folder of the program, with the `ports/` in it: where this library lies, or the user's own.
 std::filesystem::path OwnFolder() {
-  return tarnwick::FolderOfCode(reinterpret_cast<const void*>(&OwnFolder));
+  const std::filesystem::path place = tarnwick::FolderOfCode(reinterpret_cast<const void*>(&OwnFolder));
+  return tarnwick::program::FolderOf(place);
 }
 
 LinkCore& TheCore() {

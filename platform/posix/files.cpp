@@ -110,6 +110,10 @@ bool FileExists(const fs::path& path) {
   return fs::exists(path, error);
 }
 
+bool IsWritable(const fs::path& folder) {
+  return ::access(folder.c_str(), W_OK | X_OK) == 0;
+}
+
 std::optional<std::string> ReadWhole(const fs::path& path, std::uintmax_t limit, std::error_code& error) {
   error.clear();
   const auto fail = [&error](const std::error_code& cause) {

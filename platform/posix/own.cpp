@@ -72,6 +72,13 @@ std::string program::System() {
   return TARNWICK_SYSTEM;
 }
 
+fs::path program::UserData() {
+  const fs::path named = Environment("XDG_DATA_HOME");
+  if (named.is_absolute()) return named;
+  const fs::path home = Environment("HOME");
+  return home.is_absolute() ? home / ".local" / "share" : fs::path();
+}
+
 bool program::HasDisplay() {
   const std::string platform = Environment("QT_QPA_PLATFORM");
   if (!platform.empty() && !platform.starts_with("xcb") && !platform.starts_with("wayland")) return true;

@@ -57,7 +57,8 @@ bool HasVersion(std::string_view catalogueName) {
 }
 
 std::optional<Release> OfferedRelease(const Catalogue& catalogue) {
-  if (!TrustedKey()) return std::nullopt;
+  // What the system's packages installed is theirs to renew.
+  if (!TrustedKey() || program::IsInstalled()) return std::nullopt;
   auto release = ReadRelease(catalogue.Head(), *TrustedKey(), program::System());
   if (!release || *ReadVersion(release->version) < OwnVersion()) return std::nullopt;
   const auto refused = ReadRefused(program::This().folder);

@@ -121,6 +121,7 @@ Beginning BeginUnlocked(std::error_code cause) {
 }  // namespace
 
 Beginning BeginProgram(const CanRun& canRun) {
+  if (program::IsInstalled()) return {};
   const Clock::time_point begin = Clock::now();
   if (const std::error_code error = Lock().Open(Folder() / kLockName)) return BeginUnlocked(error);
   for (;; Lock().Release(), Rest()) {
@@ -146,6 +147,7 @@ Beginning BeginProgram(const CanRun& canRun) {
 }
 
 Beginning JoinFolder() {
+  if (program::IsInstalled()) return {};
   const Clock::time_point begin = Clock::now();
   if (const std::error_code error = Lock().Open(Folder() / kLockName)) return BeginUnlocked(error);
   for (std::error_code error; (error = Lock().Share()); Rest()) {

@@ -22,6 +22,7 @@ class Step1 final : public PageWindow {
  private:
   std::array<QLabel*, 3> Label1{};
   QLabel* Label2 = nullptr;
+  QLabel* lblFolder = nullptr;  ///< Told where nothing can be kept.
   QComboBox* cboDevice = nullptr;
 };
 

@@ -15,6 +15,9 @@ namespace tarnwick::files {
 /// True when something of that name is there and can be reached. Never fails.
 bool FileExists(const std::filesystem::path& path);
 
+/// True when files can be made in that folder. Never fails.
+bool IsWritable(const std::filesystem::path& folder);
+
 /// What the system has no number for.
 enum class Problem { NotOrdinary = 1, TooLarge, NoMemory, Changed };
 std::error_code make_error_code(Problem problem);
