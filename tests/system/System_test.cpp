@@ -5,7 +5,6 @@
 
 #include <QProcess>
 
-#include "link/Devices.h"
 #include "link/LinkLibrary.h"
 #include "mount/MountProcess.h"
 #include "support/PackageText.h"
@@ -17,13 +16,11 @@ namespace {
 using testing::ElementsAre;
 namespace fs = std::filesystem;
 
-constexpr std::int32_t kAzimuth = 16;
-
 class System : public ProgramTest {
  public:
   System() {
     fs::copy(TARNWICK_LIBRARY, folder / "Tarnwick.so");
-    const PackageDevice azm{"Azm", kAzimuth, CountedWords(51), "0402"};
+    const PackageDevice azm{"Azm", 16, CountedWords(51), "0402"};
     WriteFile(folder / "MotorControllers/A.qal", PackageText(5, "", {azm, {"Alt", 17, azm.words, "0402"}}));
   }
   ~System() override { Seam<ILinkLibrary>::Uninstall(); }
@@ -60,53 +57,6 @@ TEST_F(System, ManyAndLargeAndVanishedPackages) {
   ClickRow("lstFirmware", 1);
   Click("cmdStepFwd");
   EXPECT_EQ(Step(), 4) << testing::PrintToString(Said());
-}
-
-TEST_F(System, ADeviceThatFallsSilentInARunGivesThatStepsMessageAndLeavesTheOther) {
-  WriteFile(folder / "Tarnwick.ini", "[TARNWICK]\r\nBlockOverride = True\r\n");
-  StartWithMount();
-  WalkTo(4);
-  ClickRow("lstDevices", 0);
-  const char* const kFirst = "Programming: Azm : 0%";
-  const struct {
-    const char* button;
-    const char* progress;  ///< Falls silent when this shows ...
-    int round;  ///< ... for the nth round of events; 0 before the click, -1 at the question for blocks.
-    const char* said;  ///< The first line of each box.
-  } kRows[] = {
-      {"cmdVerify", "", 0, "Ok !|AZM(RA) Motor: Verify not supported for this version\n"},
-      {"cmdVerify", "Verifying: Azm : 0%", 1,
-       "RetryCancel !|Error Verifying Data at Address: 0\nOk !|Verify Cancelled by User\n"},
-      {"cmdProgram", "", 0,
-       "YesNo !|[AZM(RA) Motor] Warning: Motor Controller model can not be determined.\n"
-       "Ok !|No response from MC\n"},
-      {"cmdProgram", kFirst, 1, "Ok !|Unable to enter boot.\n"},
-      {"cmdProgram", kFirst, -1, "Ok !|Unable to start programming.\n"},
-      {"cmdProgram", kFirst, 3,
-       "YesNo X|An Error occurred Programming Data at Address: 0\nOk !|Programming Cancelled by User\n"},
-      {"cmdProgram", "Programming: Azm : 98%", 2, "Ok !|Unable to end programming.\n"}};
-  for (const auto& row : kRows) {
-    const auto silence = [&] { mount.State(kAzimuth, "silent"); };
-    if (row.round == 0) silence();
-    if (row.round < 0) user.onInput = silence;
-    int rounds = 0;
-    onPump = [&] {
-      if (row.round > 0 && Progress() == row.progress && ++rounds == row.round) silence();
-    };
-    user.log = [&](const std::string& line) {
-      if (line == "box") mount.State(kAzimuth, "running");  // So that the rest costs no time.
-    };
-    user.inputAnswers = {"2"};
-    user.answers = {row.round == 0 ? ui::Answer::Yes : ui::Answer::No};
-    Click(row.button);
-    onPump = user.onInput = {};
-    user.log = {};
-    std::string said;
-    for (const std::string& box : Said()) said += box.substr(0, box.find('\r')) + "\n";
-    EXPECT_EQ(said, row.said);
-    EXPECT_EQ(gDevices[2].State, McState::Running) << "The other device is left alone.";
-    ExpectAtRest();
-  }
 }
 
 TEST(Program, RunsWhereItFindsNoLibraryAndCanWriteNothing) {

@@ -127,21 +127,14 @@ accept Tarnwick
 became Tarnwick
 echo "Version 2.2.4 became 2.2.5."
 
-installed 'My Updater'
-start 'My Updater'
-to_the_web
-accept 'My Updater'
-became 'My Updater'
-[ ! -e "$home/Tarnwick" ] || fail "a second program"
-echo "A renamed program kept its name."
-
-installed Tarnwick
-start Tarnwick
+name='My Updater'
+installed "$name"
+start "$name"
 first=$frame
 to_the_packages
-start Tarnwick "$first"
+start "$name" "$first"
 press "$first" alt+d
-press "$(window Tarnwick)" Return # told that another window is open
+press "$(window "$name")" Return # told that another window is open
 updates=$(window 'Web Updates')
 [ -z "$(find "$home" -type d -name 'WebUpdate.*')" ] || fail "fetched beside another window"
 press "$updates" Escape
@@ -149,9 +142,10 @@ for _ in {1..100}; do xdotool search --onlyvisible --name '^Web Updates$' >/dev/
 kill "$second"
 wait "$second" || true
 press "$first" alt+d
-accept Tarnwick
-became Tarnwick
-echo "With two windows open nothing was fetched, with one it was."
+accept "$name"
+became "$name"
+[ ! -e "$home/Tarnwick" ] || fail "a second program"
+echo "With two windows open nothing was fetched, with one it was; a renamed program kept its name."
 
 # The same for another machine.
 cp "$next_program" "$work/other"

@@ -58,6 +58,8 @@ faulty 'not that of the public key' --key keys/update.key --public-key other/upd
 faulty 'no public key' --key keys/update.key --public-key 1234
 faulty 'no public key' --key keys/update.key --public-key "$(<keys/update.key)"
 faulty 'no secret key' --key keys/update.pub
+sed 's/.\{64\}$//' keys/update.key | tr -d '\n' | cat - other/update.pub >halves
+faulty 'no secret key' --key halves
 mv src/Program/Tarnwick.DLL .
 sed -i 2d src/Program/versions.txt
 faulty 'one link library' --key keys/update.key

@@ -98,22 +98,6 @@ TEST_F(SwapTest, APowerCutLeavesOldOrNewWhateverWasLost) {
   EXPECT_GT(std::min(seen[0], seen[1]), 100);
 }
 
-TEST_F(SwapTest, TheProgramIsMovedLastAndPutBackFirst) {
-  // So that the release before can be started at each moment in between.
-  const auto moved = [](const std::vector<FileCall>& calls) {
-    std::vector<std::string> names;
-    for (const FileCall& call : calls)
-      if (call.call == "rename" && !call.to.ends_with(".journal"))
-        names.push_back(fs::path(call.to).filename());
-    return names;
-  };
-  Prepare();
-  EXPECT_THAT(moved(DoneCalls([this] { Settle(); })),
-              ElementsAre("Tarnwick.so", "Notes.htm", "Added.htm", "My Updater"));
-  EXPECT_THAT(moved(DoneCalls([this] { TakeBack(home); })),
-              ElementsAre("My Updater", "Notes.htm", "Tarnwick.so", "WebUpdate.refused"));
-}
-
 TEST_F(SwapTest, WhatDoesNotFitTheListOnDiskIsDroppedAndWhatIsInstalledIsNotMissed) {
   const std::function<void()> kTroubles[] = {
       [&] { fs::remove(staged / "Tarnwick.so"), WriteFile(home / "Tarnwick.so", "Tarnwick.DLL#new"); },
