@@ -4,7 +4,6 @@
 #include <iostream>
 
 #include "programmer/Advice.h"
-#include "programmer/modProgrammer.h"
 #include "support/TempFolder.h"
 
 namespace tarnwick::campaign {
@@ -84,15 +83,31 @@ void Owner::BackTo(int page) {
 void Owner::Begin() {
   mAdvice = {};
   mTried["restart"] = 0;
-  mCancelled = mBetween = false;
-  mBlocksAfterCancel = 0;
+  mCancelled = mBetween = mStopped = false;
+  mBlocksAfterCancel = mSent = 0;
   mScreen.Choose("lstDevices", mMotor.empty() ? "All Devices" : mMotor);
   ++mReport.runs;
   mWorld.Begins();
+  mRunning = true;
   mScreen.Click("cmdProgram");
+  mRunning = false;
   if (mBlocksAfterCancel > (mBetween ? 0 : 1)) mReport.wrong = "went on after a cancel";
   if (!mScreen.IsAtRest()) mReport.wrong = "not at rest behind a run";
-  ReadOutcomes(mScreen.Lines("txtOutcome"));
+  const std::vector<std::string> lines = mScreen.Lines("txtOutcome");
+  CheckTold(lines);
+  ReadOutcomes(lines);
+}
+
+/// How far it got is told as it was.
+void Owner::CheckTold(const std::vector<std::string>& lines) {
+  bool told = mSent == 0;
+  for (const std::string& line : lines) {
+    const bool stopped = Says(line, "stopped at");
+    told = told || stopped || Says(line, " written");
+    if (stopped && (mSent == 0 || Says(line, "of the boot loader") != mRenewing))
+      mReport.wrong = "told wrongly: " + line;
+  }
+  if (!told) mReport.wrong = "blocks were sent, and nobody is told";
 }
 
 void Owner::ReadOutcomes(const std::vector<std::string>& lines) {
@@ -186,8 +201,12 @@ void Owner::Tell(std::string_view what) const {
 }
 
 bool Owner::OnCall(const std::string& call) {
-  if (call == "send" && mCancelled) ++mBlocksAfterCancel;
-  return mWorld.Strike(call, gProgramming);
+  if (call == "send") {
+    ++mSent;
+    mRenewing = mScreen.Progress().starts_with("Upgrading");
+    if (mCancelled) ++mBlocksAfterCancel;
+  }
+  return mWorld.Strike(call, mRunning);
 }
 
 ui::Answer Owner::MessageBox(std::string_view text, ui::Buttons buttons, ui::Icon) {
@@ -198,6 +217,12 @@ ui::Answer Owner::MessageBox(std::string_view text, ui::Buttons buttons, ui::Ico
 
 ui::Answer Owner::Answered(std::string_view text) {
   using enum ui::Answer;
+  mStopped = mStopped || mAdvice == advice::kReadPage || mAdvice == advice::kTryOnce;
+  if (Says(text, "want to Exit")) {
+    // From a stop on, the close box asks about the program.
+    if (mRunning && !mStopped) mReport.wrong = "asked about the program in the midst of a run";
+    return mRunning ? No : Yes;
+  }
   if (Says(text, "begun and not ended") && Says(text, advice::kResume)) {
     ++mReport.notes;
     mNamed = NumberBehind(text, "HwRev ");
@@ -234,11 +259,12 @@ void Owner::PumpPainting() {
 void Owner::PumpEvents() {
   QCoreApplication::processEvents();
   const bool done = mReport.cancelled || mCase.fault != Fault::Cancel;
-  if (!gProgramming || done || mPumping) return;
+  if (!mRunning || done || mPumping) return;
   if (mCase.between ? mScreen.Progress().ends_with(" 100%") : ++mPumps >= mCase.count) PressCancel();
 }
 
 void Owner::PressCancel() {
+  if (mScreen.Caption("cmdTerminate") != "Cancel") return;  // The run is over, or not yet on.
   mPumping = true;
   if (!mScreen.IsLive("cmdTerminate")) mReport.wrong = "Cancel is dead";
   mScreen.Click("cmdTerminate");

@@ -29,6 +29,7 @@ class Owner final : ui::IUserInterface {
   void BackTo(int page);
   void Begin();
   void ReadOutcomes(const std::vector<std::string>& lines);
+  void CheckTold(const std::vector<std::string>& lines);
   void ReadOutcome(const std::string& motor, const std::string& line);
   void Follow(std::string_view advice);
   void ChooseAnother();
@@ -58,6 +59,10 @@ class Owner final : ui::IUserInterface {
   std::map<std::string, int> mTried;
   std::map<std::string, Variant> mWritten;  ///< By motor.
   bool mDone = false;                       ///< The owner is through, or knows no way on.
+  bool mRunning = false;                    ///< Begin Programming was pressed, and the page is not back yet.
+  bool mStopped = false;                    ///< A message of this run told that it stops.
+  bool mRenewing = false;                   ///< The last block was one of a boot package.
+  Number mSent = 0;                         ///< So many blocks were sent in this run.
   bool mPumping = false;
   bool mCancelled = false;  ///< In this run.
   bool mBetween = false;    ///< The cancel came behind the end of an image.

@@ -92,7 +92,8 @@ std::string Screen::Caption(const char* button) {
 }
 
 std::string Screen::Progress() {
-  return Find("progress").accessibleDescription().toStdString();
+  if (mProgress == nullptr) mProgress = &Find("progress");
+  return mProgress->accessibleDescription().toStdString();
 }
 
 std::vector<std::string> Screen::Lines(const char* text) {

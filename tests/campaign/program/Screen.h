@@ -54,6 +54,7 @@ class Screen {
   test::ClockDouble mClock;
   App mApp;
   test::CalmHands mHands;
+  QWidget* mProgress = nullptr;  ///< Looked for once: it is looked at with each block.
   bool mEnded = false;
   program::Ending mEnding{[this] { mEnded = true; }};
 };
