@@ -10,6 +10,8 @@
 
 #include <array>
 #include <cerrno>
+#include <fstream>
+#include <string>
 #include <utility>
 
 #include "posix.h"
@@ -142,6 +144,11 @@ void Beside::Kill() {
 
 void Become(const std::filesystem::path& path) {
   Command words{path.string()};
+  // What the system tells of this one: each word ended by a null character, the program's own name first.
+  std::ifstream told("/proc/self/cmdline", std::ios::binary);
+  std::string word;
+  for (bool own = true; std::getline(told, word, '\0'); own = false)
+    if (!own) words.push_back(word);
   ::execv(words[0].c_str(), Pointers(words).data());
 }
 

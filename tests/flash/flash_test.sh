@@ -56,6 +56,18 @@ ends 6 'Unable to connect' list
 grep -q MC_0512 out || fail "the packages that are here are not listed"
 ends 6 'Unable to connect' fetch
 
+# One that was replaced before it got to the folder goes on as the new one, with what it was asked.
+python3 -c 'import fcntl, time
+lock = open("home/WebUpdate.lock", "a+")
+fcntl.lockf(lock, fcntl.LOCK_EX)
+time.sleep(1)' &
+sleep 0.4
+"$flash" ports >out 2>err &
+replaced=$!
+sleep 0.3
+cp "$flash" new && mv new "$flash"
+wait $replaced || fail "a replaced program forgot what it was asked"
+
 start_mount
 ends 0 'Vendral Corvane' status --port COM5
 ends 0 'The package fits.' check MC_0512 --port "$PWD/home/ports/COM5"

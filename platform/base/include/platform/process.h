@@ -66,7 +66,7 @@ class Beside {
   int mStatus = -1;
 };
 
-/// Runs the program `path` in the place of this one, with no arguments; nothing of this one is run down.
+/// Runs the program `path` in the place of this one, with the same arguments; nothing of this one is run down.
 /// Returns only where that fails.
 void Become(const std::filesystem::path& path);
 
