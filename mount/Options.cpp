@@ -115,8 +115,8 @@ Options Defaults() {
 }  // namespace
 
 std::string_view Usage() {
-  return "usage: tarnwick-mount [option]...\n"
-         "A simulated mount on a pseudo terminal: motor controllers 16 and 17, accessories 18 and 19.\n"
+  return "Usage: tarnwick-mount [option]...\n\n"
+         "A simulated mount on a pseudo terminal: motor controllers 16 and 17, accessories 18 and 19.\n\n"
          "  --link PATH            make a symbolic link to the terminal, removed at the end\n"
          "  --model N              model of the motor controllers (5)\n"
          "  --revision N           hardware revision of the motor controllers (2)\n"

@@ -29,9 +29,17 @@ constexpr int kErrors = 1;
 constexpr int kWrongUse = 2;
 
 constexpr const char* kUsage =
-    "usage: qalinfo [--strict] FILE...\n"
-    "       qalinfo [--strict] --json FILE...\n"
-    "       qalinfo --dump N FILE\n";
+    "Usage: qalinfo [--strict] FILE...\n"
+    "  or:  qalinfo [--strict] --json FILE...\n"
+    "  or:  qalinfo --dump N FILE\n\n"
+    "Prints and checks firmware packages: the header, the devices, the first error, and what the format "
+    "passes\n"
+    "over without a word.\n\n"
+    "  --strict   what is passed over counts as an error\n"
+    "  --json     one JSON object a file, one a line\n"
+    "  --dump N   the image of device N, from 1, as Intel HEX\n\n"
+    "Exits 0 without errors, 1 with errors in a package, 2 for wrong use and for output that cannot be\n"
+    "written.\n";
 
 struct Options {
   bool json = false;

@@ -10,8 +10,8 @@
 #include <string_view>
 
 #include "Maker.h"
-#include "platform/codepage.h"
 #include "platform/cli.h"
+#include "platform/codepage.h"
 #include "platform/contain.h"
 #include "platform/files.h"
 #include "platform/text.h"
@@ -25,8 +25,9 @@ constexpr int kFaults = 1;
 constexpr int kWrongUse = 2;
 constexpr std::uintmax_t kLargestHex = 64u << 20;
 constexpr const char* kUsage =
-    "usage: qalmake --model N --version V [OPTION ...] PACKAGE HEX\n"
-    "       qalmake --model N --version V[,V] [OPTION ...] PACKAGE HEX HEX\n"
+    "Usage: qalmake --model N --version V [OPTION ...] PACKAGE HEX\n"
+    "  or:  qalmake --model N --version V[,V] [OPTION ...] PACKAGE HEX HEX\n\n"
+    "Makes a firmware package from hex files, reads it back and compares it word by word.\n\n"
     "  PACKAGE              the package that is written; its name ends in .qal\n"
     "  HEX                  an Intel HEX file: for both motors, or one for each\n"
     "  --model N            number of the telescope's model\n"
@@ -128,7 +129,8 @@ bool TakeDevice(const std::string& value, Options& options) {
 
 bool TakeOption(std::string_view option, const char* given, Options& options) {
   const auto value = Narrow(given);
-  if (!value) return Wrong("\"" + std::string(given) + "\" cannot be told: a package is text in Windows-1252");
+  if (!value)
+    return Wrong("\"" + std::string(given) + "\" cannot be told: a package is text in Windows-1252");
   Wish& wish = options.wish;
   const std::pair<std::string_view, std::string*> texts[] = {{"--name", &wish.modelName},
                                                              {"--hwrev", &wish.hwRev},
@@ -213,7 +215,6 @@ int main(int argc, char** argv) {
   const auto words = std::span(argv, static_cast<std::size_t>(argc)).subspan(1);
   if (const auto answered = cli::AnswerCommonWords(words, "qalmake", kUsage)) return *answered;
   int status = kFaults;
-  if (!Contain([&] { status = Run(words); }))
-    std::fputs("qalmake: not enough memory\n", stderr);
+  if (!Contain([&] { status = Run(words); })) std::fputs("qalmake: not enough memory\n", stderr);
   return status;
 }

@@ -18,9 +18,10 @@ using namespace tarnwick;
 constexpr int kFaults = 1;
 constexpr int kWrongUse = 2;
 constexpr const char* kUsage =
-    "usage: tarnwick-site build [--key FILE] [--public-key KEY] [--next-key KEY] [--system NAME] SRC DEST\n"
-    "       tarnwick-site keygen DIR\n"
-    "       tarnwick-site check-key KEY\n"
+    "Usage: tarnwick-site build [--key FILE] [--public-key KEY] [--next-key KEY] [--system NAME] SRC DEST\n"
+    "  or:  tarnwick-site keygen DIR\n"
+    "  or:  tarnwick-site check-key KEY\n\n"
+    "Makes an update site from a folder of packages, their notes, and files of the program.\n\n"
     "  SRC   has MotorControllers/, Accessories/ and Program/, each where there is something for it\n"
     "  DEST  the folder that is served; made where it is missing\n"
     "  FILE  the secret key that packages and files of the program are signed with; without it there may be\n"
@@ -28,7 +29,7 @@ constexpr const char* kUsage =
     "  KEY   a public key, or its file: --public-key is the one that FILE has to belong to, --next-key the\n"
     "        one of releases to come; check-key tells whether it is one\n"
     "  NAME  the system that the files of the program are for; this one when left out\n"
-    "  DIR   where a new pair of keys is put: update.key, to be kept secret, and update.pub\n"
+    "  DIR   where a new pair of keys is put: update.key, to be kept secret, and update.pub\n\n"
     "Exits 0 when all is done, 1 when something is wrong with a file or folder: nothing is listed then\n"
     "that was not before, and no key replaced.\n";
 
