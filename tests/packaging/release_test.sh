@@ -56,9 +56,9 @@ END
   ./release "$key" "$dest" "$scratch/sources" >/dev/null || fail "./release"
   grep -q "TARNWICK_PUBLIC_KEY=$(<"${key%.key}.pub")" "$scratch/asked" || fail "built with another key"
   grep -q '^@MC_0512.qal,' "$list" || fail "the site has no packages"
-  for file in program.Tarnwick.EXE file.tarnwick-flash.EXE library.Tarnwick.DLL; do
+  for file in program.Tarnwick.EXE file.tarnwick-flash.EXE library.Tarnwick.DLL file.user-guide.md; do
     name=${file#*.}
-    told="${file%%.*} [0-9.]* $(stat -c %s "$dest/site/$name") $(sha256sum <"$dest/site/$name" | cut -d' ' -f1) $name"
+    told="${file%%.*} [0-9.-]* $(stat -c %s "$dest/site/$name") $(sha256sum <"$dest/site/$name" | cut -d' ' -f1) $name"
     sed '/^\$/q' "$list" | grep -q "^$told" || fail "the list does not have: $told"
   done
   tar -xf "$dest"/Tarnwick-*.tar.xz -C "$scratch" && (cd "$scratch"/Tarnwick-*/ && ls | sort | tr '\n' ' ') >"$scratch/ships"

@@ -1,6 +1,7 @@
 // The program's own renewal: what is offered, and that nothing but what the signed list names gets in.
 #include "webupdate/SelfUpdate.h"
 
+#include <functional>
 #include <random>
 
 #include "UpdateTest.h"

@@ -4,6 +4,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <functional>
+#include <random>
+
 #include "UpdateTest.h"
 #include "platform/files.h"
 #include "support/FileFaults.h"

@@ -3,6 +3,10 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <string>
+#include <vector>
+
 #include "platform/process.h"
 #include "settings/Settings.h"
 #include "support/HttpDouble.h"

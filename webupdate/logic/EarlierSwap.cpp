@@ -1,5 +1,6 @@
 #include "webupdate/EarlierSwap.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
