@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <chrono>
 
 #include "Commands.h"
 #include "Mount.h"
@@ -9,6 +8,7 @@
 #include "link/OpeningCause.h"
 #include "platform/ui.h"
 #include "programmer/ProgrammingRun.h"
+#include "programmer/TimeLeft.h"
 #include "programmer/Verify.h"
 #include "settings/Settings.h"
 
@@ -25,22 +25,20 @@ class Display final : public IProgress {
 
   void Label(const std::string& text) override { mText = text; }
   void Bar(double fraction) override {
-    if (fraction <= mShare) mBegin = Clock::now();  // An image from its beginning.
-    mShare = fraction;
-    const std::string left = TimeLeftText(fraction, Clock::now() - mBegin);
+    mLeft.Reached(fraction);
+    const std::string left = mLeft.Text();
     mOutput.Progress(left.empty() ? mText : mText + ", " + left, fraction);
   }
+  void Turn(std::int32_t, std::int32_t number, std::int32_t count) override { mLeft.Begin(number, count); }
   void Caption(const std::string&) override {}
   void Rest() override { mOutput.EndProgress(); }
   void Busy(bool) override {}
   void Status() override { RefreshDevices(); }
 
  private:
-  using Clock = std::chrono::steady_clock;
   Output& mOutput;
   std::string mText;
-  double mShare = 0;
-  Clock::time_point mBegin = Clock::now();
+  TimeLeft mLeft;
 };
 
 void WriteDevice(JsonLine& json, const DeviceEntry& device) {

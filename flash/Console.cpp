@@ -24,7 +24,8 @@ bool ReadLine(std::string& line) {
 }
 
 ui::Answer AsAnswer(ui::Buttons buttons, bool yes) {
-  if (buttons == ui::Buttons::YesNo || buttons == ui::Buttons::NoYes) return yes ? ui::Answer::Yes : ui::Answer::No;
+  if (buttons == ui::Buttons::YesNo || buttons == ui::Buttons::NoYes)
+    return yes ? ui::Answer::Yes : ui::Answer::No;
   if (buttons == ui::Buttons::RetryCancel) return yes ? ui::Answer::Retry : ui::Answer::Cancel;
   return ui::Answer::Ok;
 }

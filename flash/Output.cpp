@@ -1,7 +1,5 @@
 #include "Output.h"
 
-#include <array>
-#include <cmath>
 #include <cstdio>
 
 #include "platform/codepage.h"
@@ -123,13 +121,6 @@ bool Output::End(Exit exit) {
     std::fputc('\n', stdout);
   }
   return std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
-}
-
-std::string TimeLeftText(double share, std::chrono::duration<double> spent) {
-  if (share < 0.02 || share > 1.0 || spent < 1s) return {};
-  const auto seconds = static_cast<long>(std::ceil(spent.count() * (1 - share) / share));
-  if (seconds < 100) return "about " + std::to_string(seconds) + " s left";
-  return "about " + std::to_string((seconds + 30) / 60) + " min left";
 }
 
 }  // namespace tarnwick::flash

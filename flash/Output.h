@@ -66,7 +66,4 @@ class Output {
   Clock::time_point mShown{};
 };
 
-/// How long the rest will take, as "about 20 s left"; empty until enough is done to tell.
-std::string TimeLeftText(double share, std::chrono::duration<double> spent);
-
 }  // namespace tarnwick::flash

@@ -1,6 +1,10 @@
 #include "StatusBox.h"
 
+#include <QScrollBar>
+#include <QTextBlock>
+
 #include "link/Devices.h"
+#include "platform/qt/QtText.h"
 #include "wizard/CWizard.h"
 #include "wizard/modWizard.h"
 
@@ -10,6 +14,17 @@ StatusBox::StatusBox(QWidget* parent) : TextBox(parent, "txtStatus", QStringLite
 
 void StatusBox::ShowReport() {
   Text(BuildStatusReport());
+  LookAt(mRow);
+}
+
+void StatusBox::LookAt(std::int32_t row) {
+  mRow = row <= gDeviceCount() ? row : 0;
+  if (mRow == 0) return verticalScrollBar()->setValue(0);
+  const QTextDocument& report = *document();
+  QTextBlock block = report.begin();
+  const QString wanted = qt::Show("Device: " + gDevices[mRow].Name);
+  while (block.isValid() && block.text() != wanted) block = block.next();
+  if (block.isValid()) verticalScrollBar()->setValue(block.firstLineNumber());
 }
 
 void StatusBox::ShowWaiting() {

@@ -44,7 +44,7 @@ std::string DescribePackage() {
 
 }  // namespace
 
-Step3::Step3() : PageWindow(6960, 2715) {}
+Step3::Step3() : PageWindow(6960, kRoomTwips) {}
 
 Step3::~Step3() = default;
 

@@ -38,7 +38,7 @@ void AddItem(ListBox& list, std::string_view name, std::int32_t value) {
 
 }  // namespace
 
-Step4::Step4() : PageWindow(6960, 2715) {}
+Step4::Step4() : PageWindow(6960, kRoomTwips) {}
 
 void Step4::Form_Load() {
   // Made in the order in which the focus goes.
@@ -57,6 +57,7 @@ void Step4::Form_Load() {
   Line1->setFrameShape(QFrame::HLine);
   Line1->setFrameShadow(QFrame::Sunken);
   mBar = new ProgressBar(this);
+  lblLeft = MakeLabel(this, "lblLeft", {});
   txtOutcome = new TextBox(this, "txtOutcome", QStringLiteral("Outcome"));
   txtOutcome->hide();
   GiveKey(*cmdProgram, Qt::ALT | Qt::Key_P);
@@ -85,13 +86,21 @@ void Step4::LayOutControls() {
   grid->addLayout(asides, 3, 1);
   grid->addWidget(Line1, 4, 0, 1, 2);
   grid->addWidget(mBar, 5, 0, 1, 2);
-  grid->addWidget(txtOutcome, 5, 0, 1, 2);  // Over the bar, which is empty when there is an outcome.
+  grid->addWidget(lblLeft, 6, 0, 1, 2);
+  grid->addWidget(txtOutcome, 5, 0, 2, 2);  // Over the bar, which is empty when there is an outcome.
   txtOutcome->raise();
   grid->setRowStretch(1, 1);
   grid->setColumnStretch(0, 2);
   grid->setColumnStretch(1, 3);
   mBar->setFixedHeight(Pixels(18));
-  txtOutcome->setFixedHeight(Pixels(44));
+  // As high as the outcome that stands there after a run, so that nothing above it moves.
+  lblLeft->setFixedHeight(Pixels(36));
+  lblLeft->setAlignment(Qt::AlignTop);
+  QPalette readable = lblLeft->palette();  // Also on the locked page, where it is all that tells.
+  readable.setColor(QPalette::Disabled, QPalette::WindowText,
+                    readable.color(QPalette::Active, QPalette::WindowText));
+  lblLeft->setPalette(readable);
+  txtOutcome->setFixedHeight(Pixels(58));
   lblFirmware->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 }
 
@@ -107,6 +116,12 @@ void Step4::Waiting(const std::string& what) {
 }
 void Step4::Bar(double fraction) {
   mBar->Bar(fraction);
+  mLeft.Reached(fraction);
+  lblLeft->setText(gProgramming || gVerifying ? qt::Show(mLeft.Text()) : QString());
+}
+void Step4::Turn(std::int32_t row, std::int32_t number, std::int32_t count) {
+  mLeft.Begin(number, count);
+  txtStatus->LookAt(row);
 }
 void Step4::Caption(const std::string& text) {
   gController->WizardHandle().Frame().FrameCaption(text);
@@ -115,6 +130,7 @@ void Step4::Caption(const std::string& text) {
 void Step4::ClearProgress() {
   mBar->Bar(0.0);
   mBar->Label({});
+  lblLeft->clear();
 }
 
 void Step4::ShowOutcomes(const std::vector<RowOutcome>& outcomes) {
@@ -148,6 +164,7 @@ void Step4::BeforePageShow(CWizard& wizard, std::int16_t currentStep) {
     return;
   }
   wizard.Frozen(true);
+  txtStatus->LookAt(0);
   txtStatus->ShowReport();
   lblFirmware->setText(qt::Show("QAL File: " + gQAL->Filename()));
   lblFirmware->setToolTip(lblFirmware->text());

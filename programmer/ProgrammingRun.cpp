@@ -88,7 +88,10 @@ void ProgrammingRun::Execute(IProgress& progress) {
   progress.Busy(true);
   bool ok = Check();
   LockHandControl();
+  const auto count = static_cast<std::int32_t>(mOutcomes.size());
+  std::int32_t number = 0;
   ok = ok && std::all_of(mOutcomes.begin(), mOutcomes.end(), [&](RowOutcome& outcome) {
+         progress.Turn(outcome.Row, ++number, count);
          Watch watch(progress, outcome);
          return ProgramRow(outcome, watch);
        });

@@ -112,6 +112,7 @@ VerifyEnd VerifyAll(std::span<const std::int32_t> rows, IProgress& progress) {
   LockHandControl();
   VerifyEnd end = VerifyEnd::Identical;
   for (std::size_t at = 0; at < rows.size() && end == VerifyEnd::Identical; ++at) {
+    progress.Turn(rows[at], static_cast<std::int32_t>(at) + 1, static_cast<std::int32_t>(rows.size()));
     end = VerifyDevice(rows[at], progress);
     progress.Rest();
   }

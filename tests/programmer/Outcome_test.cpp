@@ -7,6 +7,7 @@
 #include "platform/program.h"
 #include "programmer/Advice.h"
 #include "programmer/RunOutcome.h"
+#include "programmer/TimeLeft.h"
 #include "programmer/UnfinishedRun.h"
 #include "support/ClockDouble.h"
 #include "support/TempFolder.h"
@@ -87,6 +88,34 @@ TEST_F(OutcomeTest, ANoteStandsUntilTheMotorIsWrittenOrTheOwnerSaysSo) {
 std::string Plain(const std::string& page) {
   const std::string text = std::regex_replace(page, std::regex("<[^>]*>|\\*\\*"), "");
   return std::regex_replace(text, std::regex("\\s+"), " ");
+}
+
+TEST(RunsTime, IsToldFromWhatIsMeasured) {
+  struct Case {
+    std::int32_t number, count;
+    double share;
+    int spentSeconds;
+    const char* told;
+  };
+  ClockDouble clock;
+  clock.step = {};
+  for (const Case& each : std::initializer_list<Case>{{1, 1, 0.5, 0, ""},
+                                                      {1, 1, 0.01, 30, ""},
+                                                      {1, 1, 0.5, 30, "about 30 s left"},
+                                                      {1, 2, 0.5, 30, "Motor 1 of 2, about 90 s left"},
+                                                      {2, 2, 0.5, 30, "Motor 2 of 2, about 30 s left"},
+                                                      {1, 2, 0.25, 60, "Motor 1 of 2, about 7 min left"}}) {
+    TimeLeft left;
+    left.Begin(each.number, each.count);
+    clock.steady += std::chrono::seconds(each.spentSeconds);
+    left.Reached(each.share);
+    EXPECT_EQ(left.Text(), each.told) << each.share;
+    left.Reached(0);  // The image begins anew, and so does its time.
+    clock.steady += std::chrono::seconds(2);
+    left.Reached(0.5);
+    EXPECT_THAT(left.Text(),
+                testing::HasSubstr(each.number < each.count ? "about 6 s left" : "about 2 s left"));
+  }
 }
 
 TEST(Advice, IsWhatTheHelpTellsForEachMessage) {

@@ -21,6 +21,7 @@
 namespace tarnwick {
 namespace {
 
+static_assert(kRoomTwips == 15 * SplashPicture::kHeight);
 constexpr int kButtonWidthTwips = 1200;
 constexpr int kButtonHeightTwips = 345;
 /// A page that is locked for less than this does not turn grey: it would only flicker.

@@ -10,6 +10,7 @@
 #include "firmware/QalPackage.h"
 #include "programmer/Progress.h"
 #include "programmer/RunOutcome.h"
+#include "programmer/TimeLeft.h"
 #include "wizard/PageWindow.h"
 
 namespace tarnwick {
@@ -30,6 +31,7 @@ class Step4 final : public PageWindow, public IProgress {
 
   void Label(const std::string& text) override;
   void Bar(double fraction) override;
+  void Turn(std::int32_t row, std::int32_t number, std::int32_t count) override;
   void Waiting(const std::string& what) override;
   void Caption(const std::string& text) override;
   void Rest() override;
@@ -63,6 +65,8 @@ class Step4 final : public PageWindow, public IProgress {
   QLabel* Label1 = nullptr;
   QFrame* Line1 = nullptr;
   ProgressBar* mBar = nullptr;
+  QLabel* lblLeft = nullptr;  ///< Which motor of how many, and how long the run will still take.
+  TimeLeft mLeft;
 };
 
 }  // namespace tarnwick

@@ -27,6 +27,8 @@ class IProgress {
   virtual void Busy(bool busy) = 0;
   /// Reads every device anew and shows the status report.
   virtual void Status() = 0;
+  /// The work on row `row` of `gDevices` begins, which is number `number`, from 1, of `count` chosen ones.
+  virtual void Turn(std::int32_t /*row*/, std::int32_t /*number*/, std::int32_t /*count*/) {}
   /// The block at `word` is about to be sent. Shows nothing; for those who keep a record.
   virtual void Sending(std::int32_t /*word*/) {}
 };

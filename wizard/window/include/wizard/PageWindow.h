@@ -7,6 +7,10 @@
 
 namespace tarnwick {
 
+/// The height, in twips, that the frame's picture leaves to a page. Pages with tables, which need 2715 at least,
+/// take all of it.
+inline constexpr int kRoomTwips = 3390;
+
 /// The base class of the pages. Its controls come into being in `Form_Load`, at its first show.
 class PageWindow : public QWidget, public IWizardPage {
  public:
