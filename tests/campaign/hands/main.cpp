@@ -10,7 +10,6 @@
 #include <array>
 #include <iostream>
 
-#include "CoreLink.h"
 #include "Judge.h"
 #include "app/App.h"
 #include "mount/Mount.h"
@@ -19,6 +18,7 @@
 #include "platform/help.h"
 #include "platform/program.h"
 #include "platform/qt/QtUser.h"
+#include "support/CoreLink.h"
 #include "support/HttpDouble.h"
 #include "support/PackageText.h"
 #include "support/ResetGlobals.h"
@@ -99,9 +99,8 @@ class Visit final : ui::IUserInterface, clock::IClock {
   TempFolder folder;
   mount::Mount mount;
   VirtualLine line{mount};
-  wire::LinkCore core{line, line};
   App app;
-  CoreLink link{core};
+  CoreLink link{line, line};
   HttpDouble site;
   NoHelp help;
   qt::QtUser real;
@@ -145,18 +144,19 @@ Visit::Visit(std::uint32_t seed) : dice(seed), app((Prepare(folder), *qApp)), ha
               {.model = 5, .revision = 5, .bootVersion = 2, .major = 4, .minor = 2});
   }
   site.replies["/firmware/catalogue/list.txt"] = "@C.qal,2005-03-01,2000\r\nAbout C\r\n";
-  link.before = [this] {
+  link.before = [this](const std::string&) {
     judge.Turn();
     // What still runs when the program has ended runs here alone.
-    if (ended || gController == nullptr || !gController->WizardHandle().Frozen()) return;
-    if (OnView<QWidget>("picPage")->isEnabled()) judge.Fail("the link is called before the lock is seen");
+    const bool locked = !ended && gController != nullptr && gController->WizardHandle().Frozen();
+    if (locked && OnView<QWidget>("picPage")->isEnabled())
+      judge.Fail("the link is called before the lock is seen");
+    return false;
   };
-  link.after = [this] {
+  link.after = [this](const std::string& name, std::int32_t address, std::int32_t result) {
     busy = Now();
     hands.CatchUp(Now());
-  };
-  link.changed = [this](const char* name, std::int32_t address, std::int32_t result) {
-    Tell(Now(), std::string(name) + " " + std::to_string(address));
+    if (name != "enter" && name != "start" && name != "send" && name != "end") return;
+    Tell(Now(), name + " " + std::to_string(address));
     judge.Changed(name, address, result);
   };
   hands.aim = [this] { return Aim(); };

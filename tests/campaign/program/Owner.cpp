@@ -31,12 +31,10 @@ Owner::Owner(const Case& played, IWorld& world, const std::filesystem::path& fol
       mPackage(played.first),
       mHesitates(played.byte % 2 == 0) {
   Seam<ui::IUserInterface>::Install(*this);
-  Seam<ILinkLibrary>::Install(mLink);
-  mLink.onCall = [this](const std::string& call) { return OnCall(call); };
+  mLink.before = [this](const std::string& call) { return !call.empty() && OnCall(call); };
 }
 
 Owner::~Owner() {
-  Seam<ILinkLibrary>::Uninstall();
   Seam<ui::IUserInterface>::Uninstall();
 }
 

@@ -6,10 +6,10 @@
 #include <string>
 #include <string_view>
 
-#include "CoreLink.h"
 #include "Screen.h"
 #include "World.h"
 #include "platform/ui.h"
+#include "support/CoreLink.h"
 
 namespace tarnwick::campaign {
 
@@ -49,7 +49,7 @@ class Owner final : ui::IUserInterface {
   const Case mCase;
   IWorld& mWorld;
   const std::filesystem::path mFolder;
-  CoreLink mLink{mWorld, mWorld};
+  test::CoreLink mLink{mWorld, mWorld};
   Screen mScreen{mFolder};
   std::string mPackage;      ///< Chosen on the page with the packages.
   Variant mChosen = 0;       ///< What it was when it was chosen.
