@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "BuiltInKey.h"
 #include "FocusStyle.h"
 #include "app/ProgramSettings.h"
+#include "app/TrustedKeys.h"
 #include "pages/Step1.h"
 #include "pages/Step2.h"
 #include "pages/Step3.h"
@@ -22,8 +22,6 @@
 #include "platform/record.h"
 #include "programmer/UnfinishedRun.h"
 #include "programmer/modProgrammer.h"
-#include "webupdate/PackageSignature.h"
-#include "webupdate/Release.h"
 #include "wizard/WizardWindow.h"
 #include "wizard/modWizard.h"
 
@@ -91,10 +89,7 @@ void App::Start() {
 }
 
 void App::TrustBuiltInKey() {
-  const auto key = ReadPublicKey(kBuiltInKey);
-  if (!key) return;
-  TrustKey(*key);
-  TrustPackageKey(*key);
+  TrustBuiltInKeys();
 }
 
 WizardWindow& App::Window() {

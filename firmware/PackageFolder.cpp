@@ -51,10 +51,9 @@ fs::path NoteOf(const fs::path& package) {
   return PackageStem(package.string()) + std::string(kNoteEnding);
 }
 
-std::string ReadNote(const fs::path& note) {
-  std::string content = files::ReadWhole(note, kLargestNote).value_or("");
-  const bool ended = content.empty() || content.ends_with(text::kLineEnd);
-  if (!ended) content += text::kLineEnd;
+std::optional<std::string> ReadNote(const fs::path& note) {
+  auto content = files::ReadWhole(note, kLargestNote);
+  if (content && !content->empty() && !content->ends_with(text::kLineEnd)) *content += text::kLineEnd;
   return content;
 }
 

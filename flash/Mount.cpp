@@ -16,6 +16,7 @@
 #include "ports/ports.h"
 #include "programmer/PackageFit.h"
 #include "settings/Settings.h"
+#include "webupdate/PackageSignature.h"
 
 namespace tarnwick::flash {
 namespace {
@@ -97,7 +98,9 @@ fs::path ChosenPackage::Locate() {
 }
 
 Exit ChosenPackage::Judge() {
-  gQAL->LoadQALfile(Locate());
+  const fs::path package = Locate();
+  if (!AcceptSignature(package)) return Exit::Refused;
+  gQAL->LoadQALfile(package);
   return PackageFits() ? Exit::Done : Exit::Refused;
 }
 

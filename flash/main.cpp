@@ -5,6 +5,7 @@
 
 #include "Commands.h"
 #include "app/ProgramSettings.h"
+#include "app/TrustedKeys.h"
 #include "firmware/QALclass.h"
 #include "link/Connection.h"
 #include "platform/awake.h"
@@ -67,6 +68,7 @@ Exit Work(const flash::Arguments& arguments, flash::Output& output) {
   program::Set(identity);
   record::Open(identity.folder);
   record::Line("start: tarnwick-flash " + program::VersionText() + ", " + program::SystemText());
+  TrustBuiltInKeys();
   LoadSettings();
   ChooseDeviceClass(kMotorControllers);
   if (const std::string told = RecallUnfinished(); !told.empty()) output.Message(told, {});

@@ -9,7 +9,6 @@
 #include "firmware/QALclass.h"
 #include "link/Connection.h"
 #include "link/Devices.h"
-#include "platform/files.h"
 #include "platform/qt/QtText.h"
 #include "platform/text.h"
 #include "platform/ui.h"
@@ -29,9 +28,6 @@ namespace {
 
 /// Item value: the file's name as the file system has it, which may be no text.
 constexpr int kFileName = Qt::UserRole;
-
-constexpr std::string_view kAltered =
-    "The signature of this package does not fit. It may have been altered. Use it all the same?";
 
 /// The header of the package just loaded, or its error.
 std::string DescribePackage() {
@@ -106,11 +102,6 @@ void Step3::ShowOpinions() {
   lblFit->setText(any ? qt::Show(mMarks->Say(lstFirmware->Selected())) : QString());
 }
 
-bool Step3::AcceptSignature() {
-  if (JudgeSignatureOf(SelectedPackage()).state != PackageSignature::State::DoesNotFit) return true;
-  return ui::MessageBox(kAltered, ui::Buttons::NoYes, ui::Icon::Critical) == ui::Answer::Yes;
-}
-
 void Step3::ListFirmware(const std::string& selectName) {
   lstFirmware->Empty();
   txtFirmware->Text({});
@@ -131,8 +122,8 @@ void Step3::lstFirmware_Click() {
   CWizard& wizard = gController->WizardHandle();
   const std::filesystem::path package = SelectedPackage();
   const std::filesystem::path note = NoteOf(package);
-  if (files::FileExists(note)) {
-    txtFirmware->TextNow(ReadNote(note));
+  if (const auto text = ReadNote(note)) {
+    txtFirmware->TextNow(*text);
   } else {
     wizard.Frozen(true);
     gQAL->LoadQALfile(package);
@@ -207,7 +198,7 @@ void Step3::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel)
   } else {
     wizard.Frozen(true);
     const std::filesystem::path judged = SelectedPackage();
-    cancel = !AcceptSignature() || !AcceptPackage();
+    cancel = !AcceptSignature(judged) || !AcceptPackage();
     wizard.Frozen(false);
     // Whatever came in between, only what was judged goes on.
     const bool same = lstFirmware->Selected() >= 0 && SelectedPackage() == judged;

@@ -1,6 +1,18 @@
 #include "platform/http.h"
 
+#include "platform/ui.h"
+
 namespace tarnwick::http {
+
+void Wait() {
+  if (const Waiting* const waiting = Seam<Waiting>::Used()) return waiting->pump();
+  ui::PumpPainting();
+}
+
+bool IsGivenUp() {
+  const Waiting* const waiting = Seam<Waiting>::Used();
+  return waiting != nullptr && waiting->isGivenUp();
+}
 
 bool Ready(std::string& cause) {
   if (ITransport* const transport = Seam<ITransport>::Used()) return transport->Ready(cause);

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "platform/text.h"
-#include "platform/ui.h"
 
 namespace tarnwick::http {
 namespace {
@@ -198,7 +197,8 @@ void CurlRequest::WaitForBody() {
     if (std::exchange(mHeard, false)) heard = Clock::now();
     if (Clock::now() - heard > mLimits.stall) return GiveUp(Failure::TooSlow, "nothing came for too long");
     mCurl.poll(mMulti, nullptr, 0, kSliceMilliseconds, nullptr);
-    ui::PumpPainting();
+    Wait();
+    if (IsGivenUp()) return GiveUp(Failure::GivenUp, "the user gave up");
   }
 }
 

@@ -122,7 +122,18 @@ std::vector<Behaviour> Behaviours() {
       {"sends a part", "HTTP/1.1 206 Part\r\nContent-Range: bytes 0-3/8\r\nContent-Length: 4\r\n\r\nabcd"},
       {"sends nothing, by status", "HTTP/1.1 204 No\r\n\r\n", ""},
       {"answers for another, as portals do", ok + "\r\n<html>Log in", "<html>Log in"},
-      {"answers for another at length", ok + "\r\n\r\n <!doctype HTML><p>", "\r\n <!doctype HTML><p>"},
+      {"answers at length", ok + "\r\n\r\n <!doctype HTML><p>", "\r\n <!doctype HTML><p>"},
+      {"answers with a mark", ok + "\r\n\xEF\xBB\xBF<!DOCTYPE html>", "\xEF\xBB\xBF<!DOCTYPE html>"},
+      {"answers in XML", ok + "\r\n<?xml version=\"1.0\"?><html/>", "<?xml version=\"1.0\"?><html/>"},
+      {"answers with a comment", ok + "\r\n<!-- sign in -->\n<html>", "<!-- sign in -->\n<html>"},
+      {"answers with a script", ok + "\r\n\n\n<script>top.location='/'</script>",
+       "\n\n<script>top.location='/'</script>"},
+      {"answers with a refresh", ok + "\r\n<META http-equiv=refresh>", "<META http-equiv=refresh>"},
+      {"answers in UTF-16", ok + "\r\n" + std::string("\xFE\xFF\0<\0h", 6), std::string("\xFE\xFF\0<\0h", 6)},
+      {"answers in WISPr", ok + "\r\n<WISPAccessGatewayParam>", "<WISPAccessGatewayParam>"},
+      {"wants a sign-in for the network", "HTTP/1.1 511 Network Authentication Required\r\n\r\n<html>"},
+      {"wants a sign-in for the proxy", "HTTP/1.1 407 No\r\nProxy-Authenticate: Basic realm=x\r\n\r\n<html>"},
+      {"cannot reach the site, as proxies say", "HTTP/1.1 504 Gateway Timeout\r\n\r\n<html>"},
       {"refuses by a page", ok + "\r\n<hTmL>uNAUTHORISED", "<hTmL>uNAUTHORISED"},
       {"refuses by a page, backwards", ok + "\r\nUnauthorised<HTML>", "Unauthorised<HTML>"},
       {"only looks as if it refused", ok + "\r\nUNAUTHORISED <HTM>", "UNAUTHORISED <HTM>"},
@@ -252,8 +263,12 @@ TEST_F(HttpTest, AServerThatDoesWhatNoneShouldGivesAllOrNothing) {
     record::Close();
     EXPECT_THAT(ReadFile(folder / "Tarnwick.log"), HasSubstr(behaviour.cause));
 
-    Ask(textBox, [&](HTTPClass& client) { answer = FetchText(client, "/"); });
-    EXPECT_TRUE(answer == (refused ? "" : content)) << answer.substr(0, 100);
+    Ask(page ? kNoConnection : textBox, [&](HTTPClass& client) {
+      answer = FetchText(client, "/");
+      EXPECT_EQ(client.LastAnswer() == AnswerKind::Good, !answer.empty());
+      EXPECT_TRUE(!page || client.LastAnswer() == AnswerKind::Page);
+    });
+    EXPECT_TRUE(answer == (refused || page ? "" : content)) << answer.substr(0, 100);
 
     WriteFile(folder / "a.qal", "old package");
     FileEntry entry{"a", "qal", "2005-03-01", 3, "new note\r\n", true, true};
@@ -262,6 +277,30 @@ TEST_F(HttpTest, AServerThatDoesWhatNoneShouldGivesAllOrNothing) {
         [&](HTTPClass& client) { EXPECT_EQ(DownloadPackage(client, folder.Path(), entry), comes); });
     EXPECT_TRUE(ReadFile(folder / "a.qal") == (comes ? content : "old package"));
     EXPECT_EQ(ReadFile(folder / "a.txt"), comes ? "new note\r\n" : "");
+  }
+}
+
+TEST_F(HttpTest, IsGivenUpAtAnyMoment) {
+  const std::string begin = "HTTP/1.1 200 OK\r\nContent-Length: 4000000\r\n\r\n", some(100'000, 'x');
+  const Behaviour behaviours[] = {{"says nothing", "", {}, {}, 10},
+                                  {"stalls in the content", begin + "abcd", {}, {}, 10},
+                                  {"trickles content", begin, {}, "x", 5},
+                                  {"sends without a break", begin, {}, some}};
+  const http::CurlTransport transport;
+  for (const Behaviour& behaviour : behaviours) {
+    SCOPED_TRACE(behaviour.name);
+    const Server server(behaviour);
+    const TempFolder folder;
+    FileEntry entry{"a", "qal", "2005-03-01", 3, "note\r\n", false, true};
+    int rounds = 0;
+    const auto round = [&rounds] { ++rounds; };
+    const InPlace<http::Waiting> waiting({round, [&rounds] { return rounds > 5; }});
+    Ask("", [&](HTTPClass& client) {
+      client.Progress = [&](std::int32_t) { round(); };
+      EXPECT_FALSE(DownloadPackage(client, folder.Path(), entry));
+      EXPECT_EQ(client.LastAnswer(), AnswerKind::GivenUp);
+    });
+    EXPECT_TRUE(fs::is_empty(folder.Path()) && !entry.Local);
   }
 }
 

@@ -7,6 +7,7 @@
 #include "firmware/PackageFolder.h"
 #include "firmware/QALclass.h"
 #include "firmware/QalLint.h"
+#include "platform/codepage.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "webupdate/PackageSignature.h"
@@ -22,15 +23,6 @@ constexpr const char* kVersions = "versions.txt";
 
 void AddFault(SitePlan& plan, const fs::path& file, const std::string& what) {
   plan.faults.push_back(file.string() + ": " + what);
-}
-
-/// The names of what lies in `folder`, in order.
-std::vector<std::string> NamesIn(const fs::path& folder) {
-  std::vector<std::string> names;
-  std::error_code missing;
-  for (const auto& entry : fs::directory_iterator(folder, missing)) names.push_back(entry.path().filename());
-  std::sort(names.begin(), names.end());
-  return names;
 }
 
 /// Lines that end in CR LF or in LF alone, blanks cut from both ends of each.
@@ -66,6 +58,22 @@ std::vector<std::string> HeaderLines(const QALclass& package) {
   return lines;
 }
 
+/// What the site says of a package: its note, else its header.
+std::vector<std::string> NoteLines(SitePlan& plan, const fs::path& note, const QALclass& package) {
+  if (!files::FileExists(note)) return HeaderLines(package);
+  const auto text = ReadNote(note);
+  if (!text) return AddFault(plan, note, "cannot be read"), std::vector<std::string>();
+  std::vector<std::string> lines = LinesOf(*text);
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    const bool high = std::any_of(lines[i].begin(), lines[i].end(), [](char c) { return (c & 0x80) != 0; });
+    if (high && text::IsUtf8(lines[i]))
+      AddFault(plan, note,
+               "line " + std::to_string(i + 1) +
+                   ": UTF-8, which owners would read as other letters; notes are in Windows-1252");
+  }
+  return lines;
+}
+
 void AddPackage(SitePlan& plan, const fs::path& file, char tag, const Signing& signing) {
   std::optional<std::string> content = files::ReadWhole(file);
   if (!content) return AddFault(plan, file, "cannot be read");
@@ -79,9 +87,8 @@ void AddPackage(SitePlan& plan, const fs::path& file, char tag, const Signing& s
     if (remark.Harmful) AddFault(plan, file, "line " + std::to_string(remark.Line) + ": " + remark.What);
   }
   if (signing.key) content = SignPackage(*content, *signing.key);
-  const fs::path note = NoteOf(file);
-  plan.files.push_back({file.filename(), *content, tag, PackageDate(package, file),
-                        files::FileExists(note) ? LinesOf(ReadNote(note)) : HeaderLines(package)});
+  plan.files.push_back(
+      {file.filename(), *content, tag, PackageDate(package, file), NoteLines(plan, NoteOf(file), package)});
 }
 
 /// The lines "NAME, VERSION" of the versions, by name.
@@ -105,6 +112,14 @@ bool IsVersion(std::string_view text) {
 }
 
 }  // namespace
+
+std::vector<std::string> NamesIn(const fs::path& folder) {
+  std::vector<std::string> names;
+  std::error_code missing;
+  for (const auto& entry : fs::directory_iterator(folder, missing)) names.push_back(entry.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
+}
 
 void AddPackages(SitePlan& plan, const fs::path& folder, char tag, const Signing& signing) {
   const std::vector<std::string> packages = PackagesIn(folder);

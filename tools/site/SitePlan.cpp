@@ -8,6 +8,7 @@
 #include "platform/files.h"
 #include "platform/http.h"
 #include "platform/text.h"
+#include "webupdate/Answer.h"
 #include "webupdate/Catalogue.h"
 #include "webupdate/HarmlessName.h"
 
@@ -36,11 +37,38 @@ void CheckFiles(SitePlan& plan) {
     }
     if (!taken.insert(text::Upper(file.name)).second) fault("the site has another file of this name");
     if (file.content.empty()) fault("empty");
+    const AnswerKind kind = file.tag == '$' ? AnswerKind::Good : JudgeContent(file.content);
+    if (kind == AnswerKind::Page || kind == AnswerKind::Refused)
+      fault("the program would take it for a web page");
     if (file.content.size() > http::kLargestAnswer) fault("the program takes no file of this size");
     for (const std::string& line : file.lines) {
       if (!line.empty() && kTags.find(line.front()) != std::string_view::npos) {
         fault("a line of the note begins with \"" + line.substr(0, 1) + "\", as a row of the catalogue does");
       }
+    }
+  }
+}
+
+/// Folders that are passed over are so by mistake: names differ in case alone, or a package lies outside.
+void CheckFolders(SitePlan& plan, const fs::path& source) {
+  for (const std::string& name : NamesIn(source)) {
+    if (name != kProgramSource && name != kPackageSources[0].folder && name != kPackageSources[1].folder)
+      plan.faults.push_back((source / name).string() +
+                            ": not one of MotorControllers, Accessories and Program, spelt so");
+  }
+}
+
+/// Notes that together make the program take the whole catalogue for a refusal.
+void CheckCatalogue(SitePlan& plan) {
+  if (JudgeContent(plan.catalogue) != AnswerKind::Refused) return;
+  for (const SiteFile& file : plan.files) {
+    for (std::size_t i = 0; i < file.lines.size(); ++i) {
+      const std::string line = text::Upper(file.lines[i]);
+      if (line.find("<HTML>") != line.npos || line.find("UNAUTHORISED") != line.npos)
+        plan.faults.push_back(
+            file.name + ": line " + std::to_string(i + 1) +
+            " of its note: with \"<HTML>\" and \"unauthorised\" in it, the program would take "
+            "the catalogue for a refusal");
     }
   }
 }
@@ -107,9 +135,11 @@ SitePlan MakePlan(const fs::path& source, const Signing& signing) {
   if (!plan.files.empty() && plan.faults.empty()) release = SignRelease(plan, signing);
   for (const PackageSource& each : kPackageSources)
     AddPackages(plan, source / each.folder, each.tag, signing);
+  CheckFolders(plan, source);
   CheckFiles(plan);
   if (plan.files.empty()) plan.faults.push_back(source.string() + ": nothing to publish");
   plan.catalogue = release + CatalogueText(plan.files);
+  CheckCatalogue(plan);
   if (plan.faults.empty()) ReadBack(plan);
   return plan;
 }

@@ -39,12 +39,13 @@ std::string_view HeadOf(std::string_view text) {
 FileEntry LocalEntry(const fs::path& package, std::string name) {
   FileEntry entry;
   entry.Name = std::move(name);
+  entry.LocalFile = package.filename();
   entry.Local = true;
   std::error_code gone;
   const std::uintmax_t size = fs::file_size(package, gone);
   if (!gone) entry.Size = text::ToInt32(static_cast<double>(size));
   if (const auto time = files::LastModified(package)) entry.Date = DateText(*time);
-  entry.Description = ReadNote(NoteOf(package));
+  entry.Description = ReadNote(NoteOf(package)).value_or("");
   return entry;
 }
 
@@ -54,7 +55,7 @@ void Catalogue::Load(std::string_view text, std::int32_t deviceClass) {
   mFiles.clear();
   mPrograms.clear();
   mHead.clear();
-  mSkip = false;
+  mSkip = mCut = false;
   if (text.size() > kLongestText) return;
   mHead = HeadOf(text);
   const char ownTag = TagOf(deviceClass);
@@ -90,7 +91,9 @@ void Catalogue::TakeProgram(std::string_view line) {
 
 void Catalogue::TakePackage(std::string_view line) {
   const auto row = ReadCatalogueRow(line);
-  if (!row || row->name.size() <= kExtension || FileCount() == kMostEntries) return;
+  if (!row || row->name.size() <= kExtension) return;
+  mCut = mCut || FileCount() == kMostEntries;
+  if (mCut) return;
   const std::string_view ext = row->name.substr(row->name.size() - kExtension + 1);
   // A package and its note may not be one and the same file.
   if (text::EqualNoCase(ext, kNoteEnding.substr(1))) return;
@@ -109,13 +112,16 @@ void Catalogue::TakePackage(std::string_view line) {
 void Catalogue::MergeLocalFiles(const fs::path& folder) {
   std::unordered_map<std::string, std::size_t> known;  // by name in upper case; of equal ones the first
   for (std::size_t i = 0; i < mFiles.size(); ++i) known.emplace(text::Upper(mFiles[i].Name), i);
-  for (const std::string& package : PackagesIn(folder)) {
-    std::string name = PackageStem(package);
-    const auto [found, added] = known.emplace(text::Upper(name), mFiles.size());
-    if (added) {
-      mFiles.push_back(LocalEntry(folder / package, std::move(name)));
+  for (std::string package : PackagesIn(folder)) {
+    const auto found = known.find(text::Upper(PackageStem(package)));
+    FileEntry* const entry = found == known.end() ? nullptr : &mFiles[found->second];
+    if (entry != nullptr && entry->Local && package == FileNameOf(*entry))
+      std::swap(package, entry->LocalFile);
+    if (entry == nullptr || entry->Local) {
+      mFiles.push_back(LocalEntry(folder / package, PackageStem(package)));
     } else {
-      mFiles[found->second].Local = true;
+      entry->Local = true;
+      entry->LocalFile = std::move(package);
     }
   }
 }

@@ -35,22 +35,6 @@ std::u16string Widen(std::string_view text) {
   return wide;
 }
 
-char AsciiUpper(char c) {
-  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-/// True when `text` holds `word`, which is in upper case, in any case. Copies nothing: answers are large.
-bool Holds(std::string_view text, std::string_view word) {
-  const auto same = [](char a, char b) { return AsciiUpper(a) == b; };
-  return std::search(text.begin(), text.end(), word.begin(), word.end(), same) != text.end();
-}
-
-bool IsRefusal(std::string_view answer) {
-  // The first question is the fast one, and packages answer it.
-  return answer.find('<') != std::string_view::npos && Holds(answer, "<HTML>") &&
-         Holds(answer, "UNAUTHORISED");
-}
-
 /// A part of a content that nobody asked a part of is no content either.
 bool IsContent(std::int32_t status) {
   return status >= 200 && status < 300 && status != 206;
@@ -125,12 +109,24 @@ std::string HTTPClass::SendRequest(std::string file, std::string& method, const 
   DebugLog("SendRequest: " + file);
   std::string answer = Ask(file, method, reload, Kind::Text);
   if (DebugEnabled()) DebugLog("SendRequest Response: " + answer);
-  if (IsRefusal(answer)) {
+  if (JudgeContent(answer) == AnswerKind::Refused) {
     record::Failure("fetching " + mServer->name + file, "refused: a page that says so");
+    mLast = AnswerKind::Refused;
     ui::MessageBox(kRefused);
     answer.clear();
   }
   return answer;
+}
+
+std::string HTTPClass::SendRequestFile(const std::string& file) {
+  std::string method = "GET";
+  std::string answer = SendRequest(file, method, {}, true);
+  if (mLast != AnswerKind::Good) return {};
+  mLast = JudgeContent(answer);
+  if (mLast != AnswerKind::Page) return answer;
+  record::Failure("fetching " + mServer->name + file, "a web page came in its place");
+  TellNoConnection();
+  return {};
 }
 
 std::string HTTPClass::SendRequestBinary(std::string file, std::string& method, const std::string&,
@@ -144,6 +140,7 @@ std::string HTTPClass::Ask(std::string file, std::string& method, bool reload, K
   const std::string form = BuildFormData();
   const bool post = method == "POST";
   if (!form.empty() && !post) file += "?" + form;
+  mLast = AnswerKind::None;
   if (!mServer) return {};
   const std::string what = "fetching " + mServer->name + file;
   const std::unique_ptr<http::IRequest> request = http::OpenRequest(*mServer, method, file, reload);
@@ -155,7 +152,9 @@ std::string HTTPClass::Ask(std::string file, std::string& method, bool reload, K
   const bool sent =
       request->Send(withForm ? kFormHeader : std::string_view(), withForm ? form : std::string());
   if (sent && IsContent(request->Status())) return Answer(*request, kind, what);
+  mLast = sent ? JudgeStatus(request->Status()) : JudgeFailure(request->WhyNot());
   record::Failure(what, sent ? CauseText(request->Status()) : CauseText(request->WhyNot()));
+  if (mLast == AnswerKind::GivenUp) return {};
   if (kind == Kind::Text) ui::PumpEvents();
   const bool refused = sent && (request->Status() == 401 || request->Status() == 403);
   ui::MessageBox(refused && kind == Kind::Text ? kRefused : kNoConnection);
@@ -167,9 +166,13 @@ std::string HTTPClass::Answer(http::IRequest& request, Kind kind, const std::str
   bool whole = false;
   // Where memory runs out, the answer broke off.
   Contain([&] { whole = Receive(request, answer, kind); });
-  if (whole) return answer;
-  record::Failure(what, CauseText(request.WhyNot()));
-  TellNoConnection();
+  mLast = AnswerKind::Good;
+  if (whole && !http::IsGivenUp()) return answer;
+  const http::Cause cause =
+      http::IsGivenUp() ? http::Cause{http::Failure::GivenUp, ""} : request.WhyNot();
+  mLast = JudgeFailure(cause);
+  record::Failure(what, CauseText(cause));
+  if (mLast != AnswerKind::GivenUp) TellNoConnection();
   return {};
 }
 
@@ -187,7 +190,7 @@ bool HTTPClass::Receive(http::IRequest& request, std::string& answer, Kind kind)
   bool good = request.Read(piece, count);
   while (good && count != 0) {
     answer.append(piece.data(), count);
-    good = request.Read(piece, count);
+    good = !http::IsGivenUp() && request.Read(piece, count);
     Report(answer, kind);
   }
   Report(answer, kind);

@@ -21,6 +21,8 @@ const char* NameOf(http::Failure failure) {
       return "too large";
     case http::Failure::Packed:
       return "packed";
+    case http::Failure::GivenUp:
+      return "given up";
     case http::Failure::Other:
       break;
   }

@@ -8,6 +8,7 @@
 #include "platform/http.h"
 #include "platform/program.h"
 #include "platform/text.h"
+#include "platform/ui.h"
 
 namespace tarnwick {
 namespace {
@@ -17,6 +18,8 @@ using State = PackageSignature::State;
 
 constexpr std::string_view kBuiltInName = "Halcyrion";
 constexpr std::string_view kKeyEnding = ".pub";
+constexpr std::string_view kAltered =
+    "The signature of this package does not fit. It may have been altered. Use it all the same?";
 constexpr std::uintmax_t kLongestKeyFile = 1000;
 constexpr std::size_t kLongestName = 60;
 /// Stands in front of what is signed, so that no signature of a package is one of anything else.
@@ -75,6 +78,11 @@ PackageSignature JudgeSignature(std::string_view package, const std::vector<Pack
 PackageSignature JudgeSignatureOf(const fs::path& path) {
   const auto package = files::ReadWhole(path, http::kLargestAnswer);
   return package ? JudgeSignature(*package, PackageSigners()) : PackageSignature();
+}
+
+bool AcceptSignature(const fs::path& path) {
+  if (JudgeSignatureOf(path).state != State::DoesNotFit) return true;
+  return ui::MessageBox(kAltered, ui::Buttons::NoYes, ui::Icon::Critical) == ui::Answer::Yes;
 }
 
 std::string SignPackage(std::string_view package, const SecretKey& key) {

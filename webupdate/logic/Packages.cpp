@@ -27,13 +27,11 @@ void TellFailure(const std::string& what, const std::string& file, const std::er
   ui::MessageBox(what + file + "\r\n" + error.message());
 }
 
-/// True for a page, with which some networks answer in place of the site until the user has logged in.
-bool IsPage(std::string_view content) {
-  content.remove_prefix(std::min(content.find_first_not_of(" \t\r\n"), content.size()));
-  const auto begins = [content](std::string_view tag) {
-    return text::EqualNoCase(content.substr(0, tag.size()), tag);
-  };
-  return begins("<!DOCTYPE HTML") || begins("<HTML");
+/// Whether a package of the folder has that note.
+bool HasOwner(const fs::path& folder, const fs::path& note) {
+  const auto packages = PackagesIn(folder);
+  return std::any_of(packages.begin(), packages.end(),
+                     [&](const std::string& package) { return NoteOf(folder / package) == note; });
 }
 
 }  // namespace
@@ -58,6 +56,7 @@ std::error_code SavePackage(const fs::path& folder, FileEntry& entry, std::strin
   const std::error_code error = package.Commit();
   if (!error) {
     entry.Local = true;
+    entry.LocalFile = FileNameOf(entry);
   } else if (oldNote) {
     files::Replace(notePath, *oldNote);
   } else {
@@ -70,11 +69,6 @@ bool DownloadPackage(HTTPClass& http, const fs::path& folder, FileEntry& entry) 
   if (!OpenSite(http)) return false;
   const std::string content = FetchText(http, SitePath(FileNameOf(entry)));
   if (content.empty()) return false;
-  if (IsPage(content)) {
-    record::Failure("fetching " + FileNameOf(entry), "a web page came in its place");
-    HTTPClass::TellNoConnection();
-    return false;
-  }
   if (JudgeSignature(content, PackageSigners()).state == PackageSignature::State::DoesNotFit) {
     record::Failure("fetching " + FileNameOf(entry), "its signature does not fit");
     ui::MessageBox(kAltered, ui::Buttons::Ok, ui::Icon::Critical);
@@ -86,19 +80,19 @@ bool DownloadPackage(HTTPClass& http, const fs::path& folder, FileEntry& entry) 
 }
 
 bool RemovePackage(const fs::path& folder, FileEntry& entry) {
-  const fs::path package = FindPackage(folder, entry.Name);
-  if (package.empty()) return false;
+  const fs::path package = folder / entry.LocalFile;
+  if (entry.LocalFile.empty() || !files::FileExists(package)) return false;
   const fs::path note = NoteOf(package);
   if (const std::error_code error = files::Remove(package)) {
     TellFailure("Unable to delete the file ", package.filename().string(), error);
     return false;
   }
-  if (files::FileExists(note)) {
-    if (const std::error_code error = files::Remove(note)) {
-      TellFailure("Unable to delete the file ", note.filename().string(), error);
-    }
+  entry.Local = false;
+  entry.LocalFile.clear();
+  if (!files::FileExists(note) || HasOwner(folder, note)) return true;
+  if (const std::error_code error = files::Remove(note)) {
+    TellFailure("Unable to delete the file ", note.filename().string(), error);
   }
-  entry.Local = !FindPackage(folder, entry.Name).empty();
   return true;
 }
 

@@ -23,8 +23,7 @@ std::string SitePath(std::string_view name) {
 }
 
 std::string FetchText(HTTPClass& http, const std::string& path) {
-  std::string method = "GET";
-  return http.SendRequest(path, method, {}, true);
+  return http.SendRequestFile(path);
 }
 
 }  // namespace tarnwick

@@ -1,4 +1,5 @@
 // The window's part in the program's own renewal.
+#include "GivingUp.h"
 #include "platform/program.h"
 #include "platform/qt/QtText.h"
 #include "platform/ui.h"
@@ -25,7 +26,9 @@ bool frmWebUpdate::OfferNewProgram() {
   repaint();
   ui::PumpEvents();
   WhyNot why;
+  BeginGivingUp();
   const bool installed = InstallNewProgram(why);
+  EndGivingUp();
   mTransfer = false;
   if (installed) return true;
   // A window that was opened while the question was on view is told as one that was open before.

@@ -45,6 +45,10 @@ void frmWebUpdate::MakeControls() {
   cmdDownload = MakeButton(this, "cmdDownload", "Download", [this] { cmdDownload_Click(); });
   cmdRemove = MakeButton(this, "cmdRemove", "Remove", [this] { cmdRemove_Click(); });
   cmdDone = MakeButton(this, "cmdDone", "Done", [this] { cmdDone_Click(); });
+  cmdCancel = MakeButton(this, "cmdCancel", "Cancel", [this] { reject(); });
+  cmdCancel->hide();
+  lblAnswer = MakeWrappedLabel(this, "lblAnswer");
+  lblAnswer->hide();
   connect(new QShortcut(Qt::Key_F1, this), &QShortcut::activated, cmdHelp, &QPushButton::click);
   LayOutControls();
   OrderControls();
@@ -53,7 +57,7 @@ void frmWebUpdate::MakeControls() {
 void frmWebUpdate::LayOutControls() {
   auto* const buttons = new QVBoxLayout;
   buttons->setSpacing(Pixels(6));
-  for (QPushButton* const button : {cmdHelp, cmdDownload, cmdRemove, cmdDone}) {
+  for (QPushButton* const button : {cmdHelp, cmdDownload, cmdRemove, cmdDone, cmdCancel}) {
     button->setFixedSize(Pixels(kButtonWidth), Pixels(24));
     buttons->addWidget(button);
   }
@@ -64,9 +68,10 @@ void frmWebUpdate::LayOutControls() {
   grid->addWidget(Framed(this, "Frame1", Grid), 0, 0);
   grid->addLayout(buttons, 0, 1);
   grid->addWidget(mBar, 1, 0);
-  grid->addWidget(Framed(this, "Frame2", txtDescription), 2, 0, 1, 2);
+  grid->addWidget(lblAnswer, 2, 0, 1, 2);
+  grid->addWidget(Framed(this, "Frame2", txtDescription), 3, 0, 1, 2);
   grid->setRowStretch(0, 5);
-  grid->setRowStretch(2, 3);
+  grid->setRowStretch(3, 3);
   setFixedSize(Pixels(kWidth), Pixels(kHeight));
 }
 
@@ -75,7 +80,8 @@ void frmWebUpdate::OrderControls() {
   setTabOrder(cmdHelp, cmdDownload);
   setTabOrder(cmdDownload, cmdRemove);
   setTabOrder(cmdRemove, cmdDone);
-  setTabOrder(cmdDone, txtDescription);
+  setTabOrder(cmdDone, cmdCancel);
+  setTabOrder(cmdCancel, txtDescription);
   Grid->setFocus();
 }
 

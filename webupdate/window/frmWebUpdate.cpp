@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "GivingUp.h"
 #include "PackageGrid.h"
 #include "link/Devices.h"
 #include "platform/contain.h"
@@ -24,6 +25,9 @@ constexpr std::string_view kRemoveQuestion = "Are you sure you want to Remove th
 constexpr std::string_view kGoneOnline =
     "Warning: This firmware is no longer available online.\r\n"
     "If you remove it, you will not be able re-download it.\r\n\r\n";
+
+constexpr std::string_view kCut =
+    "The site lists more than 100,000 packages: those behind them are not shown.";
 
 std::string Title() {
   if (gURL == gDefaultURL) return "Web Updates";
@@ -59,6 +63,7 @@ bool frmWebUpdate::Form_Load() {
     mCatalogue.SortFiles();
     FillGrid();
   });
+  if (mCatalogue.IsCut()) ShowAnswer(std::string(kCut));
   Loading = false;
   ui::PumpEvents();
   return !OfferNewProgram();
@@ -71,9 +76,27 @@ void frmWebUpdate::NewHTTP() {
 
 void frmWebUpdate::Transfer(const std::function<void()>& work) {
   setCursor(Qt::WaitCursor);
+  BeginGivingUp();
   Contain(work);
+  EndGivingUp();
+  if (HTTP) ShowAnswer(AnswerLine(HTTP->LastAnswer()));
   HTTP.reset();
   unsetCursor();
+}
+
+void frmWebUpdate::BeginGivingUp() {
+  mGivingUp = std::make_unique<GivingUp>(*this);
+  cmdCancel->show();
+}
+
+void frmWebUpdate::EndGivingUp() {
+  cmdCancel->hide();
+  mGivingUp.reset();
+}
+
+void frmWebUpdate::ShowAnswer(const std::string& line) {
+  lblAnswer->setText(qt::Show(line));
+  lblAnswer->setVisible(!line.empty());
 }
 
 void frmWebUpdate::LoadCatalogue() {
@@ -177,6 +200,7 @@ void frmWebUpdate::Form_Unload() {
 }
 
 void frmWebUpdate::reject() {
+  if (mGivingUp) return mGivingUp->GiveUp();
   if (cmdDone->isEnabled()) cmdDone_Click();
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,7 +27,7 @@ std::filesystem::path FindPackage(const std::filesystem::path& folder, const std
 /// The note that belongs to a package, there or not. The package must have an extension.
 std::filesystem::path NoteOf(const std::filesystem::path& package);
 
-/// The lines of a note, each ended by CR LF. Empty when the note cannot be read.
-std::string ReadNote(const std::filesystem::path& note);
+/// The lines of a note, each ended by CR LF. None where there is no note, or it cannot be read.
+std::optional<std::string> ReadNote(const std::filesystem::path& note);
 
 }  // namespace tarnwick

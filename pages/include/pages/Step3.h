@@ -39,8 +39,6 @@ class Step3 final : public PageWindow {
   std::filesystem::path PackageOf(int row) const;
   /// The two lines under the list: who signed the selected package, and whether it fits the mount.
   void ShowOpinions();
-  /// Whether the selected package may be used as far as its signature goes. Asks where that does not fit.
-  bool AcceptSignature();
   /// Loads the selected package and holds it against the devices. False after a message.
   bool AcceptPackage();
   void LayOutControls();

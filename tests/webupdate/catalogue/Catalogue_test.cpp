@@ -71,9 +71,13 @@ TEST(Catalogue, ReadsWhatItBelieves) {
     EXPECT_EQ(Listed(catalogue), each.listed) << each.text.substr(0, 60);
   }
   std::string many;
-  while (many.size() < Catalogue::kLongestText - 20) many += "@abcde,,\r\n";
-  catalogue.Load(many, 0);
-  EXPECT_EQ(catalogue.FileCount(), Catalogue::kMostEntries);
+  for (std::int32_t i = 0; i < Catalogue::kMostEntries; ++i) many += "@abcde,,\r\n";
+  for (const bool cut : {false, true}) {
+    catalogue.Load(many, 0);
+    EXPECT_EQ(catalogue.FileCount(), Catalogue::kMostEntries);
+    EXPECT_EQ(catalogue.IsCut(), cut);
+    many += "@abcde,,\r\nlost\r\n";
+  }
 }
 
 TEST(HarmlessName, IsOneComponentOnAnySystem) {
@@ -125,6 +129,36 @@ TEST(Touch, ShowsItsDateInEveryTimeZone) {
     EXPECT_FALSE(ReadDate(none)) << none;
 }
 
+TEST(Packages, RemovalTakesTheFileOfTheRowAndNoOther) {
+  const TempFolder folder;
+  const UserDouble user;
+  const Files all{{"ALPHA.qal", "1"}, {"Alpha.qal", "2"}, {"Alpha.QAL", "3"},
+                  {"Alpha.txt", "n"}, {"alpha.qal", "4"}, {"Alpha.qal.new", "own"}};
+  const auto found = [&] {
+    Files files;
+    for (const auto& file : fs::directory_iterator(folder.Path()))
+      files[file.path().filename()] = ReadFile(file.path());
+    return files;
+  };
+  for (const auto& [name, content] : all) WriteFile(folder / name, content);
+  Catalogue catalogue;
+  catalogue.Load("@Alpha.qal,2020-01-01,1", 0);
+  catalogue.MergeLocalFiles(folder.Path());
+  ASSERT_EQ(catalogue.FileCount(), 4);
+  EXPECT_EQ(catalogue.Files(1).LocalFile, "Alpha.qal") << "The one that is spelt so.";
+  Files left = all;
+  for (std::int32_t row = 1; row <= 4; ++row) {
+    FileEntry& entry = catalogue.Files(row);
+    const std::string file = entry.LocalFile;
+    EXPECT_TRUE(RemovePackage(folder.Path(), entry));
+    EXPECT_FALSE(entry.Local || RemovePackage(folder.Path(), entry));
+    left.erase(file);
+    if (!left.contains("Alpha.qal") && !left.contains("Alpha.QAL")) left.erase("Alpha.txt");
+    EXPECT_EQ(found(), left) << file;
+  }
+  EXPECT_EQ(left, (Files{{"Alpha.qal.new", "own"}}));
+}
+
 const Files kOld{{"a.qal", "old package"}, {"a.txt", "old note"}};
 const Files kOldNote{{"a.txt", "old note"}};
 const Files kNew{{"a.qal", "new package"}, {"a.txt", "new note\r\n"}};
@@ -137,6 +171,7 @@ class PackagesTest : public testing::Test {
     fs::create_directory(home);
     for (const auto& [name, content] : before) WriteFile(home / name, content);
     entry = {"a", "qal", "2005-03-01", 3, "new note\r\n", before.contains("a.qal"), true};
+    if (entry.Local) entry.LocalFile = "a.qal";
     user.boxes.clear();
   }
   Files Found() const {
@@ -220,6 +255,7 @@ TEST_F(PackagesTest, RemovalLeavesTheListTrue) {
                 std::vector(left.empty() ? 0 : 1, begin + (left == kOld ? "a.qal" : "a.txt") + end));
     }
     entry.Local = true;
+    entry.LocalFile = "a.qal";
     EXPECT_EQ(RemovePackage(home, entry), left.contains("a.qal"));
     EXPECT_FALSE(Found().contains("a.qal"));
   };

@@ -118,9 +118,7 @@ TEST_F(WebUpdateTest, TransferIsLeftAloneUntilItEnds) {
     during = true;
     EXPECT_EQ(State(), "000100%|About Alpha\n");
     Choose(2);
-    QTest::keyClick(&*web, Qt::Key_Escape);
-    web->close();
-    EXPECT_TRUE(web->isVisible());
+    EXPECT_TRUE(web->isVisible() && On("cmdCancel").isVisible());
     EXPECT_EQ(State(), "000100%|About bravo\n");
   };
   Press("cmdDownload");
@@ -131,6 +129,47 @@ TEST_F(WebUpdateTest, TransferIsLeftAloneUntilItEnds) {
   Press("cmdDownload");
   EXPECT_EQ(State(), "101|") << "Not on the site.";
   EXPECT_EQ(Said().size(), 1U);
+  EXPECT_EQ(On<QLabel>("lblAnswer").text(), "The site does not have the file.");
+}
+
+TEST_F(WebUpdateTest, TransferIsGivenUpByButtonKeyOrCloseBox) {
+  Open();
+  Choose(1);
+  const std::function<void()> ways[] = {
+      [&] { Press("cmdCancel"); }, [&] { QTest::keyClick(&*web, Qt::Key_Escape); }, [&] { web->close(); }};
+  for (const auto& giveUp : ways) {
+    onPump = [&] {
+      if (On("cmdCancel").isVisible()) giveUp();
+    };
+    Press("cmdDownload");
+    onPump = {};
+    EXPECT_TRUE(web->isVisible() && !On("cmdCancel").isVisible());
+    EXPECT_EQ(On<QLabel>("lblAnswer").text(), "Given up.");
+    EXPECT_TRUE(State().starts_with("101")) << State();
+    EXPECT_FALSE(std::filesystem::exists(Folder() / "Alpha.QAL"));
+  }
+  EXPECT_THAT(Said(), testing::IsEmpty());
+}
+
+TEST_F(WebUpdateTest, ASmallWindowGivesUpWhatIsAskedBeforeTheWindowIsThere) {
+  QWidget owner;
+  owner.show();
+  web.emplace(&owner);
+  site.waits = [] { return true; };
+  bool seen = false;
+  onPump = [&] {
+    auto* const box = owner.findChild<QDialog*>(QStringLiteral("frmWaiting"));
+    if (box == nullptr || seen) return;
+    seen = true;
+    QTest::keyClick(box, Qt::Key_Escape);
+  };
+  Open();
+  onPump = {};
+  EXPECT_TRUE(seen);
+  EXPECT_EQ(Rows().size(), 2U) << "The local list.";
+  EXPECT_EQ(On<QLabel>("lblAnswer").text(), "Given up.");
+  EXPECT_THAT(Said(), testing::IsEmpty());
+  web.reset();
 }
 
 TEST_F(WebUpdateTest, RemovesAfterAQuestion) {

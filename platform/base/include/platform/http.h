@@ -1,10 +1,12 @@
 // The HTTP transport: one request at a time to one server, answered piece by piece.
 //
-// The calls block, yet the window goes on painting while they wait (`ui::PumpPainting`); what the user
-// does meanwhile stays pending until the caller pumps. Text is bytes, handed on unchanged.
+// The calls block, yet the window goes on painting while they wait; what the user does meanwhile stays
+// pending until the caller pumps, unless that has put a `Waiting` in place. Text is bytes, handed on
+// unchanged.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -37,6 +39,7 @@ enum class Failure {
   BrokenOff,     ///< The answer, or the line, ended too early.
   TooLarge,      ///< A limit of size was hit.
   Packed,        ///< The answer is compressed, though nobody asked for that.
+  GivenUp,       ///< By the user.
   Other,         ///< Anything else; the words say what.
 };
 
@@ -82,6 +85,17 @@ class ITransport {
   virtual std::unique_ptr<IRequest> OpenRequest(const Server& server, const std::string& method,
                                                 const std::string& path, bool reload) = 0;
 };
+
+/// What is done while a transport waits, and whether the user has given up, for a caller that lets the user.
+struct Waiting {
+  std::function<void()> pump;
+  std::function<bool()> isGivenUp;
+};
+
+/// What a transport does again and again while it waits: what `Seam<Waiting>` has, else windows are painted.
+void Wait();
+/// Whether the user has given up what is being fetched.
+bool IsGivenUp();
 
 /// Whether requests can be made by the transport that `Seam<ITransport>` has; where not, `cause` says why.
 bool Ready(std::string& cause);

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/http.h"
+
 namespace tarnwick {
 
 /// One firmware package. It is in the folder, in the catalogue, or both.
@@ -21,6 +23,7 @@ struct FileEntry {
   std::string Description;  ///< Lines, each ended by CR LF.
   bool Local = false;
   bool Remote = false;
+  std::string LocalFile = {};  ///< The file's own name in the folder; empty when not there.
 };
 
 /// One file of the program.
@@ -36,17 +39,22 @@ class Catalogue {
  public:
   /// A longer text is no catalogue, a longer line of it no line, and what goes beyond that many entries
   /// is left out. Bytes, bytes, entries.
-  static constexpr std::size_t kLongestText = 8u << 20;
+  static constexpr std::size_t kLongestText = http::kLargestAnswer;
   static constexpr std::size_t kLongestLine = 1u << 20;
-  static constexpr std::int32_t kMostEntries = 50'000;
+  static constexpr std::int32_t kMostEntries = 100'000;
 
   /// Drops all entries and takes those that `text` has for the class of device. A class other than 0 or 1
   /// has no packages.
   void Load(std::string_view text, std::int32_t deviceClass);
-  /// Adds the packages of `folder`, with their notes where the catalogue does not know them.
+  /// Adds the packages of `folder`, with their notes where the catalogue does not know them. One whose name
+  /// differs in case alone is that of the catalogue; of several the one that is spelt so, and each other one
+  /// has a row of its own.
   void MergeLocalFiles(const std::filesystem::path& folder);
   /// Orders the packages by name, ascending by character code.
   void SortFiles();
+
+  /// Whether packages were left out for their number.
+  bool IsCut() const { return mCut; }
 
   /// What stands above the first row of a package, lines of a release among it.
   const std::string& Head() const { return mHead; }
@@ -72,6 +80,7 @@ class Catalogue {
   std::vector<FileEntry> mFiles;
   std::vector<ProgramEntry> mPrograms;
   std::string mHead;
+  bool mCut = false;
   bool mSkip = false;  ///< The last package of the text was not taken, so neither are the lines below it.
 };
 

@@ -2,8 +2,8 @@
 //
 // It talks to the user itself: where there is no answer it shows why, and its caller gets nothing. An
 // answer with a failure status, one that broke off and one over the limits of the transport
-// (platform/http.h) are no answer. While a request runs, events are pumped: whoever starts one has
-// locked out what must not start beside it.
+// (platform/http.h) are no answer. What the user gives up is told by no box. While a request runs, events are
+// pumped: whoever starts one has locked out what must not start beside it.
 #pragma once
 
 #include <cstdint>
@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "platform/http.h"
+#include "webupdate/Answer.h"
 
 namespace tarnwick {
 
@@ -51,6 +52,13 @@ class HTTPClass {
   std::string SendRequestBinary(std::string file, std::string& method, const std::string& referer = {},
                                 bool reload = false);
 
+  /// Asks for a file of the site, which must answer itself. A web page in its place is told as a site that
+  /// cannot be reached, and gives nothing.
+  std::string SendRequestFile(const std::string& file);
+
+  /// What the last request brought.
+  AnswerKind LastAnswer() const { return mLast; }
+
   /// Tells the user that the site cannot be reached, as a request does that gets no answer.
   static void TellNoConnection();
 
@@ -71,6 +79,7 @@ class HTTPClass {
 
   std::optional<http::Server> mServer;  ///< None while nothing is open.
   std::vector<Field> mFields;
+  AnswerKind mLast = AnswerKind::None;
 };
 
 }  // namespace tarnwick

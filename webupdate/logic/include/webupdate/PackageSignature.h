@@ -38,6 +38,10 @@ PackageSignature JudgeSignature(std::string_view package, const std::vector<Pack
 /// Takes the file at `path`. One that cannot be read, or is larger than any answer of the site, has none.
 PackageSignature JudgeSignatureOf(const std::filesystem::path& path);
 
+/// Whether the file at `path` may be used as far as its signature goes: asks the user where that does not
+/// fit.
+bool AcceptSignature(const std::filesystem::path& path);
+
 /// `package` with a signature of its content in place of any that it had. Empty where the content does not
 /// end in a line end, so that it could not be told from the signature.
 std::string SignPackage(std::string_view package, const SecretKey& key);

@@ -25,9 +25,8 @@ std::error_code SavePackage(const std::filesystem::path& folder, FileEntry& entr
 /// folder; false after a message, and without one where no session opens or the answer is empty.
 bool DownloadPackage(HTTPClass& http, const std::filesystem::path& folder, FileEntry& entry);
 
-/// Deletes the package of `entry`, whatever the case of its name there, and the note beside it. True when
-/// the package has gone; what could not be deleted is told. The entry says afterwards whether a package of
-/// that name is still there.
+/// Deletes the very file of `entry`, and the note beside it where no other package has it. True when the
+/// package has gone; what could not be deleted is told.
 bool RemovePackage(const std::filesystem::path& folder, FileEntry& entry);
 
 }  // namespace tarnwick

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QLabel>
 #include <QPushButton>
 #include <cstdint>
 #include <functional>
@@ -15,6 +16,7 @@
 
 namespace tarnwick {
 
+class GivingUp;
 class HTTPClass;
 class PackageGrid;
 class ProgressBar;
@@ -22,8 +24,9 @@ class TextBox;
 
 /// Reads the site's parts and the firmware folder of the settings, and the chosen class of device.
 ///
-/// Each opening fetches the catalogue anew. While something is being transferred the window cannot be
-/// closed, and its owner, which it blocks once it is shown, has to be locked by the caller until then.
+/// Each opening fetches the catalogue anew. While something is being transferred, which the user can give up,
+/// the window cannot be closed, and its owner, which it blocks once it is shown, has to be locked by the
+/// caller until then.
 class frmWebUpdate final : public QDialog {
  public:
   explicit frmWebUpdate(QWidget* owner);
@@ -39,7 +42,7 @@ class frmWebUpdate final : public QDialog {
   /// Loads the lists and offers a newer program, which talks to the site and to the user. `ShowModal` begins
   /// with it. False when the program is to end for a newer one: then nothing more is done with this window.
   bool Form_Load();
-  /// The close box and Escape are the Done button, which is dead while something runs.
+  /// The close box and Escape are the Done button, and give up what is being fetched.
   void reject() override;
 
  private:
@@ -64,6 +67,10 @@ class frmWebUpdate final : public QDialog {
   void NewHTTP();
   /// Runs `work` as one transfer, with the pointer that says so.
   void Transfer(const std::function<void()>& work);
+  /// From here to `EndGivingUp` the user can give up.
+  void BeginGivingUp();
+  void EndGivingUp();
+  void ShowAnswer(const std::string& line);
   /// Takes the row's package off the folder, and off the list where the site does not have it either.
   void RemoveRow(std::int32_t row);
   /// Which buttons are live for the current row, and which of them Enter presses.
@@ -75,6 +82,7 @@ class frmWebUpdate final : public QDialog {
   bool Loading = false;           ///< The lists are being made; the grid is not listened to.
   bool mTransfer = false;         ///< A file is being fetched: buttons and `ExpectedSize` are its own.
   std::unique_ptr<HTTPClass> HTTP;
+  std::unique_ptr<GivingUp> mGivingUp;  ///< While something is being fetched.
   std::string mFirmwareText;
 
   PackageGrid* Grid = nullptr;
@@ -84,6 +92,8 @@ class frmWebUpdate final : public QDialog {
   QPushButton* cmdDownload = nullptr;
   QPushButton* cmdRemove = nullptr;
   QPushButton* cmdDone = nullptr;
+  QPushButton* cmdCancel = nullptr;  ///< On view while something is being fetched.
+  QLabel* lblAnswer = nullptr;       ///< What the last answer of the site was, where it was not good.
 };
 
 }  // namespace tarnwick
