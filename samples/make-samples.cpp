@@ -38,6 +38,9 @@ struct Sample {
   bool site = false;      ///< The update site has it.
 };
 
+/// Stands in comments and notes: no real motor could run one of these images.
+constexpr std::string_view kOnly = "Simulated mount only";
+
 const std::vector<std::string> kBothMotors = {"AZM MOTOR, 16", "ALT MOTOR, 17"};
 
 const std::vector<Sample> kSamples = {
@@ -147,7 +150,7 @@ std::string PackageOf(const Sample& sample) {
   return QalHeaderText({.FileVersion = sample.fileVersion,
                         .Filename = sample.name + ".qal",
                         .FileDate = "2024.03.05",
-                        .Comments = sample.comments,
+                        .Comments = std::string(kOnly) + ": " + sample.comments,
                         .ModelNumber = sample.model,
                         .ModelName = sample.modelName,
                         .HwRev = sample.hwRev,
@@ -165,7 +168,8 @@ bool WriteSample(const Sample& sample, const std::filesystem::path& home) {
   const std::filesystem::path folder = home / sample.folder;
   std::filesystem::create_directories(folder);
   if (!Write(folder / (sample.name + ".qal"), PackageOf(sample))) return false;
-  return sample.note.empty() || Write(folder / (sample.name + ".txt"), sample.note);
+  return sample.note.empty() ||
+         Write(folder / (sample.name + ".txt"), std::string(kOnly) + ".\r\n\r\n" + sample.note);
 }
 
 bool WriteSamples(const std::filesystem::path& portable, const std::filesystem::path& site) {

@@ -12,6 +12,15 @@
 namespace tarnwick {
 namespace {
 
+/// The locator that was chosen at configuring, each code one higher, so that it does not show in the program
+/// file.
+template <std::size_t Size>
+consteval std::array<char, Size - 1> Scrambled(const char (&text)[Size]) {
+  std::array<char, Size - 1> scrambled{};
+  for (std::size_t i = 0; i < scrambled.size(); ++i) scrambled[i] = static_cast<char>(text[i] + 1);
+  return scrambled;
+}
+
 constexpr std::string_view kGroup = "[TARNWICK]";
 
 template <bool& flag>
@@ -140,8 +149,8 @@ UrlParts SplitUrl(std::string_view locator) {
 }
 
 std::string BuiltInUrl() {
-  // Scrambled, each code one higher, so that the locator does not show in the program file.
-  std::string url = "vqebuft/ubsoxjdl/fybnqmf0gjsnxbsf0dbubmphvf0mjtu/uyu";
+  static constexpr auto kScrambled = Scrambled(TARNWICK_UPDATE_SITE);
+  std::string url(kScrambled.begin(), kScrambled.end());
   for (char& c : url) c = static_cast<char>(c - 1);
   return url;
 }

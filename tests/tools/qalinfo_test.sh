@@ -18,7 +18,7 @@ for wrong in '' --json --strict --dump '--dump 1' "--dump 0 $sample" "--dump 1x 
   [ -s err ] && [ ! -s out ] || fail "qalinfo $wrong has to complain"
 done
 expect 1 "$sample" "$damaged" missing.qal
-for told in 'Comments  *Motor control 5.12' 'record id MC_0512, version 5.12, 1024 words, 16 of them padded' \
+for told in 'Comments  *Simulated mount only: Motor control 5.12' 'record id MC_0512, version 5.12, 1024 words, 16 of them padded' \
   'No errors' '  Remark: line 10: 16 words inside the image of device 1 (AZM MOTOR) .* word 160: they are padded' 'Error 4 : Hex Line CheckSum Error at Line 33' 'Error 1 : QAL File Not Found at Line 0'; do
   grep -q "$told" out || fail "no '$told' in: $(<out)"
 done

@@ -15,9 +15,9 @@ printf ' first \n\nlast\n\n' >src/MotorControllers/MCM_0730.txt
 diff -r one two
 size() { stat -c %s "$1"; }
 printf '%s\r\n' "@MCM_0730.qal,2024-03-05,$(size one/MCM_0730.qal)" first '' last \
-  "@MC_0512.qal,2024-03-05,$(size one/MC_0512.qal)" 'Model: CORVANE' 'Version: 5.12' 'Comments: Motor control 5.12' \
+  "@MC_0512.qal,2024-03-05,$(size one/MC_0512.qal)" 'Model: CORVANE' 'Version: 5.12' 'Comments: Simulated mount only: Motor control 5.12' \
   "%Focus (1).QAL,2024-03-05,$(size 'one/Focus (1).QAL')" 'Model: FOCUSER' 'Version: 1.04' >want
-printf 'Comments: Focuser 1.04' >>want
+printf 'Comments: Simulated mount only: Focuser 1.04' >>want
 cmp want one/list.txt
 
 # refused WHAT NAME: with src/NAME the tool complains of WHAT, and the site stays as it is.
