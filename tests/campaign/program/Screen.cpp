@@ -40,6 +40,7 @@ Screen::~Screen() {
 void Screen::Start() {
   mApp.Start();
   while (!mApp.Window().isActiveWindow()) QCoreApplication::processEvents();
+  mApp.Window().setUpdatesEnabled(false);
 }
 
 int Screen::Page() const {

@@ -23,7 +23,8 @@ class Screen {
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
 
-  /// Starts it: afterwards the first page is on view.
+  /// Starts it: afterwards the first page is on view. From then on nothing is painted, which takes more than
+  /// half of the time.
   void Start();
 
   /// Which page is on view, from 1.
