@@ -183,8 +183,10 @@ void Owner::ChooseAnother() {
     if (known == 0) known = std::atoi(mScreen.Reported(motor, "HwRev").c_str());
   if (known == 0) known = mNamed;
   if (known == 0) return GiveUp("no revision is known");
-  // Whoever could see the motor all the time goes on with the package that named its revision.
-  if (mPackage == "main" && !mCase.list.empty() && mCase.fault != Fault::Kill)
+  // Whoever had program and package all the time goes on with the package that named the revision.
+  const bool had =
+      mCase.fault != Fault::Kill && mCase.fault != Fault::Deleted && mCase.fault != Fault::Replaced;
+  if (mPackage == "main" && !mCase.list.empty() && had)
     mReport.wrong = "the package that was begun with no longer does";
   mPackage = "only" + std::to_string(known);
 }
