@@ -226,6 +226,16 @@ class SecondReading : public ProgrammerFixture {
     return *(of.begin() + random() % of.size());
   }
 
+  static void DrawDevice(Random& random, ScriptedDevice& device) {
+    device.state = One(random, {0, 1, 1, 1, 1, 2, 2, 3, 9});
+    device.major = One(random, {3, 4}), device.model = One(random, {1, 5, 5, 5, 6});
+    device.hwRev = One(random, {0, 2, 2, 3, 4, 5, 6}),
+    device.bootHwRev = One(random, {0, 2, device.hwRev, 5});
+    device.hwRevResult = random() % 16 == 0 ? 0 : 1, device.bootHwRevResult = random() % 16 == 0 ? 0 : 1;
+    device.bootVersion = One(random, {0, 1, 1, 2}), device.bootVersionResult = random() % 16 == 0 ? -1 : 0;
+    if (random() % 2 == 0) device.memory = {{0, 0x160A}, {1, 0x158A}, {2, One(random, {0x2F00, 0x2F01})}};
+  }
+
   /// All that happens in the run of that seed, by one of the two readings.
   std::vector<std::string> Play(std::uint32_t seed, bool plain) {
     Random random(seed);
@@ -239,14 +249,7 @@ class SecondReading : public ProgrammerFixture {
     scripted.serialMode = One(random, {0, 1, 2});
     scripted.readResult = random() % 16 == 0 ? 2 : 1;
     for (const std::int32_t address : {16, 17}) {
-      ScriptedDevice& device = scripted.devices[address];
-      device.state = One(random, {0, 1, 1, 1, 1, 2, 2, 3, 9});
-      device.major = One(random, {3, 4}), device.model = One(random, {1, 5, 5, 5, 6});
-      device.hwRev = One(random, {0, 2, 2, 3, 4, 5, 6}),
-      device.bootHwRev = One(random, {0, 2, device.hwRev, 5});
-      device.hwRevResult = random() % 16 == 0 ? 0 : 1, device.bootHwRevResult = random() % 16 == 0 ? 0 : 1;
-      device.bootVersion = One(random, {0, 1, 1, 2}), device.bootVersionResult = random() % 16 == 0 ? -1 : 0;
-      if (random() % 2 == 0) device.memory = {{0, 0x160A}, {1, 0x158A}, {2, One(random, {0x2F00, 0x2F01})}};
+      DrawDevice(random, scripted.devices[address]);
     }
     const std::vector<PackageDevice> devices{{"Azm", 16, CountedWords(One(random, {3, 102}))},
                                              {"Alt", 17, CountedWords(3)}};
