@@ -27,9 +27,10 @@ TEST(Frame, AgreesWithThePage) {
       {Kind::Request, Command::State, 1, 16},     {Kind::Done, Command::State, 1, 16},
       {Kind::Request, Command::Write2, 0x2C, 16}, {Kind::Done, Command::Write2, 0x2C, 16},
       {Kind::Request, Command::Write2, 0x2D, 16}, {Kind::Done, Command::Write2, 0x2D, 16},
-      {Kind::Request, Command::Read, 0x2D, 17},   {Kind::Done, Command::Read, 0x2D, 17},
-      {Kind::Request, Command::Times, 0x2E, 0},   {Kind::Done, Command::Times, 0x2E, 0},
-      {Kind::Request, Command::Start, 0x2E, 16},  {Kind::Refused, Command::Start, 0x2E, 16}};
+      {Kind::Refused, Command::Write2, 0x2D, 16}, {Kind::Request, Command::Read, 0x2D, 17},
+      {Kind::Done, Command::Read, 0x2D, 17},      {Kind::Request, Command::Times, 0x2E, 0},
+      {Kind::Done, Command::Times, 0x2E, 0},      {Kind::Request, Command::Start, 0x2E, 16},
+      {Kind::Refused, Command::Start, 0x2E, 16}};
   constexpr Known kNext[] = {{0x2D, 16, 302}};
   const std::string page = test::ReadFile(TARNWICK_PROTOCOL_PAGE);
   std::istringstream examples(page.substr(page.find("### Examples")));
