@@ -53,7 +53,8 @@ struct Tool {
   std::vector<std::string> command;  ///< "HEX", "QAL" and "OUT" stand for the files.
 };
 
-const Tool kQalinfo = {"qalinfo", {TARNWICK_QALINFO, "QAL"}};
+const Tool kQalinfo = {"qalinfo", {TARNWICK_QALINFO, "--dump", "1", "QAL"}};
+const Tool kRemarks = {"remarks", {TARNWICK_QALINFO, "QAL"}};
 const Tool kSrecCat = {"srec_cat",
                        {"srec_cat", "-disable-sequence-warnings", "HEX", "-intel",
                         "-contradictory-bytes=ignore", "-redundant-bytes=ignore", "-o", "OUT", "-binary"}};
@@ -137,7 +138,7 @@ void RegisterProcesses(const test::TempFolder& folder) {
     int runs;
     std::vector<Tool> tools;
   } files[] = {{"image", 4096 * 45, 31, {kQalinfo, kSrecCat, kObjcopy, kIntelHex}},
-               {"1MB", kMega, 31, {kQalinfo, kSrecCat}},
+               {"1MB", kMega, 31, {kQalinfo, kRemarks, kSrecCat}},
                {"64MB", 64 * kMega, 9, {kQalinfo, kSrecCat, kObjcopy}}};
   for (const auto& file : files) {
     const std::string lines = HexLines(file.size);

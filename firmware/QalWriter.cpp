@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 
 #include "HexLine.h"
 #include "platform/text.h"
@@ -25,17 +24,21 @@ std::string KeyLine(std::string_view key, std::string_view value) {
 }
 
 std::string Record(std::uint8_t type, std::uint16_t address, std::span<const std::uint8_t> bytes) {
-  std::vector<std::uint8_t> record = {static_cast<std::uint8_t>(bytes.size()),
-                                      static_cast<std::uint8_t>(address >> 8),
-                                      static_cast<std::uint8_t>(address & 0xFF), type};
-  record.insert(record.end(), bytes.begin(), bytes.end());
-  record.push_back(LineCheckSum(std::accumulate(record.begin(), record.end(), 0u)));
   std::string line = ":";
-  for (const std::uint8_t byte : record) {
-    line += "0123456789ABCDEF"[byte >> 4];
+  line.reserve(1 + 2 * (bytes.size() + 5) + text::kLineEnd.size());
+  unsigned sum = 0;
+  const auto put = [&](unsigned byte) {
+    line += "0123456789ABCDEF"[byte >> 4 & 0xF];
     line += "0123456789ABCDEF"[byte & 0xF];
-  }
-  return Line(line);
+    sum += byte & 0xFF;
+  };
+  put(static_cast<unsigned>(bytes.size()));
+  put(address >> 8);
+  put(address);
+  put(type);
+  for (const std::uint8_t byte : bytes) put(byte);
+  put(LineCheckSum(sum));
+  return line.append(text::kLineEnd);
 }
 
 }  // namespace

@@ -9,17 +9,24 @@ namespace {
 
 constexpr std::uint32_t kSegment = 0x10000;
 
-int Digit(char c) {
+constexpr int Digit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
   if (c >= 'A' && c <= 'F') return c - 'A' + 10;
   return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
 }
 
+constexpr std::array<std::int8_t, 256> kDigits = [] {
+  std::array<std::int8_t, 256> table{};
+  for (unsigned c = 0; c < table.size(); ++c)
+    table[c] = static_cast<std::int8_t>(Digit(static_cast<char>(c)));
+  return table;
+}();
+
 /// The bytes that `digits` are; none where they are no pairs of hexadecimal digits.
 std::optional<std::vector<std::uint8_t>> BytesOf(std::string_view digits) {
   std::vector<std::uint8_t> bytes(digits.size() / 2);
   for (std::size_t i = 0; i < digits.size(); ++i) {
-    const int digit = Digit(digits[i]);
+    const int digit = kDigits[static_cast<unsigned char>(digits[i])];
     if (digit < 0 || digits.size() % 2 != 0) return std::nullopt;
     bytes[i / 2] = static_cast<std::uint8_t>(bytes[i / 2] << 4 | digit);
   }
@@ -74,7 +81,11 @@ class Reader {
 }  // namespace
 
 bool HexBytes::Put(std::uint32_t address, std::uint8_t value) {
-  Page& page = mPages[address / kPage];
+  if (mPage == nullptr || mNumber != address / kPage) {
+    mNumber = address / kPage;
+    mPage = &mPages[mNumber];
+  }
+  Page& page = *mPage;
   const std::size_t place = address % kPage;
   if (page.given[place] && page.values[place] != value) return false;
   page.values[place] = value;
@@ -84,6 +95,7 @@ bool HexBytes::Put(std::uint32_t address, std::uint8_t value) {
 
 std::vector<HexWord> HexBytes::Words() const {
   std::vector<HexWord> words;
+  words.reserve(mPages.size() * kPage / 2);
   for (const auto& [number, page] : mPages) {
     for (std::size_t at = 0; at < kPage; at += 2) {
       if (!page.given[at] && !page.given[at + 1]) continue;

@@ -33,6 +33,8 @@ class HexBytes {
     std::bitset<kPage> given;
   };
   std::map<std::uint32_t, Page> mPages;  ///< By address / kPage.
+  std::uint32_t mNumber = 0;             ///< Of the page that was written last.
+  Page* mPage = nullptr;
 };
 
 /// Adds what `text` says to `bytes`. Lines end in LF or CR LF. Start addresses (types 03 and 05) are passed

@@ -79,17 +79,13 @@ std::string RecordsOf(const std::vector<HexWord>& words, const std::string& file
 
 /// Whether device `number` has these words and no others.
 bool HasWords(const QALclass& package, std::int32_t number, const std::vector<HexWord>& words) {
-  std::size_t at = 0;
-  for (std::int32_t word = 0; word <= package.DeviceWords(number); ++word) {
-    const bool given = at < words.size() && words[at].index == static_cast<std::uint32_t>(word);
-    if (given == package.DeviceNullPadded(number, word)) return false;
-    if (!given) continue;
-    if (package.DeviceLoByte(number, word) != words[at].lo ||
-        package.DeviceHiByte(number, word) != words[at].hi)
-      return false;
-    ++at;
-  }
-  return at == words.size();
+  const QalDeviceImage image = package.DeviceImage(number);
+  if (image.Words.size() - static_cast<std::size_t>(image.NullPadded) != words.size()) return false;
+  return std::all_of(words.begin(), words.end(), [&](const HexWord& word) {
+    return word.index < image.Words.size() && image.Words[word.index].LoByte == word.lo &&
+           image.Words[word.index].HiByte == word.hi &&
+           !package.DeviceNullPadded(number, static_cast<std::int32_t>(word.index));
+  });
 }
 
 /// Loads what was made, and holds it against what was wished.
