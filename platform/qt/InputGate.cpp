@@ -172,9 +172,10 @@ bool InputGate::ButtonDown(QWindow& window, const QMouseEvent& mouse) {
 
 bool InputGate::ButtonUp(QWindow& window, const QMouseEvent& mouse) {
   const auto found = mButtons.find(mouse.button());
-  if (found == mButtons.end()) return true;  // A popup that was closed by the press, for one.
-  const Press press = found->second;
-  mButtons.erase(found);
+  // Of a button that was pressed again before it was let go, the second release belongs to nothing.
+  const Press press =
+      found == mButtons.end() ? Press{.window = &window, .counts = true, .epoch = mEpoch - 1} : found->second;
+  mButtons.erase(mouse.button());
   if (!press.counts || press.epoch == mEpoch) return press.counts;
   // Whoever was pressed is told that it was let go, but not on itself.
   QMouseEvent elsewhere(QEvent::MouseButtonRelease, kNowhere, kNowhere, kNowhere, mouse.button(),

@@ -40,11 +40,14 @@ class Disturbed : public PagesTest {
     if (gController == nullptr) Start();
     while (Step() > 1) Click("cmdStepBack");
     Calls();
-    onPump = [this, &moment] {
+    int target = 0;
+    onPump = [this, &moment, &target] {
+      stepping = stepping && Step() != target;
       if (Wizard().Frozen() || stepping) moment();
     };
     for (const int step : {2, 3, 4}) {
       stepping = true;
+      target = step;
       if (step == 3) Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM5"));
       Click("cmdStepFwd");
       stepping = false;

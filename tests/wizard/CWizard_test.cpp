@@ -62,6 +62,7 @@ struct FrameDouble final : public IWizardFrame {
   void FocusButton(FrameButton button) override { Note("Focus " + Name(button)); }
   void BeforeLock() override { Note("Before lock"); }
   void BeforeUnlock() override { Note("Before unlock"); }
+  void AfterStep() override {}
   void ShowLock() override { Note("Show lock"); }
   void PageAreaEnabled(bool on) override { Note(on ? "Page area on" : "Page area off"); }
   void PageAreaTabPosition(int at) override { Note("Page area at", at); }

@@ -109,6 +109,7 @@ void CWizard::Step(std::int32_t direction) {
     if (switched) Arrive(target);
   }
   mStepping = false;
+  Contain([&] { mFrame.AfterStep(); });
 }
 
 bool CWizard::SwitchPage(std::int16_t from, std::int16_t target) {

@@ -1,6 +1,7 @@
 // How the frame locks its user out and lets them in again, as one act with the focus.
 #include <QApplication>
 #include <QKeyEvent>
+#include <QScopedValueRollback>
 
 #include "platform/ui.h"
 #include "wizard/CWizard.h"
@@ -21,6 +22,11 @@ void WizardWindow::BeforeLock() {
 void WizardWindow::BeforeUnlock() {
   qt::InputGate::Of().Discard();
   mPressed.clear();
+}
+
+void WizardWindow::AfterStep() {
+  const QScopedValueRollback discards(mDiscards, true);
+  BeforeUnlock();
 }
 
 void WizardWindow::PageAreaEnabled(bool enabled) {
@@ -46,12 +52,14 @@ void WizardWindow::ShowLock() {
 }
 
 bool WizardWindow::IsLockedAt(QPoint place) const {
+  if (mDiscards) return true;
   const QPushButton& terminate = *At(FrameButton::cmdTerminate).widget;
   return mLocked && !(terminate.isEnabled() && terminate.geometry().contains(place));
 }
 
 bool WizardWindow::IsLockedFor(const QKeyEvent& key) const {
-  if (!mLocked || key.key() == Qt::Key_Escape) return false;
+  if ((!mLocked && !mDiscards) || key.key() == Qt::Key_Escape) return false;
+  if (mDiscards) return true;
   if (key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab) return false;
   return key.key() != Qt::Key_Space || !At(FrameButton::cmdTerminate).widget->hasFocus();
 }

@@ -87,20 +87,18 @@ void Hands::Plan(Deed deed) {
   mPlan.emplace(deed.at, deed);
 }
 
-void Hands::CatchUp(Milliseconds now) {
-  for (;;) {
-    if (!mPlan.empty() && mPlan.begin()->first <= now && (mActions == 0 || mPlan.begin()->first <= mNext)) {
-      const Deed deed = mPlan.begin()->second;
-      mPlan.erase(mPlan.begin());
-      Do(deed);
-    } else if (mActions > 0 && mNext <= now) {
-      --mActions;
-      Act(mNext);
-      mNext += Milliseconds(Draw(3) == 0 ? Draw(60) : Draw(10) == 0 ? Draw(4000) : 60 + Draw(500));
-    } else {
-      return;
-    }
+bool Hands::Next(Milliseconds now) {
+  if (!mPlan.empty() && mPlan.begin()->first <= now && (mActions == 0 || mPlan.begin()->first <= mNext)) {
+    const Deed deed = mPlan.begin()->second;
+    mPlan.erase(mPlan.begin());
+    Do(deed);
+    return true;
   }
+  if (mActions == 0 || mNext > now) return false;
+  --mActions;
+  Act(mNext);
+  mNext += Milliseconds(Draw(3) == 0 ? Draw(60) : Draw(10) == 0 ? Draw(4000) : 60 + Draw(500));
+  return true;
 }
 
 void Hands::Act(Milliseconds at) {

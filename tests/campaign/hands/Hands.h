@@ -33,8 +33,13 @@ class Hands : public QObject {
   Hands(std::uint32_t seed, Milliseconds from);
   ~Hands() override;
 
-  /// Does everything that is due by `now`. Nothing is passed on yet.
-  void CatchUp(Milliseconds now);
+  /// Does what is due next, where that is due by `now`. Nothing is passed on yet.
+  bool Next(Milliseconds now);
+  /// Does everything that is due by `now`.
+  void CatchUp(Milliseconds now) {
+    while (Next(now)) {
+    }
+  }
   /// Passes on what was done; what comes of it runs within.
   void Deliver();
   /// Nothing more is done of their own accord, and what was done is passed on no more.

@@ -1,6 +1,8 @@
 #include "Judge.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace tarnwick::test {
 namespace {
@@ -8,29 +10,31 @@ namespace {
 using Kind = Deed::Kind;
 using namespace std::chrono_literals;
 
+/// Which button of a page a key presses with Alt.
+constexpr std::array<std::pair<int, const char*>, 2> kKeys{
+    {{Qt::Key_P, "cmdProgram"}, {Qt::Key_D, "cmdWebUpdate"}}};
+
 constexpr Milliseconds kRepeatWithin = 60ms, kReading = 300ms;
 
 }  // namespace
 
 void Judge::Done(const Deed& deed, const View& view) {
-  if (view.live && view.beginLive) mChosen = view.chosen;
-  const bool letGo = mEpoch == mSpaceOnBegin || mEpoch == mMouseOnBegin;
   switch (deed.kind) {
     case Kind::KeyDown:
       KeyDown(deed, view);
       break;
     case Kind::KeyUp:
-      if (!deed.repeat) mLetGo[deed.key] = deed.at;
-      if (letGo && deed.key == Qt::Key_Space && mSpaceOnBegin == mEpoch && view.live) mAsked = true;
-      if (deed.key == Qt::Key_Space) mSpaceOnBegin = -1;
+      if (deed.repeat) break;
+      if (deed.window != nullptr) mLetGo[deed.key] = deed.at;  // Else nobody was told.
+      if (deed.key == Qt::Key_Space) LetGo(mSpace, view, mSpace.on);
       break;
     case Kind::MouseDown:
-      MouseDown(view);
+      if (view.pointed == "cmdTerminate") mStopAsked = mWentToCancel = true;
+      mMouse = {view.pointed, view.live ? mEpoch : -1};
       if (!mBoxes.empty() && deed.at >= mBoxes.back().from) mBoxes.back().answered = true;
       break;
     case Kind::MouseUp:
-      if (letGo && mMouseOnBegin == mEpoch && view.live && view.pointed == "cmdProgram") mAsked = true;
-      mMouseOnBegin = -1;
+      LetGo(mMouse, view, view.pointed);
       break;
     case Kind::Close:
       mStopAsked = true;
@@ -44,6 +48,7 @@ void Judge::Done(const Deed& deed, const View& view) {
 void Judge::KeyDown(const Deed& deed, const View& view) {
   const auto letGo = mLetGo.find(deed.key);
   const bool fresh = !deed.repeat && (letGo == mLetGo.end() || deed.at - letGo->second > kRepeatWithin);
+  if (deed.key == Qt::Key_Tab && mBoxes.empty()) mWentToCancel = true;
   if (!fresh) return;
   if (!mBoxes.empty()) {
     const bool moves = deed.key == Qt::Key_Tab || deed.key == Qt::Key_Up || deed.key == Qt::Key_Down;
@@ -51,29 +56,57 @@ void Judge::KeyDown(const Deed& deed, const View& view) {
     return;
   }
   if (deed.key == Qt::Key_Escape) mStopAsked = true;
-  if (deed.key == Qt::Key_Tab) mWentToCancel = true;
   if (deed.key == Qt::Key_Space && view.running && mWentToCancel) mStopAsked = true;
-  if (!view.live || !view.beginLive || !view.frameActive) return;
-  if (deed.key == Qt::Key_P && deed.modifiers == Qt::AltModifier) mAsked = true;
-  if (deed.key == Qt::Key_Space && view.focus == "cmdProgram") mSpaceOnBegin = mEpoch;
+  if (!view.live || !view.frameActive) return;
+  if (deed.key == Qt::Key_Space) mSpace = {view.focus, mEpoch};
+  for (const auto& [key, button] : kKeys) {
+    if (deed.key == key && deed.modifiers == Qt::AltModifier && view.buttons.contains(button))
+      mAsked.insert(button);
+  }
 }
 
-void Judge::MouseDown(const View& view) {
-  if (view.pointed == "cmdTerminate") mStopAsked = mWentToCancel = true;
-  mMouseOnBegin = view.live && view.beginLive && view.pointed == "cmdProgram" ? mEpoch : -1;
+void Judge::LetGo(Press& press, const View& view, const std::string& under) {
+  const bool clicks = press.epoch == mEpoch && view.live && under == press.on && view.buttons.contains(under);
+  if (clicks) mAsked.insert(press.on);
+  press = {};
 }
 
-void Judge::Idle() {
-  mAsked = mRun = mStopAsked = mWentToCancel = false;
+void Judge::Idle(const View& view) {
+  if (view.page == 4 && view.package != mPackage)
+    Fail("went on with " + view.package + " in place of " + mPackage);
+  mCalledOn = -1;
+  mRun = mStopped = mStopAsked = mWentToCancel = false;
+  mAsked.clear();
+  mChosen.clear();
   mEnded.clear();
 }
 
+void Judge::Calls(const View& view) {
+  Turn();
+  if (std::exchange(mCalledOn, view.page) == view.page) return;
+  if (view.page == 4) mChosen = view.chosen;
+  if (view.page == 3) mPackage = view.package;
+}
+
 void Judge::Changed(const std::string& name, std::int32_t address, std::int32_t result) {
-  if (!mRun && !mAsked) Fail(name + " " + std::to_string(address) + " though nobody began a run");
+  const std::string what = name + " " + std::to_string(address);
+  if (!mRun && !mAsked.contains("cmdProgram")) Fail(what + " though nobody began a run");
+  if (!mChosen.contains(address)) Fail(what + ", which is not chosen");
   if (!mRun) ++mRuns;
   mRun = true;
-  if (name == "end" && result == 1) mEnded.insert(address);
-  if (name == "start") mEnded.erase(address);
+  if (name == "start") {
+    mOpen.insert(address);
+    if (mStopped) mLeft = mOpen;
+    mEnded.erase(address);
+  } else if (name == "end" && result == 1) {
+    mOpen.erase(address);
+    mLeft.erase(address);
+    mEnded.insert(address);
+  }
+}
+
+void Judge::WebOpens() {
+  if (!mAsked.contains("cmdWebUpdate")) Fail("nobody asked for the web window");
 }
 
 void Judge::BoxOpens(const std::string& text, bool question, Milliseconds now) {
@@ -97,6 +130,7 @@ void Judge::BoxCloses(bool yes) {
                          ? yes
                          : box.text.find("Error occurred") != std::string::npos;
   mStopped = mStopped || stops;
+  if (stops) mLeft = mOpen;
 }
 
 }  // namespace tarnwick::test

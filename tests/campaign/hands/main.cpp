@@ -2,6 +2,7 @@
 // what the hands did what was asked. docs/reliability.md tells what is played and how one visit is repeated.
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDialog>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPlainTextEdit>
@@ -10,8 +11,10 @@
 #include <array>
 #include <iostream>
 
+#include "Images.h"
 #include "Judge.h"
 #include "app/App.h"
+#include "firmware/QALclass.h"
 #include "mount/Mount.h"
 #include "platform/awake.h"
 #include "platform/clock.h"
@@ -20,7 +23,6 @@
 #include "platform/qt/QtUser.h"
 #include "support/CoreLink.h"
 #include "support/HttpDouble.h"
-#include "support/PackageText.h"
 #include "support/ResetGlobals.h"
 #include "support/TempFolder.h"
 #include "support/VirtualLine.h"
@@ -32,7 +34,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-bool gTell = false;  ///< Each deed and box of the visit is told.
+bool gTell = false;            ///< Each deed and box of the visit is told.
+Milliseconds gBegin{1000000};  ///< When the next visit begins.
 
 void Tell(Milliseconds now, const std::string& what) {
   if (gTell) std::cout << now.count() << " " << what << std::endl;
@@ -40,14 +43,6 @@ void Tell(Milliseconds now, const std::string& what) {
 
 constexpr Milliseconds kTick = 10ms;
 constexpr Milliseconds kRecovers = 1000ms;
-const std::vector<std::string> kPackages{"A.qal", "B.qal", "Empty.qal"};
-
-std::string Content(const std::string& name) {
-  if (name == "Empty.qal") return PackageText(5, "5", {});
-  return PackageText(5, "5",
-                     {{"Azm", 16, CountedWords(30)}, {"Alt", 17, CountedWords(name == "A.qal" ? 30 : 20)}});
-}
-
 /// The help shows nothing: its own window is no part of this campaign.
 struct NoHelp final : help::IHelpViewer {
   NoHelp() { Seam<help::IHelpViewer>::Install(*this); }
@@ -67,8 +62,8 @@ class Visit final : ui::IUserInterface, clock::IClock {
  private:
   static void Prepare(const TempFolder& folder);
   /// When this visit begins: what was pressed in an earlier one is long ago.
-  Milliseconds Begin(std::uint32_t seed) {
-    line.now += seed * 10000s;
+  Milliseconds Begin() {
+    line.now += gBegin;
     return Now();
   }
   Milliseconds Now() const { return std::chrono::duration_cast<Milliseconds>(line.now); }
@@ -83,6 +78,7 @@ class Visit final : ui::IUserInterface, clock::IClock {
   template <class Widget>
   Widget* OnView(const char* name) const;
   std::set<std::int32_t> Chosen() const;
+  Image Held(int address) { return Read(mount.Devices().at(static_cast<std::uint8_t>(address)).Words()); }
   template <class Show>
   auto Boxed(const std::string& text, bool question, Show&& show);
 
@@ -108,7 +104,9 @@ class Visit final : ui::IUserInterface, clock::IClock {
   Hands hands;
   QObject ticks;
   std::string file;
-  int within = 0;        ///< Boxes that are up.
+  std::map<int, Image> first;  ///< What each device held when the visit began.
+  int within = 0;              ///< Boxes that are up.
+  bool webUp = false;
   bool looking = false;  ///< The program pumps, or calls the link.
   bool ended = false;
   Milliseconds busy{};  ///< When it last did something.
@@ -133,7 +131,7 @@ void Visit::Prepare(const TempFolder& folder) {
   std::filesystem::current_path(folder.Path());
 }
 
-Visit::Visit(std::uint32_t seed) : dice(seed), app((Prepare(folder), *qApp)), hands(seed, Begin(seed)) {
+Visit::Visit(std::uint32_t seed) : dice(seed), app((Prepare(folder), *qApp)), hands(seed, Begin()) {
   Seam<program::Ending>::Install(ending);
   Seam<awake::IKeeper>::Uninstall();
   Seam<ui::IUserInterface>::Install(*this);
@@ -141,14 +139,15 @@ Visit::Visit(std::uint32_t seed) : dice(seed), app((Prepare(folder), *qApp)), ha
   line.line.setup = {.paced = true, .latency = Milliseconds(dice() % 40)};
   for (const int address : {16, 17}) {
     mount.Put(static_cast<std::uint8_t>(address),
-              {.model = 5, .revision = 5, .bootVersion = 2, .major = 4, .minor = 2});
+              {.model = 5, .revision = kRevision, .bootVersion = 2, .major = 4, .minor = 2});
+    first[address] = Read(mount.Devices().at(static_cast<std::uint8_t>(address)).Words());
   }
   site.replies["/firmware/catalogue/list.txt"] = "@C.qal,2005-03-01,2000\r\nAbout C\r\n";
   link.before = [this](const std::string&) {
-    judge.Turn();
-    // What still runs when the program has ended runs here alone.
-    const bool locked = !ended && gController != nullptr && gController->WizardHandle().Frozen();
-    if (locked && OnView<QWidget>("picPage")->isEnabled())
+    // What the program does on its way out nobody sees.
+    if (ended || gQAL == nullptr) return false;
+    judge.Calls(See({}));
+    if (gController->WizardHandle().Frozen() && OnView<QWidget>("picPage")->isEnabled())
       judge.Fail("the link is called before the lock is seen");
     return false;
   };
@@ -158,6 +157,8 @@ Visit::Visit(std::uint32_t seed) : dice(seed), app((Prepare(folder), *qApp)), ha
     if (name != "enter" && name != "start" && name != "send" && name != "end") return;
     Tell(Now(), name + " " + std::to_string(address));
     judge.Changed(name, address, result);
+    const bool stands = Held(address) == Whole(judge.Package(), address);
+    if (name == "end" && result == 1 && !stands) judge.Fail("ended with another image than chosen");
   };
   hands.aim = [this] { return Aim(); };
   hands.done = [this](const Deed& deed) {
@@ -176,6 +177,7 @@ Visit::~Visit() {
   Seam<ui::IUserInterface>::Uninstall();
   Seam<clock::IClock>::Uninstall();
   gController = nullptr;
+  gBegin = Now() + 10s;
   std::filesystem::current_path(std::filesystem::temp_directory_path());
 }
 
@@ -205,12 +207,21 @@ View Visit::See(QPoint place) const {
   QWidget& window = const_cast<Visit*>(this)->app.Window();
   View view{
       .running = gProgramming || gVerifying, .frameActive = window.isActiveWindow(), .chosen = Chosen()};
+  if (const auto* const list = OnView<QListWidget>("lstFirmware"); list && !list->selectedItems().isEmpty()) {
+    view.package = list->selectedItems().front()->text().toStdString();
+  }
+  view.page = OnView<QListWidget>("lstDevices") != nullptr    ? 4
+              : OnView<QListWidget>("lstFirmware") != nullptr ? 3
+                                                              : 0;
+  if (view.page == 4 && gQAL != nullptr) view.package = gQAL->RealFilename().filename();
   view.live = within == 0 && !looking && Top() == &window && !gController->WizardHandle().Frozen();
   if (window.focusWidget() != nullptr) view.focus = window.focusWidget()->objectName().toStdString();
   QWidget* const under = QApplication::widgetAt(place);
   if (under != nullptr) view.pointed = under->objectName().toStdString();
-  const auto* const begin = OnView<QAbstractButton>("cmdProgram");
-  view.beginLive = begin != nullptr && begin->isEnabled();
+  for (const char* const name : {"cmdProgram", "cmdWebUpdate"}) {
+    const auto* const button = OnView<QAbstractButton>(name);
+    if (button != nullptr && button->isEnabled()) view.buttons.insert(name);
+  }
   return view;
 }
 
@@ -249,20 +260,27 @@ void Visit::Tick() {
   // As a window manager does: the keyboard goes to what is left when a window goes.
   if (QGuiApplication::focusWindow() == nullptr) Top()->activateWindow();
   if (hands.Resting()) RestAnswers();
-  hands.CatchUp(Now());
-  hands.Deliver();
+  // A program that waits sees each thing before the next is done, as long as the same window is in charge.
+  for (const QWidget* const top = Top(); Top() == top && hands.Next(Now());) hands.Deliver();
   if (ended) return;
+  const bool web = Top()->objectName() == QLatin1String("frmWebUpdate");
+  if (web && !std::exchange(webUp, true)) judge.WebOpens();
+  if (Top() == &app.Window()) webUp = false;
   if (within > 0 || Top() != &app.Window()) {
     rested = Now();
     return;
   }
   CheckRest();
-  judge.Idle();
+  judge.Idle(See({}));
 }
 
 /// With the hands at rest whatever is up still has to be answered: as a user would who wants to leave it.
 void Visit::RestAnswers() {
   if (Top() == &app.Window() || Now() - std::max(busy, answered) < 500ms) return;
+  if (Now() - busy > 60s) {
+    judge.Fail("what is up cannot be answered");
+    return static_cast<QDialog*>(Top())->reject();
+  }
   answered = Now();
   hands.Tap(Now() + 400ms, Qt::Key_Escape, {}, 50ms);
 }
@@ -300,8 +318,11 @@ const Judge& Visit::Play() {
 
 void Visit::CheckMemory() {
   for (auto& [address, device] : mount.Devices()) {
-    const bool whole = device.Complete() && device.State() != mount::RunState::Program;
-    if (!whole && !judge.Stopped() && !ended)
+    if (judge.Left().contains(address)) continue;
+    const Image held = Held(address);
+    const bool known =
+        held == first[address] || held == Whole("A.qal", address) || held == Whole("B.qal", address);
+    if (!known || !device.Complete() || device.State() == mount::RunState::Program)
       judge.Fail("device " + std::to_string(address) + " is not whole");
   }
 }

@@ -52,6 +52,8 @@ class IWizardFrame {
   virtual void BeforeLock() = 0;
   /// The lock is about to end: what was done meanwhile to locked things is discarded.
   virtual void BeforeUnlock() = 0;
+  /// A step ended. What was done during it was meant for what was on view before, and is discarded.
+  virtual void AfterStep() = 0;
   /// With false the lock begins to show; with true it has ended, and the focus is back where it was.
   virtual void PageAreaEnabled(bool enabled) = 0;
   /// Paints what is to be seen of a lock, before work that lets nothing be painted.

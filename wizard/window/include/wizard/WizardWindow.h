@@ -49,6 +49,7 @@ class WizardWindow final : public QWidget, public IWizardFrame, public qt::ILock
 
   void BeforeLock() override;
   void BeforeUnlock() override;
+  void AfterStep() override;
   /// A locked page turns grey if that lasts, or `ShowLock` says so.
   void PageAreaEnabled(bool enabled) override;
   void ShowLock() override;
@@ -98,6 +99,7 @@ class WizardWindow final : public QWidget, public IWizardFrame, public qt::ILock
   QLabel* lblShutdown = nullptr;
   FrameLayout mLayout;
   bool mLocked = false;
+  bool mDiscards = false;  ///< What was done during a step is being discarded.
   QTimer mGreying;
   QPointer<QWidget> mFocusBeforeLock;
   std::map<int, Qt::KeyboardModifiers> mPressed;  ///< Keys that are down, with what was held then.
