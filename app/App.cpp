@@ -2,9 +2,10 @@
 
 #include <QApplication>
 #include <QFontInfo>
+#include <QIcon>
+#include <QScreen>
 #include <QSessionManager>
 #include <algorithm>
-#include <cmath>
 
 #include "FocusStyle.h"
 #include "app/ProgramSettings.h"
@@ -28,17 +29,21 @@
 namespace tarnwick {
 namespace {
 
-/// The font at which the frame has its base size, and the system font that it answers to: a user who
-/// chose a larger one gets everything larger in proportion.
-constexpr double kBaseFontPixels = 11.0;
-constexpr double kUsualSystemFontPixels = 14.0;
+/// The font at which the frame has its base size, in pixels, and that size with the window's border, in
+/// pixels too. All grows with the font.
+constexpr int kBaseFont = 11;
+constexpr QSize kBaseFrame(620, 320);
 
+/// The desktop's own font, or on a small screen the largest at which the frame still fits.
 void ApplyLook() {
   QApplication::setStyle(new FocusStyle);
+  const QSize screen = QGuiApplication::primaryScreen()->availableSize();
+  const int fitting = std::min(kBaseFont * screen.width() / kBaseFrame.width(),
+                               kBaseFont * screen.height() / kBaseFrame.height());
   QFont font = QApplication::font();
-  const double growth = std::max(1.0, QFontInfo(font).pixelSize() / kUsualSystemFontPixels);
-  font.setPixelSize(static_cast<int>(std::lround(kBaseFontPixels * growth)));
+  font.setPixelSize(std::max(kBaseFont, std::min(QFontInfo(font).pixelSize(), fitting)));
   QApplication::setFont(font);
+  QApplication::setWindowIcon(QIcon(QStringLiteral(":/icon/org.tarnwick.Tarnwick.png")));
 }
 
 /// The user logs out. That asks what the close box asks, and goes on only where that ends the program.

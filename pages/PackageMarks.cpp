@@ -82,7 +82,7 @@ void PackageMarks::Mark(int row, const PackageOpinion& opinion) {
   item->setIcon(SignOf(mList, opinion.kind));
   const QString text = qt::Show(opinion.text);
   item->setData(Qt::AccessibleDescriptionRole, text);
-  item->setToolTip(text);
+  item->setToolTip(qt::PlainTip(text));
 }
 
 }  // namespace tarnwick

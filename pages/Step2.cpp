@@ -55,7 +55,7 @@ void Describe(QComboBox& list, int row, const std::filesystem::path& folder, con
   const QString known = qt::ShowName(PortText(port));
   const QString rights = qt::Show(RightsTo(device));
   const QString shown = known + (rights.isEmpty() ? QString() : u'\n' + rights);
-  list.setItemData(row, shown, Qt::ToolTipRole);
+  list.setItemData(row, qt::PlainTip(shown), Qt::ToolTipRole);
   list.setItemData(row, shown, Qt::AccessibleDescriptionRole);
   list.setItemData(row, rights, kRights);
   list.setItemData(row, known, kDevice);

@@ -27,6 +27,9 @@ namespace {
 /// Item value of "All Devices"; every other value is a row of `gDevices`.
 constexpr std::int32_t kAllDevices = -1;
 
+/// The name comes from the package, where it can be of any length.
+constexpr qt::TextBound kOneLine{.lines = 1, .lineLength = 300};
+
 std::int32_t ValueOf(const QListWidgetItem& item) {
   return item.data(Qt::UserRole).toInt();
 }
@@ -166,8 +169,8 @@ void Step4::BeforePageShow(CWizard& wizard, std::int16_t currentStep) {
   wizard.Frozen(true);
   txtStatus->LookAt(0);
   txtStatus->ShowReport();
-  lblFirmware->setText(qt::Show("QAL File: " + gQAL->Filename()));
-  lblFirmware->setToolTip(lblFirmware->text());
+  lblFirmware->setText(qt::Bounded(qt::Show("QAL File: " + gQAL->Filename()), kOneLine));
+  lblFirmware->setToolTip(qt::PlainTip(lblFirmware->text()));
   mJudged = gQAL->Identity();
   ListDevices();
   ClearProgress();

@@ -45,8 +45,15 @@ TextBox::TextBox(QWidget* parent, const char* name, const QString& accessibleNam
   document()->setDocumentMargin(2);
 }
 
+namespace {
+
+/// Far more than anybody reads, and little enough to be laid out at once.
+constexpr qt::TextBound kBoxText{.lines = 2000, .lineLength = 2000};
+
+}  // namespace
+
 void TextBox::Text(std::string_view text) {
-  setPlainText(qt::Show(text));
+  setPlainText(qt::Bounded(qt::Show(text), kBoxText));
 }
 
 void TextBox::TextNow(std::string_view text) {

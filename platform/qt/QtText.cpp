@@ -42,6 +42,13 @@ QString Bounded(const QString& text, TextBound bound) {
   return shown;
 }
 
+QString PlainTip(const QString& text) {
+  constexpr TextBound kTip{.lines = 12, .lineLength = 400};
+  if (text.isEmpty()) return text;
+  return QStringLiteral("<p style=\"white-space:pre-wrap\">") + Bounded(text, kTip).toHtmlEscaped() +
+         QStringLiteral("</p>");
+}
+
 std::string Read(const QString& shown) {
   std::string text(static_cast<std::size_t>(shown.size()), '\0');
   std::transform(shown.begin(), shown.end(), text.begin(), [](QChar c) { return FromUnicode(c.unicode()); });

@@ -4,6 +4,7 @@
 
 #include "PagesTest.h"
 #include "platform/qt/QtUser.h"
+#include "widgets/Scale.h"
 
 namespace tarnwick::test {
 namespace {
@@ -108,14 +109,15 @@ TEST_F(Window, AButtonActsOnItsOwnKeyAndOnSpaceUnlessItsPageIsLocked) {
 }
 
 TEST_F(Window, FitsItsPageAndStaysWhereTheUserPutIt) {
-  EXPECT_EQ(window.size(), QSize(439, 275));
+  EXPECT_EQ(window.size(), QSize(Scaled(439), Scaled(275)));
   window.move(3, 5);
   WalkTo(2);
   EXPECT_EQ(window.pos(), QPoint(3, 5));
   WalkTo(3);
-  EXPECT_EQ(window.width(), 604);
+  EXPECT_EQ(window.width(), Scaled(604));
   EXPECT_NE(window.pos(), QPoint(3, 5));
-  EXPECT_EQ(QCursor::pos(), Find("cmdStepFwd").mapToGlobal(QPoint(40, 11)));
+  const QWidget& next = Find("cmdStepFwd");
+  EXPECT_EQ(QCursor::pos(), next.mapToGlobal(QPoint(next.width() / 2, next.height() / 2)));
 }
 
 }  // namespace

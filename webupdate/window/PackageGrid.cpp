@@ -3,14 +3,15 @@
 #include <QHeaderView>
 #include <algorithm>
 #include <array>
+#include <numeric>
 
 #include "widgets/Scale.h"
 
 namespace tarnwick {
 namespace {
 
-/// No text makes a column wider than this, at the base font.
-constexpr int kWidestColumn = 260;
+/// The column of names is never narrower than this, at the base font.
+constexpr int kLeastName = 80;
 /// Between the columns.
 constexpr int kAir = 12;
 
@@ -62,7 +63,6 @@ PackageGrid::PackageGrid(QWidget* parent, const Catalogue& catalogue)
   verticalHeader()->setDefaultSectionSize(fontMetrics().height() + Pixels(5));
   horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setStretchLastSection(true);
-  horizontalHeader()->setMaximumSectionSize(Pixels(kWidestColumn));
   Listen();
 }
 
@@ -71,6 +71,7 @@ void PackageGrid::Fill() {
   const bool chosen = selectionModel()->hasSelection();
   Quietly([&] {
     mTable.Refill();
+    MeasureColumns();
     FitColumns();
     const int count = mTable.rowCount();
     if (count == 0) return;
@@ -84,16 +85,32 @@ void PackageGrid::Fill() {
   });
 }
 
-void PackageGrid::FitColumns() {
+void PackageGrid::MeasureColumns() {
   QHeaderView& header = *horizontalHeader();
+  mWanted.clear();
   const CharacterWidths widths(fontMetrics());
   for (int column = 0; column < header.count(); ++column) {
     int fit = header.sectionSizeHint(column);
     if (const int row = widths.WidestRow(mTable, column); row >= 0) {
       fit = std::max(fit, sizeHintForIndex(mTable.index(row, column)).width());
     }
-    header.resizeSection(column, fit + Pixels(kAir));
+    mWanted.push_back(fit + Pixels(kAir));
   }
+}
+
+void PackageGrid::FitColumns() {
+  if (mWanted.empty()) return;
+  const int others = std::accumulate(mWanted.begin() + 1, mWanted.end(), 0);
+  const int room = std::max(viewport()->width() - others, Pixels(kLeastName));
+  for (std::size_t column = 0; column < mWanted.size(); ++column) {
+    const int width = column == 0 ? std::min(mWanted[0], room) : mWanted[column];
+    horizontalHeader()->resizeSection(static_cast<int>(column), width);
+  }
+}
+
+void PackageGrid::resizeEvent(QResizeEvent* event) {
+  ChoosingView::resizeEvent(event);
+  FitColumns();
 }
 
 void PackageGrid::Row(int row) {

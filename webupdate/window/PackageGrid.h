@@ -25,7 +25,13 @@ class PackageGrid final : public ChoosingView<QTableView> {
   void Row(int row);
 
  private:
+  void resizeEvent(QResizeEvent* event) override;
+  /// Takes what the columns want to be from the list.
+  void MeasureColumns();
+  /// Gives each column what it wants; the names get what the window leaves beside the others.
   void FitColumns();
+
+  std::vector<int> mWanted;
 
   PackageTable mTable;
 };

@@ -56,6 +56,8 @@ QVariant PackageTable::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
       return Text(index.row(), index.column());
+    case Qt::ToolTipRole:  // A column may be too narrow for its text.
+      return qt::PlainTip(Text(index.row(), index.column()));
     case Qt::TextAlignmentRole:
       return int(Qt::AlignVCenter | (index.column() == kSize ? Qt::AlignRight : Qt::AlignLeft));
     case Qt::BackgroundRole:

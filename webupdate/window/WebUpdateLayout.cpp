@@ -18,6 +18,10 @@ namespace {
 /// Client size at the base font.
 constexpr int kWidth = 520;
 constexpr int kHeight = 400;
+constexpr int kLeastWidth = 340;
+constexpr int kLeastHeight = 240;
+/// What the window's border takes of the screen, both sides together.
+constexpr int kEdge = 30;
 constexpr int kButtonWidth = 84;
 
 /// A frame named `name` round `inside`.
@@ -72,7 +76,9 @@ void frmWebUpdate::LayOutControls() {
   grid->addWidget(Framed(this, "Frame2", txtDescription), 3, 0, 1, 2);
   grid->setRowStretch(0, 5);
   grid->setRowStretch(3, 3);
-  setFixedSize(Pixels(kWidth), Pixels(kHeight));
+  const QSize room = screen()->availableSize() - QSize(Pixels(kEdge), Pixels(kEdge));
+  setMinimumSize(QSize(Pixels(kLeastWidth), Pixels(kLeastHeight)).boundedTo(room));
+  resize(QSize(Pixels(kWidth), Pixels(kHeight)).boundedTo(room));
 }
 
 void frmWebUpdate::OrderControls() {

@@ -22,6 +22,9 @@ struct TextBound {
 /// the longer it is, and no window is to be taller than the screen.
 QString Bounded(const QString& text, TextBound bound);
 
+/// A text for a tool tip, which would take it for markup where it looks like that. Cut where it is long.
+QString PlainTip(const QString& text);
+
 /// What a user typed or chose, as Windows-1252; a character that it lacks becomes "?".
 std::string Read(const QString& shown);
 
