@@ -64,13 +64,11 @@ void Listed(benchmark::State& state) {
   }
 }
 
-void Shown(benchmark::State& state) {
-  const Stock& stock = StockOf(state.range(0));
-  gFirmwareDir = stock.folder.Path();
+void Show(benchmark::State& state, const std::string& catalogue) {
   test::HttpDouble site;
   test::UserDouble user;
   user.onPump = [] { QCoreApplication::processEvents(); };
-  site.replies[DomainPath + DomainDir] = {stock.catalogue};
+  site.replies[DomainPath + DomainDir] = {catalogue};
   for ([[maybe_unused]] auto _ : state) {
     frmWebUpdate window(nullptr);
     window.Form_Load();
@@ -81,6 +79,23 @@ void Shown(benchmark::State& state) {
   }
 }
 
+void Shown(benchmark::State& state) {
+  const Stock& stock = StockOf(state.range(0));
+  gFirmwareDir = stock.folder.Path();
+  Show(state, stock.catalogue);
+}
+
+/// The most packages that are shown, with nothing in the folder.
+void ShownMost(benchmark::State& state) {
+  std::string catalogue;
+  for (std::int32_t i = 0; i < Catalogue::kMostEntries; ++i)
+    catalogue += "@" + NameOf(i) + ".qal,2024-03-05,5967\r\nMotor control\r\n";
+  const test::TempFolder folder;
+  gFirmwareDir = folder.Path();
+  Show(state, catalogue);
+}
+
+BENCHMARK(ShownMost)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(Listed)->Arg(100)->Arg(1000)->Arg(10'000)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(Shown)->Arg(100)->Arg(10'000)->UseRealTime()->Unit(benchmark::kMillisecond);
 

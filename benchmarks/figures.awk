@@ -31,6 +31,8 @@ function windows(    bare) {
   row("tarnwick-flash ports, start to end / first page painted", share(wall("tarnwick-flash"), wall("bench-first-page")), 0.3)
   row("peak memory of that / of the window's first page", share(value["tarnwick-flash", "peak"], value["bench-first-page", "peak"]), 0.4)
   row("64 KB package listed, loaded, shown / bare window start", share(wall("package"), bare), 0.1)
+  row("2,000 packages of 24 KB on the page: seconds until it can be used", wall("many") / 1000, 0.5)
+  row("the same: seconds until all are judged", wall("judged") / 1000, 2)
   row("block of a programming run / idle round", share(wall("block"), value["idle-round", "cpu_time"]), 15)
   row("word of a verify run / idle round", share(wall("word"), value["idle-round", "cpu_time"]), 10)
 }
@@ -99,6 +101,7 @@ function catalogue() {
   row("catalogue of 10,000: step of n log n / at 100", share(step("Listed", 10000), step("Listed", 100)), 1)
   row("the same, shown", share(step("Shown", 10000), step("Shown", 100)), 1)
   row("catalogue of 10,000 merged, sorted, shown: seconds", wall("Shown/10000") / 1000, 0.5)
+  row("catalogue of 100,000, the most that is shown: seconds", wall("ShownMost") / 1000, 1)
 }
 
 END {

@@ -29,6 +29,8 @@ namespace fs = std::filesystem;
 constexpr std::int32_t kMotors[] = {16, 17};
 /// Words of the image for runs: few enough that each display of progress changes all that it shows.
 constexpr std::int32_t kWords = 4096;
+/// Packages of 24 KB in a full folder.
+constexpr int kMany = 2000;
 /// Words that make a package of 64 KB.
 constexpr std::int32_t kLargeWords = 11648;
 
@@ -170,6 +172,25 @@ void Package(benchmark::State& state, Desk& desk) {
     state.SkipWithError("the package was not loaded");
 }
 
+/// From the page with so many packages to the sign in front of the last one.
+void Judged(benchmark::State& state, Desk& desk) {
+  test::TempFolder folder;
+  for (int i = 0; i < kMany; ++i) test::WriteFile(folder / (std::to_string(i) + ".qal"), PackageOf(kWords));
+  for ([[maybe_unused]] auto _ : state) {
+    desk.ShowPackages(folder.Path());
+    const auto& list = desk.Find<QListWidget>("lstFirmware");
+    while (list.item(kMany - 1)->data(Qt::AccessibleDescriptionRole).isNull())
+      QCoreApplication::processEvents();
+  }
+}
+
+/// The same page until it can be used.
+void Listed(benchmark::State& state, Desk& desk) {
+  test::TempFolder folder;
+  for (int i = 0; i < kMany; ++i) test::WriteFile(folder / (std::to_string(i) + ".qal"), PackageOf(kWords));
+  for ([[maybe_unused]] auto _ : state) desk.ShowPackages(folder.Path());
+}
+
 }  // namespace
 }  // namespace tarnwick::bench
 
@@ -184,6 +205,8 @@ int main(int argc, char* argv[]) {
   add("block", Block)->UseManualTime()->Iterations(4);
   add("word", Word)->UseManualTime()->Iterations(4);
   add("package", Package)->UseRealTime();
+  add("judged", Judged)->UseRealTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+  add("many", Listed)->UseRealTime()->Iterations(1)->Unit(benchmark::kMillisecond);
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
 }
