@@ -346,28 +346,6 @@ TEST_F(Pages, TheStartTellsOfARunThatWasCutOffAndTheMotorsProgrammingEndsThat) {
   EXPECT_FALSE(std::filesystem::exists(note));
 }
 
-TEST_F(Pages, FourLetsTheUserAskToStopUntilItIsConfirmed) {
-  Start();
-  WalkTo(4);
-  ClickRow("lstDevices", 1);
-  std::vector<bool> live;
-  onPump = [&] {
-    if (!gProgramming || live.size() == 2 || link.blocks.empty()) return;
-    user.answers = {live.empty() ? ui::Answer::No : ui::Answer::Yes};
-    Click("cmdTerminate");
-    live.push_back(Live("cmdTerminate"));
-  };
-  Click("cmdProgram");
-  EXPECT_THAT(live, ElementsAre(true, false)) << "After No, and after Yes.";
-  EXPECT_EQ(Said().size(), 2U);
-  ExpectAtRest();
-  EXPECT_THAT(Text("txtOutcome"),
-              HasSubstr("AZM(RA) Motor (last seen: Vendral Corvane, HwRev 5): stopped at"));
-  ClickRow("lstDevices", 1);
-  Click("cmdProgram");
-  EXPECT_THAT(Text("txtOutcome"), HasSubstr("4.15 written."));
-}
-
 TEST_F(Pages, FourTouchesNothingWhenACheckFails) {
   Start();
   WalkTo(4);

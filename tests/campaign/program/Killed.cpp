@@ -22,7 +22,6 @@ enum class What : std::int32_t {
   Speed,
   Write,
   Read,
-  Close,
   Check,
   Power,
   Untouched,
@@ -35,10 +34,9 @@ enum class What : std::int32_t {
 /// A question to the world, and its answer.
 struct Message {
   What what = What::Done;
-  std::int32_t line = 0;    ///< Which opened line.
   std::int64_t number = 0;  ///< The argument, or the result.
-  std::int64_t limit = 0;
-  std::int64_t now = 0;  ///< The world's clock.
+  std::int64_t limit = 0;   ///< How long to wait; of what was written, to which motor.
+  std::int64_t now = 0;     ///< The world's clock.
   std::int32_t error = 0;
   std::uint32_t size = 0;
   std::array<char, 2048> bytes{};
@@ -92,26 +90,23 @@ class FarWorld final : public IWorld {
 
  private:
   struct Line final : serial::ILine {
-    Line(FarWorld& in, std::int32_t number) : world(in), line(number) {}
-    ~Line() override { world.Ask({.what = What::Close, .line = line}); }
+    explicit Line(FarWorld& in) : world(in) {}
     std::error_code Speed(int speed) override {
-      return Error(world.Ask({.what = What::Speed, .line = line, .number = speed}));
+      return Error(world.Ask({.what = What::Speed, .number = speed}));
     }
     std::error_code Write(std::span<const std::uint8_t> bytes, wire::Duration limit) override {
-      Message message{.what = What::Write, .line = line, .limit = limit.count()};
+      Message message{.what = What::Write, .limit = limit.count()};
       message.Text({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
       return Error(world.Ask(message));
     }
     std::size_t Read(std::span<std::uint8_t> buffer, wire::Duration limit, std::error_code& error) override {
       const auto most = static_cast<std::int64_t>(std::min<std::size_t>(buffer.size(), 2048));
-      const Message got =
-          world.Ask({.what = What::Read, .line = line, .number = most, .limit = limit.count()});
+      const Message got = world.Ask({.what = What::Read, .number = most, .limit = limit.count()});
       std::copy_n(got.bytes.begin(), got.size, buffer.begin());
       error = Error(got);
       return got.size;
     }
     FarWorld& world;
-    const std::int32_t line;
   };
 
   static std::error_code Error(const Message& message) { return {message.error, std::generic_category()}; }
@@ -120,7 +115,7 @@ class FarWorld final : public IWorld {
     message.Text(name);
     message = Ask(message);
     error = Error(message);
-    return error ? nullptr : std::make_unique<Line>(*this, message.line);
+    return error ? nullptr : std::make_unique<Line>(*this);
   }
 
   const int mSocket;
@@ -184,11 +179,8 @@ class Player {
       case What::Open:
       case What::OpenAgain:
         return Open(message, text);
-      case What::Close:
-        mLines.erase(message.line);
-        break;
       case What::Speed:
-        message.error = mLines.at(message.line)->Speed(static_cast<int>(message.number)).value();
+        message.error = mLine->Speed(static_cast<int>(message.number)).value();
         break;
       case What::Write:
         return Write(message, text);
@@ -212,7 +204,7 @@ class Player {
         message.number = 0;
         break;
       case What::Written:
-        report.written[message.line] = static_cast<Variant>(message.number);
+        report.written[static_cast<std::int32_t>(message.limit)] = static_cast<Variant>(message.number);
         break;
       case What::Done:
         report.notes += static_cast<int>(message.number);
@@ -234,20 +226,19 @@ class Player {
     std::error_code error;
     auto line = message.what == What::Open ? mWorld.Open(name, error) : mWorld.OpenAgain(error);
     message.error = error.value();
-    if (line) mLines[message.line = ++mOpened] = std::move(line);
+    if (line) mLine = std::move(line);
   }
   void Write(Message& message, std::string text) {
     if (mMidst) text.resize(std::min<std::size_t>(text.size(), mCase.byte / 3));
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    const std::error_code error =
-        mLines.at(message.line)->Write(std::span(bytes, text.size()), wire::Duration(message.limit));
+    const std::error_code error = mLine->Write(std::span(bytes, text.size()), wire::Duration(message.limit));
     message.error = error.value();
     if (mMidst) Kill();
   }
   void Read(Message& message) {
     std::vector<std::uint8_t> buffer(static_cast<std::size_t>(message.number));
     std::error_code error;
-    const std::size_t count = mLines.at(message.line)->Read(buffer, wire::Duration(message.limit), error);
+    const std::size_t count = mLine->Read(buffer, wire::Duration(message.limit), error);
     message.Text({reinterpret_cast<const char*>(buffer.data()), count});
     message.error = error.value();
   }
@@ -257,8 +248,7 @@ class Player {
   const bool mKills;
   int mSocket = -1;
   pid_t mProcess = -1;
-  std::map<std::int32_t, std::unique_ptr<serial::ILine>> mLines;
-  std::int32_t mOpened = 0;
+  std::unique_ptr<serial::ILine> mLine;  ///< The one that was opened last: the library uses no other.
   Number mCalls = 0;
   bool mMidst = false, mSoon = false, mKilled = false;
 };
@@ -278,7 +268,7 @@ int PlayAsPlayer(const Case& played, int socket, const std::filesystem::path& fo
   FarWorld world(socket);
   const Report report = Owner(played, world, folder).Play();
   for (const auto& [address, variant] : report.written)
-    world.Ask({.what = What::Written, .line = address, .number = variant});
+    world.Ask({.what = What::Written, .number = variant, .limit = address});
   world.Ask(What::Done, report.notes, report.gaveUp + "|" + report.wrong);
   return 0;
 }
