@@ -35,6 +35,7 @@ constexpr std::array kQuestions = std::to_array<Question>({
     {"restart", "Would you like to Restart Programming",
      "write a device from its beginning after a failed block"},
     {"retry", "Error Verifying Data at Address", "read a word once more"},
+    {"altered", "The signature of this package does not fit", "use a package whose signature does not fit"},
     {"again", "Begin programming again", "begin once more after a run that was stopped"},
 });
 

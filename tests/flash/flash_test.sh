@@ -73,6 +73,10 @@ ends 0 'Vendral Corvane' status --port COM5
 ends 0 'The package fits.' check MC_0512 --port "$PWD/home/ports/COM5"
 ends 1 'Hex Line CheckSum Error at Line 33' check "home/MotorControllers/MC_0513_DAMAGED.qal" --port COM5
 ends 1 'QAL File Not Found' program nowhere.qal --port COM5
+{ cat "$package" && printf '\n<!-- tarnwick package cut'; } >home/MotorControllers/ALTERED.qal
+ends 1 '--yes=altered answers Yes' check ALTERED --port COM5
+ends 0 'The package fits.' check ALTERED --port COM5 --yes=altered
+rm home/MotorControllers/ALTERED.qal
 ends 1 'The package holds nothing for that device' program MC_0512_AZM --device alt --port COM5
 before=$(ask dump 17)
 ends 0 'AZM(RA) Motor: 5.12 written' program MC_0512 --device azm --port COM5
