@@ -108,6 +108,8 @@ TEST(Adapter, IsFoundAgainUnderAnotherNameAndNoOtherIsTakenForIt) {
     PseudoTerminal before, after, twin;
     if (c.twin) desk.Plug(twin, "1-3", c.serial);
     const std::string name = desk.Plug(before, "1-1", c.serial);
+    EXPECT_FALSE(desk.opener.Open("COM99", desk.error));
+    EXPECT_EQ(desk.error, std::errc::no_such_device);
     auto line = desk.opener.Open("COM5", desk.error);
     ASSERT_TRUE(line) << c.what;
     desk.Unplug(name, "1-1");
