@@ -28,15 +28,21 @@ constexpr std::array kCommands = std::to_array<CommandName>({
     {Command::List, "list", 0, 0},
 });
 
+/// What is asked but once or twice.
+constexpr int kAlways = 100;
+
+// What fails again and again does not succeed by one more Yes: the last three have their bounds.
 constexpr std::array kQuestions = std::to_array<Question>({
     {"model", "model can not be determined",
-     "the package is for this mount, though no device tells its model"},
-    {"boot-loader", "BootLoader on this device needs to be upgraded", "renew a boot loader that is outdated"},
+     "the package is for this mount, though no device tells its model", kAlways},
+    {"boot-loader", "BootLoader on this device needs to be upgraded", "renew a boot loader that is outdated",
+     kAlways},
+    {"altered", "The signature of this package does not fit", "use a package whose signature does not fit",
+     kAlways},
     {"restart", "Would you like to Restart Programming",
-     "write a device from its beginning after a failed block"},
-    {"retry", "Error Verifying Data at Address", "read a word once more"},
-    {"altered", "The signature of this package does not fit", "use a package whose signature does not fit"},
-    {"again", "Begin programming again", "begin once more after a run that was stopped"},
+     "write a device from its beginning after a failed block; 5 times", 5},
+    {"retry", "Error Verifying Data at Address", "read a word once more; 5 times", 5},
+    {"again", "Begin programming again", "begin once more after a run that was stopped; 3 times", 3},
 });
 
 /// The value of "--name=value" or of "--name" "value"; nothing when `words` does not begin with that option.

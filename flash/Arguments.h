@@ -26,6 +26,7 @@ struct Question {
   std::string_view name;   ///< As --yes= has it.
   std::string_view words;  ///< Words of the question's text that no other message has.
   std::string_view about;  ///< What a Yes means, for --help.
+  int most;                ///< How often the command line answers it in one run of the program.
 };
 
 /// All of them.

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <chrono>
 
 #include "Commands.h"
 #include "Mount.h"
@@ -6,6 +7,7 @@
 #include "link/Connection.h"
 #include "link/Devices.h"
 #include "link/OpeningCause.h"
+#include "platform/clock.h"
 #include "platform/ui.h"
 #include "programmer/ProgrammingRun.h"
 #include "programmer/TimeLeft.h"
@@ -15,8 +17,8 @@
 namespace tarnwick::flash {
 namespace {
 
-/// How often a stopped run is begun again where nobody sits who could look at power and cable.
-constexpr int kMostAgain = 3;
+/// Before a run is begun again where nobody sits who could look at power and cable.
+constexpr int kPauseSeconds = 10;
 
 /// Shows a run as a line of progress.
 class Display final : public IProgress {
@@ -25,11 +27,14 @@ class Display final : public IProgress {
 
   void Label(const std::string& text) override { mText = text; }
   void Bar(double fraction) override {
-    mLeft.Reached(fraction);
+    mLeft.Reached(mShare = fraction);
     const std::string left = mLeft.Text();
     mOutput.Progress(left.empty() ? mText : mText + ", " + left, fraction);
   }
   void Turn(std::int32_t, std::int32_t number, std::int32_t count) override { mLeft.Begin(number, count); }
+  void Waiting(const std::string& what) override {
+    if (!what.empty()) mOutput.Progress(mText + ", " + what, mShare, true);
+  }
   void Caption(const std::string&) override {}
   void Rest() override { mOutput.EndProgress(); }
   void Busy(bool) override {}
@@ -38,6 +43,7 @@ class Display final : public IProgress {
  private:
   Output& mOutput;
   std::string mText;
+  double mShare = 0;
   TimeLeft mLeft;
 };
 
@@ -83,13 +89,15 @@ const char* NameOf(RowEnd end) {
 
 void TellOutcomes(const Job& job, const std::vector<RowOutcome>& outcomes) {
   for (const RowOutcome& outcome : outcomes) {
-    job.output.Line(OutcomeText(outcome));
-    job.output.Event("outcome", [&outcome](JsonLine& json) {
+    const std::string text = OutcomeText(outcome, Reader::Command);
+    job.output.Line(text);
+    job.output.Event("outcome", [&](JsonLine& json) {
       json.Member("device", gDevices[outcome.Row].Name);
       json.Member("address", gDevices[outcome.Row].Address);
       json.Member("end", std::string(NameOf(outcome.End)));
       json.Member("percent", outcome.Percent);
-      json.Member("text", OutcomeText(outcome));
+      json.Member("boot_loader_untold", outcome.LoaderUntold);
+      json.Member("text", text);
     });
   }
 }
@@ -101,16 +109,57 @@ bool IsUntouched(const RowOutcome& outcome) {
 }
 
 Exit ExitOf(const std::vector<RowOutcome>& outcomes) {
-  const auto written = [](const RowOutcome& outcome) { return outcome.End == RowEnd::Written; };
+  // Of a boot loader that could not be asked only another run can tell.
+  const auto written = [](const RowOutcome& outcome) {
+    return outcome.End == RowEnd::Written && !outcome.LoaderUntold;
+  };
   if (std::all_of(outcomes.begin(), outcomes.end(), written)) return Exit::Done;
   return std::all_of(outcomes.begin(), outcomes.end(), IsUntouched) ? Exit::Refused : Exit::Stopped;
 }
 
-/// A stopped run is best begun again by the program that knows what the devices told before.
+/// Only this process still knows the hardware revision of a motor that cannot tell it any more: so a stopped
+/// run is offered to be begun again before it ends.
 bool GoesOn(const Job& job) {
   if (job.user.IsEnding()) return false;
-  return ui::MessageBox("Check power and cable. Begin programming again?", ui::Buttons::YesNo,
-                        ui::Icon::Question) == ui::Answer::Yes;
+  const bool again = ui::MessageBox(
+                         "Check power and cable. Begin programming again? A motor that was stopped may no "
+                         "longer tell its hardware revision to a later command.",
+                         ui::Buttons::YesNo, ui::Icon::Question) == ui::Answer::Yes;
+  // Where nobody says when power is back, it is given a while.
+  for (int second = 0; again && !job.user.IsAttended() && second < kPauseSeconds; ++second) {
+    clock::Sleep(std::chrono::seconds(1));
+    job.user.PumpEvents();
+    if (job.user.IsEnding()) return false;
+  }
+  return again;
+}
+
+/// The rows that another run has to write.
+std::vector<std::int32_t> Unwritten(const std::vector<RowOutcome>& outcomes) {
+  std::vector<std::int32_t> rows;
+  for (const RowOutcome& outcome : outcomes) {
+    if (outcome.End != RowEnd::Written) rows.push_back(outcome.Row);
+  }
+  return rows;
+}
+
+/// Runs until all of `rows` are written, or nobody wants to go on.
+Exit RunRows(const Job& job, const ChosenPackage& package, std::vector<std::int32_t> rows) {
+  const QalIdentity identity = gQAL->Identity();
+  Display display(job.output);
+  const bool together = job.arguments.address == 0;
+  for (bool touched = false;; touched = true) {
+    ProgrammingRun run(rows, together && !touched, identity);
+    run.Execute(display);
+    TellOutcomes(job, run.Outcomes());
+    const Exit exit = ExitOf(run.Outcomes());
+    if (exit == Exit::Done || (exit == Exit::Refused && !touched)) return exit;
+    rows = Unwritten(run.Outcomes());
+    if (rows.empty() || !GoesOn(job)) return Exit::Stopped;
+    package.Reload();
+    LockHandControl();
+    RefreshDevices();
+  }
 }
 
 }  // namespace
@@ -156,26 +205,10 @@ Exit ProgramPackage(const Job& job) {
   if (const Exit judged = package.Judge(); judged != Exit::Done) return judged;
   const std::vector<std::int32_t> rows = package.Rows();
   if (rows.empty()) return Exit::Refused;
-  const QalIdentity identity = gQAL->Identity();
   if (!job.user.IsAttended()) gBlockOverride = false;  // It asks in the midst of a run.
   RefreshDevices();
-  Display display(job.output);
-  Exit exit = Exit::Refused;
-  bool touched = false;
-  for (int again = 0; again <= kMostAgain || job.user.IsAttended(); ++again) {
-    job.user.PumpEvents();
-    if (job.user.IsEnding()) break;
-    ProgrammingRun run(rows, job.arguments.address == 0, identity);
-    run.Execute(display);
-    TellOutcomes(job, run.Outcomes());
-    exit = ExitOf(run.Outcomes());
-    if (exit == Exit::Refused && touched) exit = Exit::Stopped;
-    touched = true;
-    if (exit != Exit::Stopped || !GoesOn(job)) break;
-    LockHandControl();
-    RefreshDevices();
-  }
-  return exit;
+  job.user.PumpEvents();
+  return job.user.IsEnding() ? Exit::Refused : RunRows(job, package, rows);
 }
 
 Exit VerifyPackage(const Job& job) {

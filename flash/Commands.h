@@ -17,7 +17,7 @@ struct Job {
 
 Exit ListPorts(const Job& job);
 Exit ShowStatus(const Job& job);
-/// Holds the package against the mount, and against nothing where no port is named and none is known.
+/// Holds the package against the mount. Nothing is changed there.
 Exit CheckPackage(const Job& job);
 Exit ProgramPackage(const Job& job);
 Exit VerifyPackage(const Job& job);

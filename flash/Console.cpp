@@ -9,9 +9,6 @@
 namespace tarnwick::flash {
 namespace {
 
-/// A block that fails again and again is not going to be written by saying Yes once more.
-constexpr int kMostRestarts = 5;
-
 /// One line that a person types, without its end. False when none comes: the input has ended, or Ctrl-C was
 /// pressed.
 bool ReadLine(std::string& line) {
@@ -56,19 +53,20 @@ ui::Answer Console::MessageBox(std::string_view text, ui::Buttons buttons, ui::I
 }
 
 bool Console::AnswerOf(std::string_view text) {
+  PumpEvents();
   const struct Question* const question = QuestionOf(text);
-  const bool named = question != nullptr && mYes.contains(std::string(question->name));
-  const bool wornOut = named && question->name == "restart" && ++mRestarts > kMostRestarts;
-  if (named && !wornOut) {
+  const bool named = question != nullptr && mYes.contains(std::string(question->name)) &&
+                     ++mAnswered[question->name] <= question->most;
+  if (named && !mEnding) {
     mOutput.Message(text, "Yes");
     return true;
   }
-  if (mAttended) {
+  if (mAttended && !mEnding) {
     mOutput.Question(text);
     return AskPerson();
   }
   mOutput.Message(text, "No");
-  if (question != nullptr && !named) {
+  if (question != nullptr && !mEnding && !mYes.contains(std::string(question->name))) {
     mOutput.Note("Nobody is here to be asked. --yes=" + std::string(question->name) + " answers Yes.");
   }
   return false;
@@ -77,14 +75,20 @@ bool Console::AnswerOf(std::string_view text) {
 bool Console::AskPerson() {
   mAsking = true;
   std::string line;
-  bool answered = false;
-  do {
+  bool asking = true;
+  while (asking) {
     std::fputs("[y/n] ", stderr);
-    answered = ReadLine(line);
-  } while (answered && line != "y" && line != "n" && line != "yes" && line != "no");
+    if (ReadLine(line)) {
+      asking = line != "y" && line != "n" && line != "yes" && line != "no";
+    } else {
+      // Ctrl-C answers nothing. Where the terminal has gone, or the system ends us, nobody is there any more.
+      asking = signals::Take() == signals::Asked::Interrupt;
+      line = "no";
+      std::fputs("\n", stderr);
+    }
+  }
   mAsking = false;
-  if (!answered) std::fputs("no\n", stderr);
-  return answered && line.front() == 'y';
+  return line.front() == 'y';
 }
 
 std::string Console::InputBox(std::string_view prompt, std::string_view, std::string_view proposed) {

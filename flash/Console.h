@@ -1,6 +1,7 @@
 // The user of tarnwick-flash: a person at a terminal, or the command line alone.
 #pragma once
 
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -41,8 +42,8 @@ class Console final : public ui::IUserInterface {
   std::set<std::string> mYes;
   bool mAttended = false;
   bool mEnding = false;
-  bool mAsking = false;  ///< While a question waits: no second one is put on top of it.
-  int mRestarts = 0;
+  bool mAsking = false;                       ///< While a question waits: no second one is put on top of it.
+  std::map<std::string_view, int> mAnswered;  ///< How often the command line answered each question.
 };
 
 }  // namespace tarnwick::flash

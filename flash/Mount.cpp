@@ -75,16 +75,18 @@ Exit ReachMount(const Job& job) {
 
 ChosenPackage::~ChosenPackage() {
   std::error_code ignored;
-  if (!mTaken.empty()) fs::remove(mTaken, ignored);
+  if (!mTaken.empty()) fs::remove_all(mTaken, ignored);
 }
 
 fs::path ChosenPackage::TakeInput() {
   std::string content;
   if (!ReadInput(content)) return {};
-  const std::string name = "tarnwick-" + files::UniquePart() + std::string(kPackageEnding);
-  const fs::path file = fs::temp_directory_path() / name;
+  const fs::path folder = fs::temp_directory_path() / ("tarnwick-" + files::UniquePart());
+  if (files::MakeFolder(folder)) return {};
+  mTaken = folder;
+  const fs::path file = folder / ("standard-input" + std::string(kPackageEnding));
   if (files::Create(file, content, fs::perms::owner_read | fs::perms::owner_write)) return {};
-  return mTaken = file;
+  return file;
 }
 
 /// A file of that name, else a package of the folder with or without its ending.
@@ -98,10 +100,14 @@ fs::path ChosenPackage::Locate() {
 }
 
 Exit ChosenPackage::Judge() {
-  const fs::path package = Locate();
-  if (!AcceptSignature(package)) return Exit::Refused;
-  gQAL->LoadQALfile(package);
+  mPath = Locate();
+  if (!AcceptSignature(mPath)) return Exit::Refused;
+  Reload();
   return PackageFits() ? Exit::Done : Exit::Refused;
+}
+
+void ChosenPackage::Reload() const {
+  gQAL->LoadQALfile(mPath);
 }
 
 std::vector<std::int32_t> ChosenPackage::Rows() const {

@@ -23,6 +23,8 @@ class ChosenPackage {
 
   /// `Done` when it fits; the user was told otherwise.
   Exit Judge();
+  /// Loads the same file again: it may have been put back meanwhile.
+  void Reload() const;
   /// The rows that are chosen, of those that the package has an image for. Empty after a message.
   std::vector<std::int32_t> Rows() const;
 
@@ -31,7 +33,8 @@ class ChosenPackage {
   std::filesystem::path TakeInput();
 
   const Job& mJob;
-  std::filesystem::path mTaken;
+  std::filesystem::path mPath;
+  std::filesystem::path mTaken;  ///< The folder of what came from standard input; empty for none.
 };
 
 /// A port that can be chosen.

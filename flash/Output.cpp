@@ -76,14 +76,14 @@ void Output::Event(std::string_view kind, const std::function<void(JsonLine&)>& 
   std::fflush(stdout);
 }
 
-void Output::Progress(const std::string& text, double share) {
+void Output::Progress(const std::string& text, double share, bool now) {
   const bool live = IsText() && signals::ShowsTerminal();
-  const auto now = Clock::now();
+  const auto moment = Clock::now();
   const auto pause = live       ? Clock::duration(kAlive)
                      : IsText() ? Clock::duration(kInLog)
                                 : Clock::duration(kStream);
-  if (now - mShown < pause) return;
-  mShown = now;
+  if (!now && moment - mShown < pause) return;
+  mShown = moment;
   Event("progress", [&](JsonLine& json) {
     json.Member("text", text);
     json.Member("share", share);

@@ -40,8 +40,8 @@ class Output {
   /// Writes one object of the stream: its kind and what `members` adds.
   void Event(std::string_view kind, const std::function<void(JsonLine&)>& members);
   /// How far the work has got: `text` as the window has it, and a share from 0 to 1. Shown on a terminal at
-  /// once, else every ten seconds, as JSON every second.
-  void Progress(const std::string& text, double share);
+  /// once, else every ten seconds, as JSON every second; with `now`, before a long wait, everywhere at once.
+  void Progress(const std::string& text, double share, bool now = false);
   /// The line of progress is done with.
   void EndProgress();
   /// The last of all. False when something could not be written.

@@ -17,6 +17,7 @@
 #include "platform/program.h"
 #include "platform/record.h"
 #include "platform/signals.h"
+#include "programmer/Advice.h"
 #include "programmer/DeviceClass.h"
 #include "programmer/UnfinishedRun.h"
 #include "settings/Settings.h"
@@ -71,7 +72,8 @@ Exit Work(const flash::Arguments& arguments, flash::Output& output) {
   TrustBuiltInKeys();
   LoadSettings();
   ChooseDeviceClass(kMotorControllers);
-  if (const std::string told = RecallUnfinished(); !told.empty()) output.Message(told, {});
+  if (const std::string told = RecallUnfinished(advice::kCommandAgain); !told.empty())
+    output.Message(told, {});
   Exit exit = Exit::Refused;
   if (!Contain([&] { exit = Dispatch({arguments, output, user}); }))
     output.Note("That failed in a way that nobody foresaw. Tarnwick.log has more.");

@@ -30,11 +30,19 @@ std::string_view WayOn(const RowOutcome& outcome) {
   return whole ? std::string_view() : advice::kBeginAgain;
 }
 
-std::string WrittenText(const RowOutcome& outcome) {
+/// The advice of the page, as it is for who reads it.
+std::string For(Reader reader, std::string_view way) {
+  if (reader == Reader::Page || way.empty()) return std::string(way);
+  if (way == advice::kCyclePower) return std::string(advice::kCommandCyclePower);
+  if (way == advice::kOnceMore) return std::string(advice::kCommandOnceMore);
+  return std::string(advice::kCommandAgain);
+}
+
+std::string WrittenText(const RowOutcome& outcome, Reader reader) {
   const std::string written = text::Fixed2(outcome.Version) + " written";
-  if (outcome.LoaderUntold) return written + ". " + std::string(advice::kOnceMore);
+  if (outcome.LoaderUntold) return written + ". " + For(reader, advice::kOnceMore);
   if (gDevices[outcome.Row].State == McState::Running) return written + ", running";
-  return written + ". " + std::string(advice::kCyclePower);
+  return written + ". " + For(reader, advice::kCyclePower);
 }
 
 std::string ProgressText(const RowOutcome& outcome) {
@@ -53,13 +61,13 @@ std::string ProgressText(const RowOutcome& outcome) {
 
 }  // namespace
 
-std::string OutcomeText(const RowOutcome& outcome) {
+std::string OutcomeText(const RowOutcome& outcome, Reader reader) {
   const DeviceEntry& row = gDevices[outcome.Row];
-  if (outcome.End == RowEnd::Written) return row.Name + ": " + WrittenText(outcome);
+  if (outcome.End == RowEnd::Written) return row.Name + ": " + WrittenText(outcome, reader);
   const std::string seen = row.State == McState::Running ? "" : SeenText(LastSeen(row.Address));
   const std::string name = row.Name + (seen.empty() ? "" : " (last seen: " + seen + ")");
   const std::string_view way = WayOn(outcome);
-  return name + ": " + ProgressText(outcome) + (way.empty() ? "." : ". ") + std::string(way);
+  return name + ": " + ProgressText(outcome) + (way.empty() ? "." : ". ") + For(reader, way);
 }
 
 }  // namespace tarnwick

@@ -129,7 +129,7 @@ void ForgetUnfinished(std::int32_t address) {
   Contain([address] { Write(Others(address)); });
 }
 
-std::string RecallUnfinished() {
+std::string RecallUnfinished(std::string_view way) {
   const std::vector<UnfinishedMotor> motors = ReadUnfinished();
   if (motors.empty()) return {};
   std::string told = "The programming of a motor was begun and not ended:\r\n\r\n";
@@ -137,11 +137,11 @@ std::string RecallUnfinished() {
     RecallSeen(motor.Address, motor.Seen);
     told += Describe(motor);
   }
-  return told.append("\r\n").append(advice::kResume);
+  return told.append("\r\n").append(way);
 }
 
 void ShowUnfinished() {
-  const std::string told = RecallUnfinished();
+  const std::string told = RecallUnfinished(advice::kResume);
   if (told.empty()) return;
   const ui::Answer answer = ui::MessageBox(told + "\r\n\r\nKeep this note until it is programmed?",
                                            ui::Buttons::YesNo, ui::Icon::Exclamation);

@@ -100,6 +100,17 @@ start_mount --state boot
 ends 1 '--yes=model answers Yes' program MC_0512 --port COM5 --yes=boot-loader,restart
 ends 0 '5.12 written' program MC_0512 --port COM5 --yes=model
 
+# What is tried again has its bound, and a command tells no one to stay on a page.
+start_mount
+ask fault pull 3000 >out
+ends 4 'Not lost. Check power and cable, and program the motor again' program MC_0512 --port COM5 --device azm --yes=restart
+! grep -q 'page' out err || fail "an advice for those who have a page before them"
+start_mount
+ends 0 '5.12 written' program MC_0512 --port COM5 --device azm
+ask power
+ask fault pull 600 >out
+ends 5 'Verify Cancelled by User' verify MC_0512_AZM --port COM5 --yes=retry
+
 # Ended in the midst: the device needs another run, and record and note say so. A terminal that goes stops nothing.
 for signal in TERM HUP; do
   start_mount --line paced=on --baud 115200

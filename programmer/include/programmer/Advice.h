@@ -51,6 +51,15 @@ inline constexpr std::string_view kCycleNow =
 inline constexpr std::string_view kOpenAgain = "Check power and cable, and press Next again.";
 inline constexpr std::string_view kChooseDevice = "Choose the motors one by one, and program each.";
 
+// For those who have no page before them, but a command line.
+inline constexpr std::string_view kCommandAgain =
+    "Not lost. Check power and cable, and program the motor again with the same package. If that is refused "
+    "because of HwRev, take a package that names one revision alone, the one of this motor.";
+inline constexpr std::string_view kCommandCyclePower = "Switch the mount off and on, and wait a few seconds.";
+inline constexpr std::string_view kCommandOnceMore =
+    "Its boot loader could not be asked whether it is outdated. Switch the mount off and on, wait a few "
+    "seconds, and program the motor once more.";
+
 /// A message, told by the words that it holds, and what to do about it.
 struct MessageAdvice {
   std::string_view message;

@@ -25,8 +25,11 @@ struct RowOutcome {
   double Version = 0.0;       ///< What was written.
 };
 
+/// Where the outcome is read: on the page that it happened on, which stays, or behind a command that has ended.
+enum class Reader { Page, Command };
+
 /// The outcome in a line, by the row's state as it was last read: "ALT(DEC) Motor: 5.12 written, running", or
 /// how far it got and what to do next. A motor that does not run is named with what it last told of itself.
-std::string OutcomeText(const RowOutcome& outcome);
+std::string OutcomeText(const RowOutcome& outcome, Reader reader = Reader::Page);
 
 }  // namespace tarnwick

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "link/LastSeen.h"
@@ -49,8 +50,8 @@ std::vector<UnfinishedMotor> ReadUnfinished();
 void ForgetUnfinished(std::int32_t address);
 
 /// Recalls what the motors of a note told of themselves, and gives what the user is to be told: which they
-/// are and what to do. Empty without a note.
-std::string RecallUnfinished();
+/// are and, as `way` has it, what to do. Empty without a note.
+std::string RecallUnfinished(std::string_view way);
 
 /// At the start of the program: recalls what the motors of a note told of themselves, shows the note with
 /// what to do, and asks whether it is to be kept. Nothing happens without a note.
