@@ -12,7 +12,7 @@ data=$XDG_DATA_HOME/Tarnwick
 for component in window tools mount; do cmake --install "$build" --component $component --prefix "$PWD/system" >/dev/null; done
 cmake --install "$build" --component portable --prefix "$PWD/portable" >/dev/null
 for program in system/bin/*; do
-  [ -s "system/share/man/man1/$(basename "$program").1" ] || fail "$program has no manual page"
+  [ -s "system/share/man/man1/$(basename "$program").1.gz" ] || fail "$program has no manual page"
 done
 before=$(find system | sort)
 chmod -R a-w system

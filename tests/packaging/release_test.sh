@@ -36,9 +36,9 @@ if git -C "$source" rev-parse 2>/dev/null; then
   cat >"$scratch/bin/cmake" <<END
 #!/bin/sh -e
 [ "\$1" = --build ] || { echo "\$*" >"$scratch/asked"; exit; }
-"$(command -v cmake)" --build "$build" --target archive >/dev/null
+"$(command -v cmake)" --build "$build" --target archive debs >/dev/null
 mkdir -p "\$2/bin"
-cp "$build"/Tarnwick-*.tar.xz "\$2"
+cp "$build"/Tarnwick-*.tar.xz "$build"/*.deb "\$2"
 cp "$build/bin/tarnwick-site" "\$2/bin"
 END
   chmod +x "$scratch/bin/cmake"
@@ -73,6 +73,7 @@ print(".".join(str(number.value) for number in numbers))
 END
   )
   grep -q "^\$Tarnwick.DLL, *$reported," "$list" || fail "the library reports $reported, its row: $(grep '^\$Tarnwick.DLL' "$list")"
+  [ "$(wc -l <"$dest/SHA256SUMS")" -eq 4 ] && (cd "$dest" && sha256sum --quiet -c SHA256SUMS) || fail "the sums"
   tar -xf "$dest"/Tarnwick-*.tar.xz -C "$scratch" && (cd "$scratch"/Tarnwick-*/ && ls | sort | tr '\n' ' ') >"$scratch/ships"
   grep -q '^60-.* LICENSE README.txt Tarnwick Tarnwick.so menu-entry org' "$scratch/ships" || fail "ships $(<"$scratch/ships")"
 else
