@@ -79,6 +79,7 @@ TEST(LinkLibrary, OfTheProgramsFolderPassesArgumentsAndAnswersUnchanged) {
 TEST(LinkLibrary, HoldsThePortExclusivelyAndGivesItBack) {
   const Copy first, second;  // Two files, so two libraries with a state each.
   EXPECT_EQ(first.library->initSerialCommon("COM5"), -1);
+  EXPECT_EQ(first.library->doTestForUpgradeSupport(), 1) << "There is no mount that would support it.";
   mount::MountProcess mount;
   ASSERT_TRUE(mount.Start(TARNWICK_MOUNT, first.folder / "ports/COM5", {}));
   fs::create_symlink(first.folder / "ports/COM5", second.folder / "ports/COM5");
