@@ -21,7 +21,7 @@ system/bin/tarnwick-flash ports >/dev/null || fail "tarnwick-flash does not run"
 mkdir -p "$data/ports"
 "$mount" --link "$data/ports/COM5" >ready &
 until [ -s ready ]; do sleep 0.05; done
-system/bin/tarnwick-flash status --port COM5 | grep -q 'DLL Version: 1' || fail "the link library is not found"
+system/bin/tarnwick-flash status --port COM5 | grep -q 'DLL Version: [1-9]' || fail "the link library is not found"
 for kept in Tarnwick.log MotorControllers; do [ -e "$data/$kept" ] || fail "$kept is not the user's"; done
 [ ! -e "$data/WebUpdate.lock" ] || fail "it means to renew itself"
 [ "$(find system | sort)" = "$before" ] || fail "something was written beside the programs"

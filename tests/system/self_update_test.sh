@@ -14,11 +14,16 @@ build=$2 next_program=$3 next_library=$4
 
 work=$(mktemp -d)
 home="$work/Tarn \$HOME 'wick' \"é\""
-# Ends every program that was started from the folder.
+# Ends every program that was started from the folder, and waits until they are gone.
 end_programs() {
-  local exe
-  for exe in /proc/[0-9]*/exe; do
-    [[ $(readlink "$exe" 2>/dev/null) != "$home"/* ]] || kill "${exe//[^0-9]/}" 2>/dev/null || true
+  local exe left
+  for _ in {1..100}; do
+    left=
+    for exe in /proc/[0-9]*/exe; do
+      [[ $(readlink "$exe" 2>/dev/null) != "$home"/* ]] || { left=1; kill "${exe//[^0-9]/}" 2>/dev/null || true; }
+    done
+    [ -n "$left" ] || return 0
+    sleep 0.1
   done
 }
 cleanup() {
