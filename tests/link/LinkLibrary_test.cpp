@@ -66,7 +66,7 @@ TEST(LinkLibrary, OfTheProgramsFolderPassesArgumentsAndAnswersUnchanged) {
                           {"--device", "16:model=0x109,revision=6,version=3.14"}));
   program::Set({copy.folder.Path(), "Renamed", 0, 0, 0});
   EXPECT_EQ(AnswersOf(Link()),
-            Words({1, 0, 1, 1, 0, 1, 0x109, 1, 3, 14, 1, 6, 1, 0x1000 + 5 * 7, 0x1000 + 7 * 7,
+            Words({2, 0, 1, 1, 0, 1, 0x109, 1, 3, 14, 1, 6, 1, 0x1000 + 5 * 7, 0x1000 + 7 * 7,
                    1, 1, 6, 0, 2, 1, 1,     1}));
   const Words memory = mount.Dump(16);
   EXPECT_TRUE(memory.at(0) == 0 && memory.at(1) == 0xFFFF) << "One word is written, the others are erased.";
