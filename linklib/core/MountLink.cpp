@@ -24,6 +24,8 @@ constexpr milliseconds kSlowWait(200);
 
 constexpr Duration kSearchLimit = milliseconds(1200);
 constexpr Duration kFirstLimit = milliseconds(1500);
+/// While the mount is asked once more how long it may take.
+constexpr Duration kLearnLimit = milliseconds(2000);
 /// A speed above the home speed is not tried when less time is left: at opening, where all below it may
 /// have to be tried, and when the mount is found again, at a speed that worked.
 constexpr Duration kTrialAtOpening = milliseconds(2500);
@@ -96,7 +98,8 @@ Opening MountLink::Open() {
   if (!answer.Done()) return CauseOf(answer.outcome);
   const Opening taken = TakeIdentity(answer.payload);
   if (taken != Opening::Opened) return taken;
-  if (mTellsTimes) LearnTimes(end);
+  if (mTellsTimes)
+    LearnTimes(mSession.Exchange(mSession.Request(kMountAddress, Command::Times), kFirstWaits, end));
   return AgreeOnSpeed(mFastest, kTrialAtOpening, end);
 }
 
@@ -113,10 +116,9 @@ Opening MountLink::TakeIdentity(const Bytes& identity) {
   return Opening::Opened;
 }
 
-void MountLink::LearnTimes(Duration end) {
-  const Frame request = mSession.Request(kMountAddress, Command::Times);
-  const Answer answer = mSession.Exchange(request, kFirstWaits, end);
+void MountLink::LearnTimes(const Answer& answer) {
   if (!answer.Done()) return;
+  mTellsTimes = false;  // It need not be asked again.
   for (std::size_t i = 0; i < mTimes.size(); ++i)
     mTimes[i] = std::min(answer.payload[i], kMostTime) * kTimesUnit;
 }
@@ -200,7 +202,15 @@ void MountLink::Lock() {
   AskRepeatedly(mSession.Request(kMountAddress, Command::Lock), mSession.Now() + kAskLimit);
 }
 
+bool MountLink::TakesLong(Command command) {
+  return command == Command::Start || command == Command::End || command == Command::Check;
+}
+
 Answer MountLink::Ask(std::uint8_t address, Command command, Bytes payload, Duration asked) {
+  // What got lost when the port was opened is asked for once more where it matters.
+  if (mTellsTimes && TakesLong(command)) {
+    LearnTimes(AskRepeatedly(mSession.Request(kMountAddress, Command::Times), asked + kLearnLimit));
+  }
   const Duration end = asked + std::max(kAskLimit, TimeOf(command) + kSlowMargin);
   const Frame request = mSession.Request(address, command, std::move(payload));
   Answer answer = AskRepeatedly(request, end);

@@ -66,6 +66,7 @@ void Busy(Run& run) {
   run.Play("busy start=" + to_string(start) + ",end=" + to_string(end) + ",check=" + to_string(check) +
            ",deaf=" + (run.dice.Below(2) == 1 ? "on" : "off"));
   run.Play("fault drop 0.0005");
+  if (run.dice.Below(2) == 1) run.Play("fault refuse times 3 3");  // The mount cannot say so at first.
   run.slowest = std::chrono::milliseconds(std::max(start, end + check) + 3200);
 }
 

@@ -57,7 +57,9 @@ class MountLink {
  private:
   Answer FindMount(Duration end);
   Opening TakeIdentity(const Bytes& identity);
-  void LearnTimes(Duration end);
+  /// Takes the mount's answer to how long it may take; one that did not come is asked for again by `Ask`.
+  void LearnTimes(const Answer& answer);
+  static bool TakesLong(Command command);
   Duration TimeOf(Command command) const;
   Opening AgreeOnSpeed(int fastest, Duration trial, Duration end);
   bool ChangeTo(int speed, Duration end);
@@ -73,7 +75,7 @@ class MountLink {
   bool mLockWanted = false;
   int mHome = kBaseSpeed;  ///< Speed to which the mount goes back.
   int mFastest = kBaseSpeed;
-  bool mTellsTimes = false;
+  bool mTellsTimes = false;  ///< And has not done so yet.
   std::array<Duration, 3> mTimes{};  ///< How long Start, End and Check may take.
 };
 
