@@ -82,7 +82,7 @@ class Reader {
 
 bool HexBytes::Put(std::uint32_t address, std::uint8_t value) {
   if (mPage == nullptr || mNumber != address / kPage) {
-    mNumber = address / kPage;
+    mNumber = static_cast<std::uint32_t>(address / kPage);
     mPage = &mPages[mNumber];
   }
   Page& page = *mPage;
