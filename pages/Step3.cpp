@@ -56,6 +56,9 @@ void Step3::Form_Load() {
   txtFirmware = new TextBox(this, "txtFirmware", QStringLiteral("About the selected package"));
   txtStatus = new StatusBox(this);
   cmdRefresh = MakeButton(this, "cmdRefresh", "Refresh Status", [this] { cmdRefresh_Click(); });
+  setAcceptDrops(true);
+  for (TextBox* const text : {txtFirmware, static_cast<TextBox*>(txtStatus)})
+    text->viewport()->setAcceptDrops(false);
   GiveKey(*cmdWebUpdate, Qt::ALT | Qt::Key_D);
   GiveKey(*cmdRefresh, Qt::ALT | Qt::Key_R);
   LayOutControls();

@@ -1,4 +1,9 @@
 // Every message of the pages, brought up through the window. After each the page can be used.
+#include <QDropEvent>
+#include <QListWidget>
+#include <QMimeData>
+#include <QUrl>
+
 #include "PagesTest.h"
 #include "programmer/modProgrammer.h"
 
@@ -136,6 +141,35 @@ TEST_F(Messages, OfTheProgrammingPage) {
   onPump = [this] { gCancelProgram = !link.blocks.empty(); };  // Comes after the last block was sent.
   Run("cmdProgram", 2, {});
   EXPECT_EQ(Alt().state, 2) << "It was ended all the same.";
+}
+
+TEST_F(Messages, ThreeTakesPackagesThatAreDroppedAndAsksBeforeItReplaces) {
+  Start();
+  WalkTo(3);
+  const TempFolder stick;
+  const std::string other = PackageText(6, "5", kBoth);
+  const auto drop = [&](const std::string& name) {
+    WriteFile(stick / name, other);
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(QString::fromStdString((stick / name).string()))});
+    QWidget& page = *Find("lstFirmware").parentWidget();
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&page, &enter);
+    QDropEvent event(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&page, &event);
+    QCoreApplication::processEvents();
+    return Find<QListWidget>("lstFirmware").selectedItems().front()->text();
+  };
+  EXPECT_EQ(drop("New.qal"), QStringLiteral("New.qal"));
+  user.answers = {ui::Answer::No};
+  drop("A.qal");
+  EXPECT_THAT(Said(), testing::ElementsAre("YesNo ?|A.qal is in your folder already.\r\nReplace it?"));
+  EXPECT_EQ(ReadFile(folder / "MotorControllers/A.qal"), PackageText(5, "5", kBoth));
+  drop("A.qal");
+  EXPECT_EQ(ReadFile(folder / "MotorControllers/A.qal"), other);
+  Wizard().Frozen(true);
+  EXPECT_EQ(drop("Late.qal"), QStringLiteral("A.qal"));
+  Wizard().Frozen(false);
 }
 
 }  // namespace

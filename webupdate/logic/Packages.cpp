@@ -27,6 +27,14 @@ void TellFailure(const std::string& what, const std::string& file, const std::er
   ui::MessageBox(what + file + "\r\n" + error.message());
 }
 
+/// Refuses a package whose signature does not fit.
+bool AcceptContent(std::string_view content, const std::string& name) {
+  if (JudgeSignature(content, PackageSigners()).state != PackageSignature::State::DoesNotFit) return true;
+  record::Failure("fetching " + name, "its signature does not fit");
+  ui::MessageBox(kAltered, ui::Buttons::Ok, ui::Icon::Critical);
+  return false;
+}
+
 /// Whether a package of the folder has that note.
 bool HasOwner(const fs::path& folder, const fs::path& note) {
   const auto packages = PackagesIn(folder);
@@ -65,15 +73,31 @@ std::error_code SavePackage(const fs::path& folder, FileEntry& entry, std::strin
   return error;
 }
 
+bool BringPackage(const fs::path& folder, const fs::path& path) {
+  constexpr std::uintmax_t kLargest = 64 << 20;
+  const fs::path wanted = folder / path.filename();
+  const std::string name = path.filename().string();
+  std::error_code error;
+  if (fs::equivalent(path, wanted, error)) return true;
+  const auto content = files::ReadWhole(path, kLargest, error);
+  if (!content) return TellFailure("Unable to read the file ", name, error), false;
+  if (!AcceptContent(*content, name)) return false;
+  const bool there = files::FileExists(wanted);
+  if (there && ui::MessageBox(name + " is in your folder already.\r\nReplace it?", ui::Buttons::YesNo,
+                              ui::Icon::Question) != ui::Answer::Yes) {
+    return false;
+  }
+  error = files::Replace(wanted, *content);
+  if (error) return TellFailure("Unable to save the file ", name, error), false;
+  if (there && files::FileExists(NoteOf(wanted))) files::Remove(NoteOf(wanted));
+  return true;
+}
+
 bool DownloadPackage(HTTPClass& http, const fs::path& folder, FileEntry& entry) {
   if (!OpenSite(http)) return false;
   const std::string content = FetchText(http, SitePath(FileNameOf(entry)));
   if (content.empty()) return false;
-  if (JudgeSignature(content, PackageSigners()).state == PackageSignature::State::DoesNotFit) {
-    record::Failure("fetching " + FileNameOf(entry), "its signature does not fit");
-    ui::MessageBox(kAltered, ui::Buttons::Ok, ui::Icon::Critical);
-    return false;
-  }
+  if (!AcceptContent(content, FileNameOf(entry))) return false;
   const std::error_code error = SavePackage(folder, entry, content);
   if (error) TellFailure("Unable to save the file ", FileNameOf(entry), error);
   return !error;

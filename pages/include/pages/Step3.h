@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "wizard/PageWindow.h"
 
@@ -26,7 +27,14 @@ class Step3 final : public PageWindow {
   void BeforePageShow(CWizard& wizard, std::int16_t currentStep) override;
   void BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel) override;
 
+ protected:
+  /// Takes packages from the desktop where the wizard is not locked, copies them into the folder and selects
+  /// the last.
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
  private:
+  void BringPackages(const std::vector<std::filesystem::path>& packages);
   /// Lists the packages of `gFirmwareDir` and selects `selectName`, ignoring case, else the first.
   void ListFirmware(const std::string& selectName);
   void lstFirmware_Click();

@@ -107,7 +107,8 @@ class Visit final : ui::IUserInterface, clock::IClock {
   std::map<int, Image> first;  ///< What each device held when the visit began.
   int within = 0;              ///< Boxes that are up.
   bool webUp = false;
-  bool looking = false;  ///< The program pumps, or calls the link.
+  QWidget* lookedFrom = nullptr;  ///< Who was in charge when the program pumped last.
+  bool looking = false;           ///< The program pumps, or calls the link.
   bool ended = false;
   Milliseconds busy{};  ///< When it last did something.
   Milliseconds answered{};
@@ -251,7 +252,10 @@ QPoint Visit::Aim() {
 void Visit::NextTick() {
   QTimer::singleShot(0, &ticks, [this] {
     NextTick();
-    if (!looking) Tick();
+    if (!looking) return Tick();
+    if (Top() == lookedFrom || Top()->objectName() != QLatin1String("frmWebUpdate")) return;
+    judge.Fail("the web window came up within the program's work");
+    static_cast<QDialog*>(Top())->reject();
   });
 }
 
@@ -354,6 +358,7 @@ std::string Visit::InputBox(std::string_view prompt, std::string_view title, std
 
 void Visit::PumpEvents() {
   const bool before = std::exchange(looking, true);
+  lookedFrom = Top();
   hands.Deliver();
   real.PumpEvents();
   looking = before;
@@ -361,6 +366,7 @@ void Visit::PumpEvents() {
 
 void Visit::PumpPainting() {
   const bool before = std::exchange(looking, true);
+  lookedFrom = Top();
   real.PumpPainting();
   looking = before;
 }

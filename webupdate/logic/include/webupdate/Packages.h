@@ -25,6 +25,11 @@ std::error_code SavePackage(const std::filesystem::path& folder, FileEntry& entr
 /// folder; false after a message, and without one where no session opens or the answer is empty.
 bool DownloadPackage(HTTPClass& http, const std::filesystem::path& folder, FileEntry& entry);
 
+/// Copies the package at `path` into `folder` under its own name, unless its signature does not fit. Asks
+/// before it replaces a package of that name, whose note goes with it. True when it is in the folder; false
+/// after a message or a No.
+bool BringPackage(const std::filesystem::path& folder, const std::filesystem::path& path);
+
 /// Deletes the very file of `entry`, and the note beside it where no other package has it. True when the
 /// package has gone; what could not be deleted is told.
 bool RemovePackage(const std::filesystem::path& folder, FileEntry& entry);
