@@ -35,6 +35,12 @@ std::u16string Widen(std::string_view text) {
   return wide;
 }
 
+/// A locator may name user and password in front of the server; what stands behind the last "@" is none of
+/// them.
+std::string WithoutUser(const std::string& place) {
+  return place.substr(place.rfind('@') + 1);
+}
+
 /// A part of a content that nobody asked a part of is no content either.
 bool IsContent(std::int32_t status) {
   return status >= 200 && status < 300 && status != 206;
@@ -94,7 +100,7 @@ bool HTTPClass::OpenHTTP(const std::string& server, std::int32_t, const std::opt
   CloseHTTP();
   std::string cause;
   if (!http::Ready(cause)) {
-    record::Failure("asking the site " + server, cause);
+    record::Failure("asking the site " + WithoutUser(server), cause);
     return false;
   }
   mServer = {kAgent, server, kPort, userName.value_or(std::string()), password.value_or(std::string())};
@@ -110,7 +116,7 @@ std::string HTTPClass::SendRequest(std::string file, std::string& method, const 
   std::string answer = Ask(file, method, reload, Kind::Text);
   if (DebugEnabled()) DebugLog("SendRequest Response: " + answer);
   if (JudgeContent(answer) == AnswerKind::Refused) {
-    record::Failure("fetching " + mServer->name + file, "refused: a page that says so");
+    record::Failure("fetching " + WithoutUser(mServer->name + file), "refused: a page that says so");
     mLast = AnswerKind::Refused;
     ui::MessageBox(kRefused);
     answer.clear();
@@ -124,7 +130,7 @@ std::string HTTPClass::SendRequestFile(const std::string& file) {
   if (mLast != AnswerKind::Good) return {};
   mLast = JudgeContent(answer);
   if (mLast != AnswerKind::Page) return answer;
-  record::Failure("fetching " + mServer->name + file, "a web page came in its place");
+  record::Failure("fetching " + WithoutUser(mServer->name + file), "a web page came in its place");
   TellNoConnection();
   return {};
 }
@@ -142,7 +148,7 @@ std::string HTTPClass::Ask(std::string file, std::string& method, bool reload, K
   if (!form.empty() && !post) file += "?" + form;
   mLast = AnswerKind::None;
   if (!mServer) return {};
-  const std::string what = "fetching " + mServer->name + file;
+  const std::string what = "fetching " + WithoutUser(mServer->name + file);
   const std::unique_ptr<http::IRequest> request = http::OpenRequest(*mServer, method, file, reload);
   if (!request) {
     record::Failure(what, "no request could be made");
@@ -168,8 +174,7 @@ std::string HTTPClass::Answer(http::IRequest& request, Kind kind, const std::str
   Contain([&] { whole = Receive(request, answer, kind); });
   mLast = AnswerKind::Good;
   if (whole && !http::IsGivenUp()) return answer;
-  const http::Cause cause =
-      http::IsGivenUp() ? http::Cause{http::Failure::GivenUp, ""} : request.WhyNot();
+  const http::Cause cause = http::IsGivenUp() ? http::Cause{http::Failure::GivenUp, ""} : request.WhyNot();
   mLast = JudgeFailure(cause);
   record::Failure(what, CauseText(cause));
   if (mLast != AnswerKind::GivenUp) TellNoConnection();
