@@ -39,7 +39,9 @@ bool RunsHere() {
 /// What the toolkit ends the process for, which is a display that cannot be used.
 void TellFatal(QtMsgType type, const QMessageLogContext&, const QString& text) {
   std::fprintf(stderr, "%s\n", qPrintable(text));
-  if (type == QtFatalMsg) std::_Exit(TellNoDisplay());
+  if (type != QtFatalMsg) return;
+  TellUnseen();
+  std::_Exit(TellNoDisplay());
 }
 
 int RunWindow(int argc, char* argv[], const Beginning& beginning) {
@@ -47,9 +49,7 @@ int RunWindow(int argc, char* argv[], const Beginning& beginning) {
   QApplication application(argc, argv);
   qInstallMessageHandler(usual);
   App app(application);
-  if (beginning.dropped) record::Failure("update of the program, not installed", beginning.cause);
   if (const std::string why = WhyNoStart(beginning); !why.empty()) {
-    record::Failure("start", beginning.cause);
     ui::MessageBox(why);
     return beginning.status;
   }
@@ -76,6 +76,7 @@ int main(int argc, char* argv[]) {
   if (!program::HasDisplay()) return TellNoDisplay();
   // Before anything of this program and its link library can be mixed.
   App::TrustBuiltInKey();
+  record::Open(program::This().folder);
   const Beginning beginning = BeginProgram(TryProgram);
   return beginning.what == Beginning::What::End ? beginning.status : RunWindow(argc, argv, beginning);
 }

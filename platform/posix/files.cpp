@@ -237,4 +237,11 @@ bool SetLastModified(const fs::path& path, const std::tm& local) {
   return ::utimensat(AT_FDCWD, path.c_str(), times.data(), 0) == 0;
 }
 
+bool CopyLastModified(const fs::path& from, const fs::path& to) {
+  struct stat info {};
+  if (::stat(from.c_str(), &info) != 0) return false;
+  const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, info.st_mtim};
+  return ::utimensat(AT_FDCWD, to.c_str(), times.data(), 0) == 0;
+}
+
 }  // namespace tarnwick::files

@@ -142,7 +142,7 @@ void Beside::Kill() {
   mProcess = -1;
 }
 
-void Become(const std::filesystem::path& path) {
+std::error_code Become(const std::filesystem::path& path) {
   Command words{path.string()};
   // What the system tells of this one: each word ended by a null character, the program's own name first.
   std::ifstream told("/proc/self/cmdline", std::ios::binary);
@@ -150,6 +150,7 @@ void Become(const std::filesystem::path& path) {
   for (bool own = true; std::getline(told, word, '\0'); own = false)
     if (!own) words.push_back(word);
   ::execv(words[0].c_str(), Pointers(words).data());
+  return posix::LastError();
 }
 
 }  // namespace tarnwick::process

@@ -16,12 +16,14 @@
 #include "support/LinkDouble.h"
 #include "support/PackageText.h"
 #include "support/ResetGlobals.h"
+#include "support/SignedRelease.h"
 #include "support/TempFolder.h"
 #include "support/UnseenProgress.h"
 #include "support/UserDouble.h"
 #include "webupdate/HTTPClass.h"
 #include "webupdate/Packages.h"
 #include "webupdate/Site.h"
+#include "webupdate/Start.h"
 
 namespace tarnwick::test {
 namespace {
@@ -175,10 +177,31 @@ class Causes : public testing::Test {
     fs::remove_all((folder / inTheWay).parent_path());
   }
 
+  /// A release that waits, with something done to it, and a trial that says this; then the next start.
+  void Settle(const std::function<void(Journal&, const fs::path& staging)>& change, Setback tried = {}) {
+    SignedRelease offer;
+    TrustKey(offer.keys.open);
+    offer.Add("Tarnwick.EXE", "2.2.5", "program");
+    offer.Add("Tarnwick.DLL", "2.2.5", "library");
+    Journal journal;
+    EXPECT_FALSE(MakeUpdateFolder(folder.Path(), journal.folder));
+    const fs::path staging = folder / journal.folder;
+    WriteFile(staging / "Tarnwick", "program");
+    WriteFile(staging / "Tarnwick.so", "library");
+    journal.program = "Tarnwick", journal.lists = offer.List();
+    change(journal, staging);
+    EXPECT_FALSE(WriteJournal(folder.Path(), journal));
+    BeginProgram([&](const fs::path&) { return tried; });
+    DropJournal(folder.Path());
+    for (const char* const left : {"WebUpdate.lock", "WebUpdate.refused", "Tarnwick.so"})
+      fs::remove_all(folder / left);
+  }
+
   std::vector<Case> Ports();
   std::vector<Case> Lines();
   std::vector<Case> Packages();
   std::vector<Case> Web();
+  std::vector<Case> Updates();
 
   TempFolder folder;
   UserDouble user;
@@ -278,6 +301,13 @@ std::vector<Case> Causes::Web() {
   };
   return {
       {"no libcurl", [this] { Fetch(false, 0, Failure::None); }, "", "libcurl.so.4"},
+      {"site whose user has an @",
+       [this] {
+         DomainName = "ss@site.example";
+         Fetch(true, 502, Failure::None);
+         DomainName = "site.example";
+       },
+       kNoSite, "failed: fetching site.example/list.txt: server error: status 502"},
       {"refused", fetch(403, Failure::None), kRefusedBySite, "refused: status 403"},
       {"not found", fetch(404, Failure::None), kNoSite, "not found: status 404"},
       {"server error", fetch(500, Failure::None), kNoSite, "server error: status 500"},
@@ -290,9 +320,49 @@ std::vector<Case> Causes::Web() {
   };
 }
 
+std::vector<Case> Causes::Updates() {
+  using Kind = Setback::Kind;
+  using State = Journal::State;
+  const auto settle = [this](std::function<void(Journal&, const fs::path&)> change, Setback tried = {}) {
+    return [=, this] { Settle(change, tried); };
+  };
+  const auto trial = [=](Kind kind) { return settle([](auto&, auto&) {}, {kind}); };
+  return {
+      {"list of somebody else", settle([](auto&, auto&) { TrustKey(MakeKeyPair()->open); }), "",
+       "not installed: the list is not signed"},
+      {"fetched file that is gone", settle([](auto&, auto& staging) { fs::remove(staging / "Tarnwick.so"); }),
+       "", "neither installed nor fetched: Tarnwick.so"},
+      {"other file", settle([](auto&, auto& staging) { WriteFile(staging / "Tarnwick", "proGram"); }), "",
+       "not the file that the list names: Tarnwick"},
+      {"older release",
+       [=, this] {
+         program::Set({folder.Path(), "Tarnwick", 2, 2, 6});
+         settle([](auto&, auto&) {})();
+         program::Set({folder.Path(), "Tarnwick", 2, 2, 4});
+       },
+       "", "older than this program"},
+      {"release that cannot run", trial(Kind::CannotRun), "", "does not run on this computer"},
+      {"release that was not tried", trial(Kind::NotTried), "", "could not be found out"},
+      {"folder in the way of a file",
+       settle([this](auto&, auto&) { fs::create_directory(folder / "Tarnwick.so"); }), "",
+       "not read, written or moved: Tarnwick.so: It is no ordinary file"},
+      {"no way back", settle([](Journal& journal, auto&) {
+         journal.state = State::Back, journal.old = {{"Tarnwick.so", "a"}};
+       }),
+       "", "the copy of the old file is gone: Tarnwick.so: No such file"},
+      {"journal that cannot be read",
+       [this] {
+         fs::create_symlink("WebUpdate.journal", folder / "WebUpdate.journal");
+         BeginProgram([](const fs::path&) { return Setback(); });
+         fs::remove(folder / "WebUpdate.journal");
+       },
+       "", "Too many levels of symbolic links"},
+  };
+}
+
 TEST_F(Causes, EachHasItsToldBoxAndALineOfItsOwnInTheRecord) {
   std::vector<Case> cases;
-  for (const auto& part : {Ports(), Lines(), Packages(), Web()})
+  for (const auto& part : {Ports(), Lines(), Packages(), Web(), Updates()})
     cases.insert(cases.end(), part.begin(), part.end());
   EXPECT_GE(cases.size(), 30U);
   std::set<std::string> lines;

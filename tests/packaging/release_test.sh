@@ -80,12 +80,11 @@ else
   echo "NOT TESTED: ./release, for which these files have to be a checkout."
 fi
 
-# An update whose old library is lost: the program tells what to do, loads no library, and ends.
+# An update of which the journal cannot be read: the program tells what to do, loads no library, and ends.
 home=$scratch/home
 mkdir -p "$home" && cd "$home"
 cp "$build"/portable/{Tarnwick,Tarnwick.so} .
-printf '%s\n' 'tarnwick swap 2' back WebUpdate.0123456789abcdef Tarnwick 2.2.5 none \
-  "$(printf '%064d' 0) Tarnwick.so" lists end >WebUpdate.journal
+ln -s WebUpdate.journal WebUpdate.journal
 Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$scratch/display" 2>/dev/null &
 for _ in {1..100}; do [ -s "$scratch/display" ] && break; sleep 0.1; done
 export DISPLAY=:$(<"$scratch/display") QT_QPA_PLATFORM=xcb XDG_RUNTIME_DIR=$scratch
@@ -101,5 +100,5 @@ status=0
 wait "$program" || status=$?
 [ "$status" -eq 1 ] || fail "it ended with $status"
 grep -q 'box: An update of this program was cut off and can neither be completed nor undone.* -> ' Tarnwick.log || fail "$(<Tarnwick.log)"
-[ -e WebUpdate.journal ] || fail "the journal is gone"
+[ -L WebUpdate.journal ] || fail "the journal is gone"
 exit "$failed"

@@ -44,7 +44,7 @@ TEST(HelpPages, ExplainEveryTextOfTwoWordsOrMore) {
       "BatchText.cpp",    "BootPackages.cpp", "Devices.cpp",     "QalWriter.cpp",   "Step1.cpp",
       "SignedFile.cpp",   "Swap.cpp",         "LinkLibrary.cpp", "EarlierSwap.cpp", "HttpCause.cpp",
       "DeviceRecord.cpp", "RunRecord.cpp",    "Journal.cpp",     "Refusal.cpp",     "Release.cpp",
-      "QalLint.cpp",      "SignatureLine.h"};
+      "QalLint.cpp",      "SignatureLine.h",  "Setback.cpp"};
   const QRegularExpression atRest(
       "^(About the|DOCTYPE|Blocksize O|Choose |Content-Type|HTTP Client|SendRequest|Make sure|Note: |QAL "
       "File:|Status report|platform/|(n<!-- )?tarnwick package)");

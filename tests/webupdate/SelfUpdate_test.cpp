@@ -77,7 +77,7 @@ TEST_F(SelfUpdateTest, FetchesWhatDiffersAndLeavesItToAStartWithoutOtherWindows)
   EXPECT_EQ(std::distance(fs::directory_iterator(staging), {}), 4);
   FileLock other;
   EXPECT_FALSE(other.Open(home / "WebUpdate.lock") || other.Share());
-  EXPECT_EQ(BeginProgram([](const fs::path&) { return true; }).what, Beginning::What::Go);
+  EXPECT_EQ(BeginProgram([](const fs::path&) { return Setback(); }).what, Beginning::What::Go);
   EXPECT_EQ(ReadFile(home / "My Updater"), "#old");
   EXPECT_THAT(FirstPageShown(), testing::StartsWith("An update is ready."));
 }

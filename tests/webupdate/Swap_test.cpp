@@ -18,6 +18,7 @@ namespace tarnwick::test {
 namespace {
 
 using What = Settlement::What;
+using Kind = Setback::Kind;
 using testing::ElementsAre;
 
 class SwapTest : public UpdateTest {
@@ -33,19 +34,25 @@ class SwapTest : public UpdateTest {
     staged = home / ReadJournal(home)->folder;
   }
   What Settle() {
-    return SettleUpdate(home, "My Updater", [this](const fs::path&) { return runs; }).what;
+    tried = false;
+    const Settlement settled = SettleUpdate(home, called, [this](const fs::path& program) {
+      tried = fs::exists(program);
+      return Setback{runs};
+    });
+    why = settled.why.kind;
+    return settled.what;
   }
   /// The next starts settle it, whatever came before: all files are of one release then, with their rights.
   void ExpectWhole(const std::string& where) {
     SCOPED_TRACE(where);
     EXPECT_NE(Settle(), What::Failed);
     Settle();
-    const std::string program = ReadFile(home / "My Updater");
+    const std::string program = ReadFile(home / called);
     last = program.substr(std::min(program.find('#'), program.size()));
     EXPECT_TRUE(last == "#old" || last == "#new") << program;
-    for (const char* const name : {"My Updater", "Tarnwick.so", "Notes.htm"}) {
-      EXPECT_TRUE(ReadFile(home / name).ends_with(last)) << name << " beside " << last;
-      EXPECT_EQ(fs::status(home / name).permissions(), fs::perms(name[0] == 'N' ? 0640 : 0755)) << name;
+    for (const std::string& each : {called, std::string("Tarnwick.so"), std::string("Notes.htm")}) {
+      EXPECT_TRUE(ReadFile(home / each).ends_with(last)) << each << " beside " << last;
+      EXPECT_EQ(fs::status(home / each).permissions(), fs::perms(each[0] == 'N' ? 0640 : 0755)) << each;
     }
     EXPECT_EQ(fs::exists(home / "Added.htm"), last == "#new");
     const auto journal = ReadJournal(home);
@@ -53,7 +60,10 @@ class SwapTest : public UpdateTest {
   }
 
   fs::path staged;
-  bool runs = true;
+  std::string called = "My Updater";
+  Kind runs = Kind::None;  ///< What a trial says.
+  Kind why = Kind::None;
+  bool tried = false;
   bool confirmed = false;
   std::string last;
 };
@@ -67,9 +77,10 @@ TEST_F(SwapTest, FailedOrCutAtEachStepTheNextStartFindsOldOrNew) {
             60);
   EXPECT_EQ(last, "#new");
   EXPECT_GE(EachFault(
-                swapped, [this] { TakeBack(home); }, [this](Fault) { ExpectWhole("back"); }),
+                swapped, [this] { TakeBack(home, {}); }, [this](Fault) { ExpectWhole("back"); }),
             40);
   EXPECT_EQ(last, "#old");
+  EXPECT_EQ(DateText(*files::LastModified(home / "Notes.htm")), "2024-05-06");
   EXPECT_EQ(ReadRefused(home)->version, "2.2.5");
   confirmed = true;
   const auto expectNew = [this](Fault) {
@@ -91,7 +102,7 @@ TEST_F(SwapTest, APowerCutLeavesOldOrNewWhateverWasLost) {
     if (what == 2) Settle();
     LossyDisk disk(home);
     const auto calls = DoneCalls([&] {
-      what == 0 ? void(Install()) : what == 1 ? void(Settle()) : void(TakeBack(home));
+      what == 0 ? void(Install()) : what == 1 ? void(Settle()) : void(TakeBack(home, {}));
     });
     ASSERT_GT(calls.size(), 20U);
     disk.Cut(calls, random() % (calls.size() + 1), random);
@@ -102,27 +113,61 @@ TEST_F(SwapTest, APowerCutLeavesOldOrNewWhateverWasLost) {
 }
 
 TEST_F(SwapTest, WhatDoesNotFitTheListOnDiskIsDroppedAndWhatIsInstalledIsNotMissed) {
-  const std::function<void()> kTroubles[] = {
-      [&] { fs::remove(staged / "Tarnwick.so"), WriteFile(home / "Tarnwick.so", "Tarnwick.DLL#new"); },
-      [&] { fs::remove(staged / "My Updater"); },
-      [&] { fs::remove(staged / "Tarnwick.so"); },
-      [&] { WriteFile(staged / "My Updater", ""); },
-      [&] { WriteFile(staged / "Tarnwick.so", "Tarnwick.DLL#neW"); },
-      [&] {
-        program::Set({home, "My Updater", 2, 2, 6});
-      },
-      [&] { TrustKey(MakeKeyPair()->open); },
-      [&] { runs = false; }};
-  for (const auto& trouble : kTroubles) {
+  const auto rename = [&](const std::string& other) {
+    fs::rename(home / std::exchange(called, other), home / other);
+  };
+  const std::pair<std::function<void()>, Kind> kTroubles[] = {
+      {[&] { fs::remove(staged / "Tarnwick.so"), WriteFile(home / "Tarnwick.so", "Tarnwick.DLL#new"); },
+       Kind::None},
+      {[&] { fs::remove(staged / "My Updater"), WriteFile(home / "My Updater", "Tarnwick.EXE#new"); },
+       Kind::None},
+      {[&] { rename("lists"); }, Kind::None},
+      {[&] { rename("a\nlists\n%0A"); }, Kind::None},
+      {[&] { fs::remove(staged / "My Updater"); }, Kind::Missing},
+      {[&] { fs::remove(staged / "Tarnwick.so"); }, Kind::Missing},
+      {[&] { WriteFile(staged / "My Updater", ""); }, Kind::NotTheFile},
+      {[&] { WriteFile(staged / "Tarnwick.so", "Tarnwick.DLL#neW"); }, Kind::NotTheFile},
+      {[&] {
+         program::Set({home, "My Updater", 2, 2, 6});
+       },
+       Kind::Older},
+      {[&] { TrustKey(MakeKeyPair()->open); }, Kind::NotBelieved},
+      {[&] { runs = Kind::NotTried; }, Kind::NotTried},
+      {[&] { runs = Kind::CannotRun; }, Kind::CannotRun}};
+  for (const auto& [trouble, expected] : kTroubles) {
+    called = "My Updater", runs = Kind::None;
     Prepare();
     trouble();
-    const bool first = &trouble == kTroubles;
-    EXPECT_EQ(Settle(), first ? What::Swapped : What::Dropped);
+    const bool installs = expected == Kind::None;
+    EXPECT_EQ(Settle(), installs ? What::Swapped : What::Dropped) << called;
+    EXPECT_EQ(why, expected);
+    EXPECT_EQ(tried, installs || expected == runs) << "A new library alone is tried as well.";
     TrustKey(offer.keys.open);
     ExpectWhole("settled");
-    EXPECT_EQ(last, first ? "#new" : "#old");
-    EXPECT_EQ(fs::exists(staged), first);
-    EXPECT_EQ(ReadRefused(home).has_value(), !runs) << "One that cannot run is not offered again.";
+    EXPECT_EQ(last, installs ? "#new" : "#old");
+    EXPECT_EQ(fs::exists(staged), installs);
+    EXPECT_EQ(ReadRefused(home).has_value(), runs == Kind::CannotRun) << "Only that is not offered again.";
+  }
+}
+
+TEST_F(SwapTest, WhereThereIsNoWayBackUnpackingAnewIsOne) {
+  for (const bool lost : {false, true}) {
+    Prepare();
+    Settle();
+    NoteAttempt(home, *ReadJournal(home));
+    TellUnseen();
+    EXPECT_EQ(Attempts(home, *ReadJournal(home)), 0);
+    Journal journal = *ReadJournal(home);
+    journal.state = Journal::State::Back;
+    EXPECT_FALSE(WriteJournal(home, journal));
+    if (lost) {
+      fs::remove_all(staged / "old"), WriteFile(home / "Tarnwick.so", "#old");
+      EXPECT_EQ(Settle(), What::Failed);
+    }
+    for (const char* const each : {"My Updater", "Tarnwick.so"}) WriteFile(home / each, "#unpacked");
+    EXPECT_EQ(Settle(), What::Dropped);
+    EXPECT_EQ(ReadFile(home / "My Updater") + ReadFile(home / "Tarnwick.so"), "#unpacked#unpacked");
+    EXPECT_FALSE(ReadJournal(home) || fs::exists(staged));
   }
 }
 
@@ -137,6 +182,9 @@ TEST_F(SwapTest, AJournalThatLeadsOutOfTheFolderMovesNothing) {
     EXPECT_EQ(Settle(), What::Nothing) << update << " " << name;
     EXPECT_TRUE(fs::exists(folder / "outside") && fs::exists(home / "Notes.htm"));
   }
+  fs::remove(home / "WebUpdate.journal");
+  fs::create_symlink("WebUpdate.journal", home / "WebUpdate.journal");
+  EXPECT_EQ(Settle(), What::Failed) << "What cannot be read may be anything.";
 }
 
 TEST_F(SwapTest, ACutSwapOfTheFirstVersionIsCompletedOrToldOrLeftBehind) {
@@ -158,7 +206,7 @@ TEST_F(SwapTest, ACutSwapOfTheFirstVersionIsCompletedOrToldOrLeftBehind) {
     WriteFile(home / "WebUpdate.journal", journal + "end\n");
     WriteFile(home / "WebUpdate.sh", "");
   };
-  const auto begin = [] { return BeginProgram([](const fs::path&) { return false; }).what; };
+  const auto begin = [] { return BeginProgram([](const fs::path&) { return Setback(); }).what; };
   const auto isNew = [&](const char* name) { return ReadFile(home / name).starts_with("#new"); };
   for (int moved = 0; moved < 4; ++moved) {
     const auto check = [&](Fault) {

@@ -18,16 +18,35 @@ constexpr std::string_view kLists = "lists", kEnd = "end\n";
 constexpr std::array<std::string_view, 5> kStates{"staged", "moving", "moved", "back", "refused"};
 constexpr std::string_view kNone = "-";
 constexpr std::uintmax_t kLongestJournal = 4u << 20;
-constexpr std::size_t kFirstOld = 6;  ///< The line behind those that each journal has.
+constexpr std::ptrdiff_t kFirstOld = 6;  ///< The line behind those that each journal has.
+
+/// A name on a line of its own: what its user gave the program may hold a line feed.
+std::string Escaped(std::string_view name) {
+  std::string text;
+  for (const char c : name) c == '\n' ? text += "%0A" : c == '%' ? text += "%25" : text += c;
+  return text;
+}
+
+std::string Unescaped(std::string_view text) {
+  std::string name;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const std::string_view three = text.substr(at, 3);
+    const bool escape = three == "%0A" || three == "%25";
+    name += escape ? (three == "%25" ? '%' : '\n') : text[at];
+    if (escape) at += 2;
+  }
+  return name;
+}
 
 std::string JournalText(const Journal& journal) {
   std::string text;
-  for (const std::string_view line : {kJournalHead, kStates[static_cast<std::size_t>(journal.state)],
-                                      std::string_view(journal.folder), std::string_view(journal.program),
-                                      std::string_view(journal.version), std::string_view(journal.signature)})
+  const std::string program = Escaped(journal.program);
+  for (const std::string_view line :
+       {kJournalHead, kStates[static_cast<std::size_t>(journal.state)], std::string_view(journal.folder),
+        std::string_view(program), std::string_view(journal.version), std::string_view(journal.signature)})
     text.append(line).append("\n");
   for (const OldFile& file : journal.old)
-    text += (file.digest.empty() ? std::string(kNone) : file.digest) + " " + file.name + "\n";
+    text += (file.digest.empty() ? std::string(kNone) : file.digest) + " " + Escaped(file.name) + "\n";
   return text.append(kLists).append("\n").append(journal.lists).append(kEnd);
 }
 
@@ -45,33 +64,43 @@ bool IsUpdateFolder(std::string_view name) {
 
 }  // namespace
 
-std::optional<Journal> ReadJournal(const fs::path& folder) {
-  const std::optional<std::string> text = files::ReadWhole(folder / kJournalName, kLongestJournal);
+std::optional<Journal> ReadJournal(const fs::path& folder, std::error_code& error) {
+  const std::optional<std::string> text = files::ReadWhole(folder / kJournalName, kLongestJournal, error);
+  const bool none = error == std::errc::no_such_file_or_directory || error == files::Problem::NotOrdinary ||
+                    error == files::Problem::TooLarge;
+  if (none) error.clear();
   if (!text || !text->ends_with(kEnd)) return std::nullopt;
-  const std::size_t lists = text->find("\n" + std::string(kLists) + "\n");
-  if (lists == std::string::npos) return std::nullopt;
-  const std::vector<std::string_view> lines = text::Split(std::string_view(*text).substr(0, lists), '\n');
-  if (lines.size() < kFirstOld || lines[0] != kJournalHead) return std::nullopt;
+  const std::vector<std::string_view> lines = text::Split(*text, '\n');
+  if (std::ssize(lines) < kFirstOld || lines[0] != kJournalHead) return std::nullopt;
   const auto* const state = std::find(kStates.begin(), kStates.end(), lines[1]);
-  if (state == kStates.end() || !IsUpdateFolder(lines[2]) || !IsComponent(lines[3])) return std::nullopt;
+  if (state == kStates.end() || !IsUpdateFolder(lines[2])) return std::nullopt;
   Journal journal{static_cast<Journal::State>(state - kStates.begin()),
                   std::string(lines[2]),
-                  std::string(lines[3]),
+                  Unescaped(lines[3]),
                   std::string(lines[4]),
                   std::string(lines[5]),
                   {},
                   {}};
-  for (std::size_t line = kFirstOld; line < lines.size(); ++line) {
-    const std::size_t blank = lines[line].find(' ');
-    if (blank == std::string_view::npos || !IsComponent(lines[line].substr(blank + 1))) return std::nullopt;
-    const std::string_view digest = lines[line].substr(0, blank);
-    journal.old.push_back(
-        {std::string(lines[line].substr(blank + 1)), digest == kNone ? "" : std::string(digest)});
+  if (!IsComponent(journal.program)) return std::nullopt;
+  const auto lists = std::find(lines.begin() + kFirstOld, lines.end(), kLists);
+  if (lists == lines.end()) return std::nullopt;
+  for (auto line = lines.begin() + kFirstOld; line != lists; ++line) {
+    const std::size_t blank = line->find(' ');
+    if (blank == std::string_view::npos) return std::nullopt;
+    const std::string name = Unescaped(line->substr(blank + 1));
+    const std::string_view digest = line->substr(0, blank);
+    if (!IsComponent(name)) return std::nullopt;
+    journal.old.push_back({name, digest == kNone ? "" : std::string(digest)});
   }
-  const std::size_t from = lists + kLists.size() + 2;
+  const auto from = static_cast<std::size_t>(lists->data() - text->data()) + kLists.size() + 1;
   if (from + kEnd.size() > text->size()) return std::nullopt;
   journal.lists = text->substr(from, text->size() - from - kEnd.size());
   return journal;
+}
+
+std::optional<Journal> ReadJournal(const fs::path& folder) {
+  std::error_code ignored;
+  return ReadJournal(folder, ignored);
 }
 
 std::error_code WriteJournal(const fs::path& folder, const Journal& journal) {
@@ -90,8 +119,9 @@ std::error_code MakeUpdateFolder(const fs::path& folder, std::string& name) {
 }
 
 void SweepUpdates(const fs::path& folder) {
-  const std::optional<Journal> journal = ReadJournal(folder);
   std::error_code error;
+  const std::optional<Journal> journal = ReadJournal(folder, error);
+  if (error) return;  // It may name any of them.
   for (fs::directory_iterator each(folder, error), end; !error && each != end; each.increment(error)) {
     std::error_code ignored;
     const std::string name = each->path().filename().string();

@@ -83,6 +83,8 @@ std::optional<std::tm> LastModified(const std::filesystem::path& path);
 
 /// Sets that time and no other. False when it fails; no file is made.
 bool SetLastModified(const std::filesystem::path& path, const std::tm& local);
+/// Gives `to` the time that `from` has, to the last digit. False when it fails.
+bool CopyLastModified(const std::filesystem::path& from, const std::filesystem::path& to);
 
 }  // namespace tarnwick::files
 

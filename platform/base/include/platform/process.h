@@ -66,8 +66,8 @@ class Beside {
   int mStatus = -1;
 };
 
-/// Runs the program `path` in the place of this one, with the same arguments; nothing of this one is run down.
-/// Returns only where that fails.
-void Become(const std::filesystem::path& path);
+/// Runs the program `path` in the place of this one, with the same arguments; nothing of this one is run
+/// down. Returns only where that fails, with the cause.
+std::error_code Become(const std::filesystem::path& path);
 
 }  // namespace tarnwick::process

@@ -43,7 +43,9 @@ struct Journal {
 };
 
 /// The journal in `folder`. None where there is none, and where it is not whole or names what it may not: a
-/// journal is put in place whole, so that one was not made here, and is left to the user.
+/// journal is put in place whole, so that one was not made here, and is left to the user. `error` where one
+/// may be there that cannot be read: nothing is to be concluded then.
+std::optional<Journal> ReadJournal(const std::filesystem::path& folder, std::error_code& error);
 std::optional<Journal> ReadJournal(const std::filesystem::path& folder);
 /// Replaces it, durably.
 std::error_code WriteJournal(const std::filesystem::path& folder, const Journal& journal);

@@ -18,15 +18,16 @@ struct Beginning {
     End,     ///< Another process is the program now: this one ends, with `status`.
     Failed,  ///< An update is neither done nor undone: no library may be loaded.
     Busy,    ///< Another instance has been changing the files for too long to wait.
+    Waits,   ///< An update is neither done nor undone, and this program is not the one that settles it.
   };
   What what = What::Go;
   int status = 0;
   std::error_code cause = {};
-  bool dropped = false;  ///< An update that waited was not what it should be, and has gone.
 };
 
 /// Makes this process a reader of its folder and finishes or undoes what an update left to do. May go on as
-/// another program and not return. To be called first, before the link library is loaded.
+/// another program and not return. To be called first, before the link library is loaded, and with the record
+/// open: what was dropped, taken back or failed is told there.
 Beginning BeginProgram(const CanRun& canRun);
 
 /// For a program of the folder that is not renewed by its own start: makes this process a reader of the
@@ -40,8 +41,12 @@ std::string WhyNoStart(const Beginning& beginning);
 /// nothing else.
 inline constexpr std::string_view kTrial = "--can-it-run";
 
-/// Asks `program`; false also where it says nothing within seconds.
-bool TryProgram(const std::filesystem::path& program);
+/// Asks `program`. Only what it says itself, or the system of its file, tells that it cannot run: one that
+/// says nothing within seconds, or for which there is no process or memory just now, was not tried.
+Setback TryProgram(const std::filesystem::path& program);
+
+/// There is no display after all: that this program does not come to its first page says nothing of it.
+void TellUnseen();
 
 /// Takes the program's folder alone, so that its files may be changed. On an error it is shared as before.
 std::error_code ClaimFolder();
