@@ -13,10 +13,12 @@
 #include <chrono>
 #include <thread>
 
+#include "NginxProcess.h"
 #include "platform/http/CurlTransport.h"
 #include "platform/ui.h"
 #include "settings/Settings.h"
 #include "support/Loopback.h"
+#include "support/TempFolder.h"
 #include "support/UserDouble.h"
 #include "webupdate/HTTPClass.h"
 #include "webupdate/frmWebUpdate.h"
@@ -163,7 +165,7 @@ class Desk {
 
   Viewer mUser;  ///< A box would wait for ever.
   http::CurlTransport mTransport;
-  test::NginxProcess mNginx;
+  NginxProcess mNginx;
   test::TempFolder mPackages;
   QWidget mWindow;
   ProgressBar mBar;

@@ -3,17 +3,12 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
-#include <signal.h>
 #include <stdlib.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <string>
-
-#include "support/TempFolder.h"
 
 namespace tarnwick::test {
 
@@ -48,40 +43,5 @@ inline void AskByWayOf(std::uint16_t port) {
   for (const char* const name : {"http_proxy", "https_proxy"}) ::setenv(name, proxy.c_str(), 1);
   for (const char* const name : {"no_proxy", "NO_PROXY"}) ::unsetenv(name);
 }
-
-/// The web server nginx. Serves the folder `site` within its own folder, by the rules `locations` of nginx's
-/// configuration.
-class NginxProcess {
- public:
-  explicit NginxProcess(const std::string& program, const std::string& locations = {}) {
-    std::filesystem::create_directory(site);
-    WriteFile(mFolder / "nginx.conf",
-              "user root root; daemon off; master_process off; pid pid; events {} http { access_log off; "
-              "client_body_temp_path temporary; proxy_temp_path temporary; fastcgi_temp_path temporary; "
-              "uwsgi_temp_path temporary; scgi_temp_path temporary; server { listen 127.0.0.1:" +
-                  std::to_string(port) + "; root site; " + locations + " } }");
-    mPid = ::fork();
-    if (mPid == 0) {
-      ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // whoever is killed leaves no server behind
-      ::execl(program.c_str(), "nginx", "-p", mFolder.Path().c_str(), "-c", "nginx.conf", "-e", "errors",
-              nullptr);
-      ::_exit(127);
-    }
-    while (::waitpid(mPid, nullptr, WNOHANG) == 0 && !std::filesystem::exists(mFolder / "pid"))
-      ::usleep(1000);
-  }
-  ~NginxProcess() {
-    ::kill(mPid, SIGKILL);
-    ::waitpid(mPid, nullptr, 0);
-  }
-
- private:
-  TempFolder mFolder;
-  pid_t mPid = -1;
-
- public:
-  const std::filesystem::path site = mFolder / "site";
-  const std::uint16_t port = Listener().Port();
-};
 
 }  // namespace tarnwick::test
