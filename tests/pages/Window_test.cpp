@@ -1,6 +1,7 @@
 // The frame's window round the real pages: keys, focus and place; with the real message boxes.
 #include <QMessageBox>
 #include <QTimer>
+#include <stdexcept>
 
 #include "PagesTest.h"
 #include "platform/qt/QtUser.h"
@@ -106,6 +107,17 @@ TEST_F(Window, AButtonActsOnItsOwnKeyAndOnSpaceUnlessItsPageIsLocked) {
   Find("cmdRefresh").setFocus();
   Key(Qt::Key_Return);
   EXPECT_EQ(Step(), 4) << "Enter is the default button on a page's button too.";
+}
+
+TEST_F(Window, AFailureOnTheWayToAPageLeavesNoStepUnderWay) {
+  WalkTo(2);
+  Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM5"));
+  link.log = [](const std::string& call) { throw std::runtime_error(call); };
+  Click("cmdStepFwd");
+  link.log = {};
+  EXPECT_EQ(Step(), 3);
+  Wizard().Step(-1);
+  EXPECT_EQ(Step(), 2);
 }
 
 TEST_F(Window, FitsItsPageAndStaysWhereTheUserPutIt) {
