@@ -56,6 +56,7 @@ END
   ./release "$key" "$dest" "$scratch/sources" >/dev/null || fail "./release"
   grep -q "TARNWICK_PUBLIC_KEY=$(<"${key%.key}.pub")" "$scratch/asked" || fail "built with another key"
   grep -q '^@MC_0512.qal,' "$list" || fail "the site has no packages"
+  grep -q "^\$user-guide.md, *$(TZ=UTC+24 date -d "@$(git log -1 --format=%ct)" +%F)," "$list" || fail "a guide that is newer than the archive's"
   for file in program.Tarnwick.EXE file.tarnwick-flash.EXE library.Tarnwick.DLL file.user-guide.md; do
     name=${file#*.}
     told="${file%%.*} [0-9.-]* $(stat -c %s "$dest/site/$name") $(sha256sum <"$dest/site/$name" | cut -d' ' -f1) $name"
