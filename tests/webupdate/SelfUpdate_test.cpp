@@ -100,6 +100,7 @@ TEST_F(SelfUpdateTest, OneThatCannotBeHadStopsAllAndTellsWhy) {
     trouble();
     const WhyNot why = Install();
     EXPECT_EQ(why.refusal, refusal) << static_cast<int>(refusal);
+    EXPECT_THAT(user.Said(), testing::Not(testing::Contains(testing::HasSubstr("successfully"))));
     EXPECT_TRUE(ReadFile(kept / "Tarnwick.log")
                     .ends_with(" failed: update of the program: " + WhyNotText(why) + "\n"));
     fs::remove(home / "WebUpdate.journal");

@@ -87,9 +87,12 @@ bool ProgramInstaller::InstallNewProgram(const Catalogue& catalogue) {
   bool staged = false;
   if (!Contain([&] { staged = Stage(*release); })) Refuse(Refusal::NotSaved);
   if (staged) {
-    ui::MessageBox("Program downloaded successfully ...\r\n\r\nPress Ok to Run the New Version.",
-                   ui::Buttons::Ok, ui::Icon::Information);
-    if (StartAgain(folder, program::Executable())) return true;
+    // Before the box, so that a folder that takes no script is told in its place. It waits for this process.
+    if (StartAgain(folder, program::Executable())) {
+      ui::MessageBox("Program downloaded successfully ...\r\n\r\nPress Ok to Run the New Version.",
+                     ui::Buttons::Ok, ui::Icon::Information);
+      return true;
+    }
     Refuse(Refusal::NotStarted);
     DropJournal(folder);
   }
