@@ -14,11 +14,13 @@ FileLock::~FileLock() {
 std::error_code FileLock::Open(const std::filesystem::path& file) {
   constexpr int kFlags = O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
   int fd = ::open(file.c_str(), O_RDWR | O_CREAT | kFlags, 0644);
-  // Who may not write there can be a reader all the same.
+  // Who may not write there can be a reader all the same, and learns at a claim why no more.
+  const std::error_code readOnly = fd < 0 ? posix::LastError() : std::error_code();
   if (fd < 0) fd = ::open(file.c_str(), O_RDONLY | kFlags);
   if (fd < 0) return posix::LastError();
   if (mFd >= 0) ::close(mFd);
   mFd = fd;
+  mReadOnly = readOnly;
   mFile = file;
   return {};
 }
@@ -38,7 +40,7 @@ std::error_code FileLock::Share() {
   return Set(F_RDLCK);
 }
 std::error_code FileLock::Claim() {
-  return Set(F_WRLCK);
+  return mReadOnly ? mReadOnly : Set(F_WRLCK);
 }
 void FileLock::Release() {
   if (mFd >= 0) Set(F_UNLCK);

@@ -58,6 +58,11 @@ std::vector<SignedList> ListsIn(std::string_view text) {
   return lists;
 }
 
+/// What an update keeps in its own folder beside the files.
+bool IsTakenName(std::string_view name) {
+  return text::EqualNoCase(name, "old") || text::EqualNoCase(name.substr(0, 6), "begun.");
+}
+
 /// "KIND VERSION SIZE DIGEST NAME"
 std::optional<ReleaseFile> ReadFile(std::string_view line) {
   std::array<std::string_view, 4> words;
@@ -73,8 +78,9 @@ std::optional<ReleaseFile> ReadFile(std::string_view line) {
                    std::string(words[1]), text::ToInt32(text::NumericPrefix(words[2])),
                    std::string(words[3])};
   const bool good =
-      IsHarmlessName(file.name) && !text::EqualNoCase(line.substr(0, kUpdatePrefix.size()), kUpdatePrefix) &&
-      !file.version.empty() && file.size > 0 && static_cast<std::size_t>(file.size) <= http::kLargestAnswer &&
+      IsHarmlessName(file.name) && !IsTakenName(file.name) &&
+      !text::EqualNoCase(line.substr(0, kUpdatePrefix.size()), kUpdatePrefix) && !file.version.empty() &&
+      file.size > 0 && static_cast<std::size_t>(file.size) <= http::kLargestAnswer &&
       std::to_string(file.size) == words[2] && file.digest.size() == crypto_hash_sha256_BYTES * 2;
   return good ? std::optional(file) : std::nullopt;
 }

@@ -30,6 +30,7 @@ class FileLock {
 
   std::filesystem::path mFile;
   int mFd = -1;
+  std::error_code mReadOnly;  ///< Why the file could not be opened to be claimed; none where it could.
 };
 
 }  // namespace tarnwick
