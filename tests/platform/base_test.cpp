@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "platform/FileLock.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "support/TempFolder.h"
@@ -74,19 +73,6 @@ TEST_F(Files, OneStagedIsLeftToItsWriter) {
   EXPECT_FALSE(first.Commit());
   EXPECT_FALSE(second.Commit());
   EXPECT_EQ(test::ReadFile(file), "second");
-}
-
-TEST_F(Files, ALockIsSharedOrAlone) {
-  FileLock first, second;
-  EXPECT_FALSE(first.Open(folder / "lock") || second.Open(folder / "lock"));
-  EXPECT_FALSE(first.Share() || second.Share());
-  EXPECT_EQ(first.Claim(), std::errc::resource_unavailable_try_again);
-  EXPECT_TRUE(second.Claim()) << "The first one has kept what it had.";
-  second.Release();
-  EXPECT_FALSE(first.Claim());
-  EXPECT_TRUE(second.Share());
-  EXPECT_FALSE(first.Share() || second.Share());
-  fs::remove(folder / "lock");
 }
 
 }  // namespace

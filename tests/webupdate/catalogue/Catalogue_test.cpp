@@ -244,15 +244,6 @@ TEST_F(PackagesTest, SavesNothingWhoseSignatureDoesNotFit) {
   }
 }
 
-TEST_F(PackagesTest, DownloadLeavesAloneWhatIsNotItsOwn) {
-  Prepare({{"a.qal.new", "own"}});
-  WriteFile(folder / "outside", "outside");
-  fs::create_symlink(folder / "outside", home / "a.qal");
-  EXPECT_TRUE(Download());
-  EXPECT_EQ(Found(), (Files{{"a.qal", "new package"}, {"a.qal.new", "own"}, {"a.txt", "new note\r\n"}}));
-  EXPECT_EQ(ReadFile(folder / "outside"), "outside");
-}
-
 TEST_F(PackagesTest, RemovalLeavesTheListTrue) {
   const std::string begin = "Ok !|Unable to delete the file ", end = "\r\nNo space left on device";
   const auto check = [&](Fault fault) {

@@ -242,16 +242,6 @@ TEST_F(WebUpdateTest, ANewerProgramIsOfferedAndInstalledOnlyWhenAllIsRight) {
   EXPECT_THAT(Said(), ElementsAre("Ok !|A newer version of this program is available.\r\n\r\nClose all other "
                                   "windows of this program, then open this one again to install it."));
   other.Release();
-  user.log = [&](const std::string& what) {
-    if (what != "box" || user.LastBox() != question) return;
-    EXPECT_FALSE(other.Open(folder / "WebUpdate.lock") || other.Share());
-  };
-  EXPECT_TRUE(load("new"));
-  EXPECT_THAT(Said(),
-              ElementsAre(question, testing::StartsWith(
-                                        "Ok !|A newer version of this program is available.\r\n\r\nClose")));
-  user.log = {};
-  other.Release();
   EXPECT_TRUE(load("damaged"));
   EXPECT_THAT(Said(), ElementsAre(question, "Ok !|Error updating program!"));
   EXPECT_TRUE(State().starts_with("001") && !web->isVisible() && !started);
