@@ -43,6 +43,8 @@ TextBox::TextBox(QWidget* parent, const char* name, const QString& accessibleNam
   setTabChangesFocus(true);
   setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   document()->setDocumentMargin(2);
+  // A bar that comes as needed can come and go for ever: of some texts the lines fit with it and not without.
+  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
 }
 
 namespace {

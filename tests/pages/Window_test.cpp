@@ -5,6 +5,7 @@
 
 #include "PagesTest.h"
 #include "platform/qt/QtUser.h"
+#include "widgets/Controls.h"
 #include "widgets/Scale.h"
 
 namespace tarnwick::test {
@@ -130,6 +131,27 @@ TEST_F(Window, FitsItsPageAndStaysWhereTheUserPutIt) {
   EXPECT_NE(window.pos(), QPoint(3, 5));
   const QWidget& next = Find("cmdStepFwd");
   EXPECT_EQ(QCursor::pos(), next.mapToGlobal(QPoint(next.width() / 2, next.height() / 2)));
+}
+
+/// A box whose bar came as needed would keep the program busy for ever at some of these sizes.
+TEST_F(Window, NoTextKeepsItsBoxBusy) {
+  TextBox box(nullptr, "box", QStringLiteral("Box"));
+  box.show();
+  const std::string line =
+      "AZM(RA) Motor (last seen: Vendral Corvane, HwRev 2): stopped at 26 %. Not lost. Check power and "
+      "cable, "
+      "stay on this page, choose the motor and press Begin Programming again. Do not go back: that would "
+      "forget which hardware revision it is.";
+  for (int height = 20; height < 130; ++height) {
+    for (const int width : {120, 200, 300, 439, 452, 470}) {
+      box.resize(width, height);
+      for (const std::string& text :
+           {line, line + "\r\nALT(DEC) Motor: not touched.", std::string("one"), line + "\r\n" + line}) {
+        box.Text(text);
+        QCoreApplication::processEvents();  // Comes back.
+      }
+    }
+  }
 }
 
 }  // namespace
