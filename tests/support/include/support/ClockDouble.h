@@ -1,8 +1,6 @@
 // A clock that tells a fixed date and never sleeps; between any two looks at it a step goes by.
 #pragma once
 
-#include <vector>
-
 #include "platform/clock.h"
 
 namespace tarnwick::test {
@@ -14,12 +12,11 @@ class ClockDouble final : public clock::IClock {
   ~ClockDouble() override { Seam<clock::IClock>::Uninstall(); }
   std::tm LocalNow() override { return now; }
   std::chrono::milliseconds SteadyNow() override { return steady += step; }
-  void Sleep(std::chrono::milliseconds duration) override { sleeps.push_back(duration); }
+  void Sleep(std::chrono::milliseconds) override {}
 
   std::tm now{};
   std::chrono::milliseconds steady{};
   std::chrono::milliseconds step = std::chrono::seconds(1);
-  std::vector<std::chrono::milliseconds> sleeps;
 };
 
 }  // namespace tarnwick::test

@@ -16,9 +16,6 @@ enum class Fault { Fail, Kill };
 int EachFault(const std::function<void()>& prepare, const std::function<void()>& work,
               const std::function<void(Fault)>& check);
 
-/// The calls of `work` in order, as "rename a b", "unlink a" and "fsync": names without their folders.
-std::vector<std::string> FileCalls(const std::function<void()>& work);
-
 /// A call that changed a file or a folder, or flushed it.
 struct FileCall {
   std::string call =

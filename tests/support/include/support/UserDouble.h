@@ -29,7 +29,6 @@ class UserDouble : public ui::IUserInterface {
   }
   std::string InputBox(std::string_view prompt, std::string_view title, std::string_view proposed) override {
     inputs.push_back(std::string(title) + "|" + std::string(prompt) + "|" + std::string(proposed));
-    if (onInput) onInput();
     return Next(inputAnswers, {});
   }
   void PumpEvents() override {
@@ -52,7 +51,6 @@ class UserDouble : public ui::IUserInterface {
   int pumps = 0;
   int beeps = 0;
   std::function<void()> onPump;
-  std::function<void()> onInput;
   std::function<void(const std::string&)> log;  ///< Told "box" and "pump", for tests of one recorded order.
 
  private:
