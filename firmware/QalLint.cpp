@@ -193,7 +193,7 @@ void QalLint::State::TakeDevice(std::string_view value) {
 void QalLint::State::TakeRecord(std::string_view text) {
   if (text.size() < 9) return;  // An error of the loader, which tells it.
   const auto digit = [text](std::size_t at) { return kHexDigits[static_cast<unsigned char>(text[at])]; };
-  const unsigned length = (digit(1) << 4 | digit(2)) & 0xFFu;
+  const auto length = static_cast<unsigned>((digit(1) << 4 | digit(2)) & 0xFF);
   if (length == 0 || text.substr(7, 2) != "00") return;
   if ((digit(6) & 1) != 0) Say(true, "the record begins at an odd address, and loses its lowest bit");
   if (length % 2 != 0) Say(true, "the record has an odd number of bytes: the last one is lost");
