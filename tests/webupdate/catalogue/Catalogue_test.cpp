@@ -1,4 +1,4 @@
-// The catalogue: what is read, what is not believed, what the folder adds, and dates in all time zones.
+// The catalogue: what is read, what is not believed, and dates in all time zones.
 // Packages fetched and removed, with every operation on a file failed and cut in turn: old or new, byte for
 // byte, nothing but its own half left beside, and the next attempt works.
 #include "webupdate/Catalogue.h"
@@ -87,30 +87,6 @@ TEST(HarmlessName, IsOneComponentOnAnySystem) {
     EXPECT_FALSE(IsHarmlessName(name)) << name;
   for (const char forbidden : std::string("/\\:*?\"<>|%\n\0\x7F", 13))
     EXPECT_FALSE(IsHarmlessName(std::string("a") + forbidden + "b")) << forbidden;
-}
-
-TEST(Catalogue, MergesTheFolderAndSorts) {
-  const TempFolder folder;
-  const auto put = [&](const char* name, const char* content, const char* date) {
-    WriteFile(folder / name, content);
-    EXPECT_TRUE(Touch(folder / name, *ReadDate(date)));
-  };
-  put("ALPHA.qal", "other size", "2001-01-01");
-  put("only.QAL", "12345", "2002-02-02");
-  put("only.txt", "one\r\ntwo", "2002-02-02");
-  put("zulu.qal", "", "2003-03-03");
-  put("zulu.txt", "for zulu\r\n", "2003-03-03");
-  put("Bravo.qal", "x", "2004-04-04");
-  put("no package.txt", "x", "2004-04-04");
-  fs::create_directory(folder / "folder.qal");
-  Catalogue catalogue;
-  catalogue.Load("@alpha.qal,2020-01-01,1\r\nabout\r\n@delta.qal,2020-01-01,2\r\n@alpha.QAL,x,3", 0);
-  catalogue.MergeLocalFiles(folder.Path());
-  catalogue.SortFiles();
-  EXPECT_EQ(
-      Listed(catalogue),
-      "Bravo||2004-04-04|1||L;alpha|qal|2020-01-01|1|about\r\n|LR;alpha|QAL|x|3||R;"
-      "delta|qal|2020-01-01|2||R;only||2002-02-02|5|one\r\ntwo\r\n|L;zulu||2003-03-03|0|for zulu\r\n|L;");
 }
 
 TEST(Touch, ShowsItsDateInEveryTimeZone) {
