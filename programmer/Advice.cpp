@@ -15,6 +15,7 @@ constexpr std::array kMessages = std::to_array<MessageAdvice>({
     {"Hardware Revision doesn't match QAL file", kNameRevision},
     {"Model number doesn't match QAL file", kOtherPackage},
     {"Invalid Change in Hardware Revision", kOtherPackage},
+    {"No matching devices found in firmware file", kOtherPackage},
     {"model can not be determined", kSamePackage},
     {"Cannot Program more than one device at a time", kChooseDevice},
     {"Your BootLoader on this device needs to be upgraded", kSayYes},

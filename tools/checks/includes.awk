@@ -2,10 +2,11 @@
 # up; tools, tests, benchmarks and samples stand outside and may look at anything.
 
 BEGIN {
-  rooms = split("platform settings ports firmware link programmer widgets wizard webupdate pages app", list, " ")
+  rooms = split("platform settings ports firmware link programmer widgets wizard webupdate pages app flash", list, " ")
   for (i = 1; i <= rooms; ++i) floorOf[list[i]] = i
   floorOf["linklib"] = floorOf["mount"] = 0  # what they may include is told one by one
   withQt = "^(platform/qt|widgets|wizard/window|webupdate/window|pages|app)/"
+  forBothFaces = "^app/(ProgramSettings|TrustedKeys)\\.h$"  # of a target of its own, without Qt
   withPosix = "^(platform/posix|tests|benchmarks)/"
   posix = "^(unistd|fcntl|termios|pty|poll|dlfcn|dirent|pwd|grp|sched|signal|spawn|pthread|netdb|strings|libgen|glob|link|elf)\\.h$" \
           "|^(sys|linux|net|netinet|arpa|asm)/"
@@ -45,6 +46,7 @@ function allowed(other, header) {
 }
 
 function isQt(header) {
+  if (header ~ forBothFaces) return 0
   return header ~ /^Q[A-Za-z]+(\/|$)/ || header ~ /^q[a-z]+\.h$/ || placeOf[header] ~ withQt
 }
 

@@ -36,7 +36,8 @@ std::optional<SecretKey> ReadSecretKey(std::string_view text);
 std::string SignatureLine(std::string_view content, std::string_view name, std::string_view version,
                           const SecretKey& key);
 
-/// The signature of a text that no signed file begins like, and whether one is of that text.
+/// The signature of a text, and whether one is of that text. The text must not begin as the texts do that
+/// `SignatureLine` signs, or the one signature could pass for the other.
 std::string SignText(std::string_view text, const SecretKey& key);
 bool IsTextSigned(std::string_view text, std::string_view signature, const PublicKey& key);
 
