@@ -72,6 +72,7 @@ class Run {
 
 bool Run::Execute() {
   Show(0);
+  if (gCancelProgram) return false;  // Confirmed while the first progress was shown: nothing is erased.
   if (!ReachBootLoader()) return false;
   if (gBlockOverride && !AskBlockSize()) return false;
   if (!ReachProgramState()) return false;

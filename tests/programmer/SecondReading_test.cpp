@@ -156,6 +156,7 @@ class PlainRun {
     gTotalWords = gQAL->DeviceWords(q);
     const std::string text = caption + gQAL->DeviceName(q) + " : ";
     ShowProgress(text, 0, mProgress);
+    if (gCancelProgram) return false;
     if (row.State <= McState::NoResponse) return Refuse("No response from MC");
     std::int32_t r = 0;
     if (row.State == McState::Running && row.HwRev >= 4 && Link().enterBootCommon(address) == 0)

@@ -75,7 +75,7 @@ void Judge::Idle(const View& view) {
   if (view.page == 4 && view.package != mPackage)
     Fail("went on with " + view.package + " in place of " + mPackage);
   mCalledOn = -1;
-  mRun = mStopped = mStopAsked = mWentToCancel = false;
+  mRun = mGivenUp = mStopAsked = mWentToCancel = false;
   mAsked.clear();
   mChosen.clear();
   mEnded.clear();
@@ -96,7 +96,7 @@ void Judge::Changed(const std::string& name, std::int32_t address, std::int32_t 
   mRun = true;
   if (name == "start") {
     mOpen.insert(address);
-    if (mStopped) mLeft = mOpen;
+    if (mGivenUp) Fail(what + " after the stop was confirmed");
     mEnded.erase(address);
   } else if (name == "end" && result == 1) {
     mOpen.erase(address);
@@ -126,11 +126,9 @@ void Judge::BoxCloses(bool yes) {
   mBoxes.pop_back();
   ++mBoxesAnswered;
   if (!box.answered) Fail("no fresh key or click answered: " + box.text);
-  const bool stops = box.text.starts_with("Cancelling Programming")
-                         ? yes
-                         : box.text.find("Error occurred") != std::string::npos;
-  mStopped = mStopped || stops;
-  if (stops) mLeft = mOpen;
+  const bool givesUp = box.text.starts_with("Cancelling Programming") && yes;
+  mGivenUp = mGivenUp || givesUp;
+  if (givesUp || box.text.find("Error occurred") != std::string::npos) mLeft = mOpen;
 }
 
 }  // namespace tarnwick::test

@@ -71,7 +71,7 @@ class Judge {
   bool mStopAsked = false;       ///< Cancel, Escape or the close box, likewise.
   bool mWentToCancel = false;
   int mCalledOn = -1;  ///< The page on which the link was called last, since the program waited.
-  bool mRun = false, mStopped = false;
+  bool mRun = false, mGivenUp = false;  ///< The user said Yes to stopping the run.
   std::string mPackage;
   std::set<std::int32_t> mChosen, mEnded;
   std::set<std::int32_t> mOpen, mLeft;  ///< Begun and not ended; and of these, what the user knows to be so.
