@@ -1,4 +1,4 @@
-#include "Arguments.h"
+#include "flash/Arguments.h"
 
 #include <algorithm>
 #include <array>
@@ -26,6 +26,7 @@ constexpr std::array kCommands = std::to_array<CommandName>({
     {Command::Verify, "verify", 1, 1},
     {Command::Fetch, "fetch", 0, 1},
     {Command::List, "list", 0, 0},
+    {Command::Forget, "forget", 0, 0},
 });
 
 /// What is asked but once or twice.
@@ -155,10 +156,11 @@ std::string HelpText() {
       "  tarnwick-flash program PACKAGE      writes a package into the mount\n"
       "  tarnwick-flash verify PACKAGE       compares the mount with a package\n"
       "  tarnwick-flash list                 the packages here and on the update site\n"
-      "  tarnwick-flash fetch [NAME]         fetches a package, or all that are not here\n\n"
+      "  tarnwick-flash fetch [NAME]         fetches a package, or all that are not here\n"
+      "  tarnwick-flash forget               throws away the note of a run that was not ended\n\n"
       "PACKAGE is a file, a name of the list, or \"-\" for standard input.\n\n"
       "  --port COMn|DEVICE     the port; else the one that was used last, or the only USB adapter\n"
-      "  --device azm|alt|all   which motors; all of the package by default\n"
+      "  --device azm|alt|all   which motors; all by default\n"
       "  --json                 one JSON document, or one object a line while it works\n"
       "  --yes=NAME[,NAME]      answers these questions with Yes, and no other:\n";
   for (const Question& each : kQuestions) {

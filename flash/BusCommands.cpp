@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <chrono>
 
-#include "Commands.h"
 #include "Mount.h"
 #include "firmware/QALclass.h"
+#include "flash/Commands.h"
 #include "link/Connection.h"
 #include "link/Devices.h"
 #include "link/OpeningCause.h"

@@ -1,16 +1,15 @@
-#include "Console.h"
+#include "flash/Console.h"
 
 #include <cstdio>
 
-#include "Arguments.h"
+#include "flash/Arguments.h"
+#include "platform/codepage.h"
 #include "platform/signals.h"
 #include "programmer/modProgrammer.h"
 
 namespace tarnwick::flash {
 namespace {
 
-/// One line that a person types, without its end. False when none comes: the input has ended, or Ctrl-C was
-/// pressed.
 bool ReadLine(std::string& line) {
   line.clear();
   for (int c = std::fgetc(stdin); c != '\n'; c = std::fgetc(stdin)) {
@@ -29,8 +28,12 @@ ui::Answer AsAnswer(ui::Buttons buttons, bool yes) {
 
 }  // namespace
 
-Console::Console(Output& output, std::set<std::string> yes)
-    : mOutput(output), mYes(std::move(yes)), mAttended(output.IsText() && signals::IsAttended()) {
+Typing AtTerminal() {
+  return signals::IsAttended() ? ReadLine : Typing();
+}
+
+Console::Console(Output& output, std::set<std::string> yes, Typing person)
+    : mOutput(output), mYes(std::move(yes)), mPerson(output.IsText() ? std::move(person) : Typing()) {
   Seam<ui::IUserInterface>::Install(*this);
 }
 
@@ -42,10 +45,10 @@ ui::Answer Console::MessageBox(std::string_view text, ui::Buttons buttons, ui::I
   if (buttons == ui::Buttons::Ok) {
     mOutput.Message(text, {});
     // What good news asks for is to be done before the program looks again.
-    if (icon == ui::Icon::Information && mAttended) {
+    if (icon == ui::Icon::Information && IsAttended()) {
       std::string line;
-      std::fputs("[Enter] ", stderr);
-      ReadLine(line);
+      mOutput.Prompt("[Enter] ");
+      mPerson(line);
     }
     return ui::Answer::Ok;
   }
@@ -61,7 +64,7 @@ bool Console::AnswerOf(std::string_view text) {
     mOutput.Message(text, "Yes");
     return true;
   }
-  if (mAttended && !mEnding) {
+  if (IsAttended() && !mEnding) {
     mOutput.Question(text);
     return AskPerson();
   }
@@ -77,14 +80,14 @@ bool Console::AskPerson() {
   std::string line;
   bool asking = true;
   while (asking) {
-    std::fputs("[y/n] ", stderr);
-    if (ReadLine(line)) {
+    mOutput.Prompt("[y/n] ");
+    if (mPerson(line)) {
       asking = line != "y" && line != "n" && line != "yes" && line != "no";
     } else {
       // Ctrl-C answers nothing. Where the terminal has gone, or the system ends us, nobody is there any more.
       asking = signals::Take() == signals::Asked::Interrupt;
       line = "no";
-      std::fputs("\n", stderr);
+      mOutput.Prompt("\n");
     }
   }
   mAsking = false;
@@ -92,11 +95,11 @@ bool Console::AskPerson() {
 }
 
 std::string Console::InputBox(std::string_view prompt, std::string_view, std::string_view proposed) {
-  if (!mAttended) return {};
+  if (!IsAttended()) return {};
   mOutput.Question(prompt);
-  std::fprintf(stderr, "[%s] ", std::string(proposed).c_str());
+  mOutput.Prompt("[" + text::ForTerminal(std::string(proposed)) + "] ");
   std::string line;
-  if (!ReadLine(line)) return {};
+  if (!mPerson(line)) return {};
   return line.empty() ? std::string(proposed) : line;
 }
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "Commands.h"
+#include "flash/Commands.h"
 
 namespace tarnwick::flash {
 

@@ -1,6 +1,4 @@
-#include "Output.h"
-
-#include <cstdio>
+#include "flash/Output.h"
 
 #include "platform/codepage.h"
 #include "platform/signals.h"
@@ -35,13 +33,17 @@ void Output::Message(std::string_view text, std::string_view answer) {
     });
   }
   if (!IsText()) return;
-  PutLines(stderr, text);
-  if (!answer.empty()) PutLines(stderr, "-> " + std::string(answer));
+  PutLines(mMessages, text);
+  if (!answer.empty()) PutLines(mMessages, "-> " + std::string(answer));
 }
 
 void Output::Question(std::string_view text) {
   EndProgress();
-  PutLines(stderr, text);
+  PutLines(mMessages, text);
+}
+
+void Output::Prompt(std::string_view text) {
+  std::fprintf(mMessages, "%s", std::string(text).c_str());
 }
 
 void Output::Note(std::string_view text) {
@@ -50,7 +52,7 @@ void Output::Note(std::string_view text) {
 
 void Output::Line(std::string_view text) {
   EndProgress();
-  if (IsText()) PutLines(stdout, text);
+  if (IsText()) PutLines(mResults, text);
 }
 
 void Output::Open() {
@@ -67,17 +69,17 @@ void Output::Member(std::string_view name, const std::function<void(JsonLine&)>&
 
 void Output::Event(std::string_view kind, const std::function<void(JsonLine&)>& members) {
   if (mForm != Form::Stream) return;
-  JsonLine json(stdout);
+  JsonLine json(mResults);
   json.Open('{');
   json.Member("event", std::string(kind));
   members(json);
   json.Close('}');
-  std::fputc('\n', stdout);
-  std::fflush(stdout);
+  std::fputc('\n', mResults);
+  std::fflush(mResults);
 }
 
 void Output::Progress(const std::string& text, double share, bool now) {
-  const bool live = IsText() && signals::ShowsTerminal();
+  const bool live = IsText() && mResults == stdout && signals::ShowsTerminal();
   const auto moment = Clock::now();
   const auto pause = live       ? Clock::duration(kAlive)
                      : IsText() ? Clock::duration(kInLog)
@@ -90,15 +92,15 @@ void Output::Progress(const std::string& text, double share, bool now) {
   });
   if (!IsText()) return;
   // What stands on the line is written over, its longer rest with blanks.
-  std::printf(live ? "\r%-70s" : "%s\n", text::ForTerminal(text).c_str());
-  std::fflush(stdout);
+  std::fprintf(mResults, live ? "\r%-70s" : "%s\n", text::ForTerminal(text).c_str());
+  std::fflush(mResults);
   mLineUnended = live;
 }
 
 void Output::EndProgress() {
-  if (mLineUnended) std::printf("\r%-70s\r", "");
+  if (mLineUnended) std::fprintf(mResults, "\r%-70s\r", "");
   mLineUnended = false;
-  std::fflush(stdout);
+  std::fflush(mResults);
 }
 
 bool Output::End(Exit exit) {
@@ -118,9 +120,9 @@ bool Output::End(Exit exit) {
     });
     Member("exit", [status](JsonLine& json) { json.Value(status); });
     mDocument.Close('}');
-    std::fputc('\n', stdout);
+    std::fputc('\n', mResults);
   }
-  return std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+  return std::fflush(mResults) == 0 && std::ferror(mResults) == 0;
 }
 
 }  // namespace tarnwick::flash

@@ -1,4 +1,4 @@
-#include "Commands.h"
+#include "flash/Commands.h"
 #include "link/Devices.h"
 #include "platform/contain.h"
 #include "platform/ui.h"

@@ -3,24 +3,16 @@
 #include <filesystem>
 #include <memory>
 
-#include "Commands.h"
-#include "app/ProgramSettings.h"
 #include "app/TrustedKeys.h"
-#include "firmware/QALclass.h"
-#include "link/Connection.h"
+#include "flash/Commands.h"
 #include "platform/awake.h"
 #include "platform/cli.h"
 #include "platform/codepage.h"
-#include "platform/contain.h"
 #include "platform/files.h"
 #include "platform/http/CurlTransport.h"
 #include "platform/program.h"
 #include "platform/record.h"
 #include "platform/signals.h"
-#include "programmer/Advice.h"
-#include "programmer/DeviceClass.h"
-#include "programmer/UnfinishedRun.h"
-#include "settings/Settings.h"
 #include "webupdate/Start.h"
 
 namespace {
@@ -29,30 +21,8 @@ using namespace tarnwick;
 using flash::Command;
 using flash::Exit;
 
-constexpr std::int32_t kMotorControllers = 0;
-
 /// The window's name: settings, note and record are the same, whoever works.
 constexpr const char* kName = "Tarnwick";
-
-Exit Dispatch(const flash::Job& job) {
-  switch (job.arguments.command) {
-    case Command::Ports:
-      return flash::ListPorts(job);
-    case Command::Status:
-      return flash::ShowStatus(job);
-    case Command::Check:
-      return flash::CheckPackage(job);
-    case Command::Program:
-      return flash::ProgramPackage(job);
-    case Command::Verify:
-      return flash::VerifyPackage(job);
-    case Command::Fetch:
-      return flash::FetchPackages(job);
-    case Command::List:
-      return flash::ListPackages(job);
-  }
-  return Exit::WrongUse;
-}
 
 /// What the work needs, in place around it.
 Exit Work(const flash::Arguments& arguments, flash::Output& output) {
@@ -70,15 +40,7 @@ Exit Work(const flash::Arguments& arguments, flash::Output& output) {
   record::Open(identity.folder);
   record::Line("start: tarnwick-flash " + program::VersionText() + ", " + program::SystemText());
   TrustBuiltInKeys();
-  LoadSettings();
-  ChooseDeviceClass(kMotorControllers);
-  if (const std::string told = RecallUnfinished(advice::kCommandAgain); !told.empty())
-    output.Message(told, {});
-  Exit exit = Exit::Refused;
-  if (!Contain([&] { exit = Dispatch({arguments, output, user}); }))
-    output.Note("That failed in a way that nobody foresaw. Tarnwick.log has more.");
-  if (IsConnected()) CloseConnection();
-  gQAL.reset();
+  const Exit exit = flash::Perform({arguments, output, user});
   record::Close();
   return exit;
 }

@@ -7,7 +7,7 @@ _tarnwick_flash() {
     check | program | verify) COMPREPLY=($(compgen -f -X '!*.qal' -- "$word") $(compgen -d -- "$word")) && return ;;
   esac
   if [ "$COMP_CWORD" = 1 ]; then
-    COMPREPLY=($(compgen -W 'ports status check program verify list fetch --help --version' -- "$word"))
+    COMPREPLY=($(compgen -W 'ports status check program verify list fetch forget --help --version' -- "$word"))
   else
     COMPREPLY=($(compgen -W '--port --device --json --yes=' -- "$word"))
   fi

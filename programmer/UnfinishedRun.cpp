@@ -63,10 +63,11 @@ void Write(const std::vector<UnfinishedMotor>& motors) {
   file.SaveFile(UnfinishedPath());
 }
 
-/// The note without that motor.
+/// The note without that motor; 0 for all.
 std::vector<UnfinishedMotor> Others(std::int32_t address) {
   std::vector<UnfinishedMotor> motors = ReadUnfinished();
-  std::erase_if(motors, [address](const UnfinishedMotor& motor) { return motor.Address == address; });
+  std::erase_if(motors,
+                [address](const UnfinishedMotor& motor) { return address == 0 || motor.Address == address; });
   return motors;
 }
 
@@ -145,7 +146,7 @@ void ShowUnfinished() {
   if (told.empty()) return;
   const ui::Answer answer = ui::MessageBox(told + "\r\n\r\nKeep this note until it is programmed?",
                                            ui::Buttons::YesNo, ui::Icon::Exclamation);
-  if (answer == ui::Answer::No) Contain([] { Write({}); });
+  if (answer == ui::Answer::No) ForgetUnfinished(0);
 }
 
 }  // namespace tarnwick

@@ -125,6 +125,12 @@ for signal in TERM HUP; do
     [ "$status" = 4 ] || fail "SIGTERM ends a run with $status"
     tail -n 5 home/Tarnwick.log | grep -q 'stopped at' || fail "the record does not tell"
     ends 0 'was begun and not ended' ports
+    cp home/Tarnwick.unfinished note
+    ends 0 'There is no such note' forget --device alt
+    [ -e home/Tarnwick.unfinished ] || fail "the note of another motor is gone"
+    ends 0 'AZM(RA) Motor: forgotten' forget
+    [ ! -e home/Tarnwick.unfinished ] || fail "a note stands that was to be forgotten"
+    mv note home/Tarnwick.unfinished
     ends 0 '5.12 written' program MC_0512 --port COM5 --device azm --yes=model
   fi
   [ ! -e home/Tarnwick.unfinished ] || fail "a note stands of a motor that is written"

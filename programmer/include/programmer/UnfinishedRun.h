@@ -46,7 +46,7 @@ class UnfinishedNote {
 std::filesystem::path UnfinishedPath();
 /// The motors that the note names; none when there is no note or it makes no sense.
 std::vector<UnfinishedMotor> ReadUnfinished();
-/// Takes one motor out of the note.
+/// Takes one motor out of the note; 0 for all, with the file.
 void ForgetUnfinished(std::int32_t address);
 
 /// Recalls what the motors of a note told of themselves, and gives what the user is to be told: which they

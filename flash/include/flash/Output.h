@@ -6,12 +6,13 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "Exit.h"
+#include "flash/Exit.h"
 #include "platform/json.h"
 
 namespace tarnwick::flash {
@@ -24,13 +25,17 @@ class Output {
     Stream,    ///< One JSON object a line, while it works.
   };
 
-  explicit Output(Form form) : mForm(form) {}
+  /// Both streams outlive it.
+  explicit Output(Form form, std::FILE* results = stdout, std::FILE* messages = stderr)
+      : mForm(form), mResults(results), mMessages(messages) {}
 
   /// A message of the program, Windows-1252, lines ended by CR LF; `answer` is what it was answered with,
   /// empty where it asks nothing.
   void Message(std::string_view text, std::string_view answer);
   /// The text of a question before its answer is known. Shown to a person alone.
   void Question(std::string_view text);
+  /// What stands before the place where a person types.
+  void Prompt(std::string_view text);
   /// A sentence of ours beside the messages.
   void Note(std::string_view text);
   /// A line of the result, for a person; `Member` and `Event` are the same for a program.
@@ -59,7 +64,9 @@ class Output {
   void Open();
 
   const Form mForm;
-  JsonLine mDocument{stdout};
+  std::FILE* const mResults;
+  std::FILE* const mMessages;
+  JsonLine mDocument{mResults};
   bool mOpened = false;
   bool mLineUnended = false;  ///< A line of progress stands on the terminal.
   std::vector<Told> mTold;    ///< For the document, which has them as one member.

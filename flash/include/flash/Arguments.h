@@ -10,7 +10,7 @@
 
 namespace tarnwick::flash {
 
-enum class Command { Ports, Status, Check, Program, Verify, Fetch, List };
+enum class Command { Ports, Status, Check, Program, Verify, Fetch, List, Forget };
 
 struct Arguments {
   Command command = Command::Ports;
