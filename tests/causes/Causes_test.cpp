@@ -13,6 +13,7 @@
 #include "programmer/ProgramDevice.h"
 #include "settings/INIfile.h"
 #include "settings/Settings.h"
+#include "support/HttpDouble.h"
 #include "support/LinkDouble.h"
 #include "support/PackageText.h"
 #include "support/ResetGlobals.h"
@@ -43,33 +44,6 @@ const std::string kRefusedBySite =
 struct NotingLink final : LinkDouble {
   std::string getLinkNote() override { return note; }
   std::string note;
-};
-
-/// A site that is reached, or not, in one way. What it simplifies: nothing is sent, and no time passes.
-struct FailingSite final : http::ITransport {
-  FailingSite() { Seam<http::ITransport>::Install(*this); }
-  ~FailingSite() override { Seam<http::ITransport>::Uninstall(); }
-  struct Request final : http::IRequest {
-    explicit Request(const FailingSite& failing) : site(failing) {}
-    bool Send(std::string_view, std::string_view) override { return site.status != 0; }
-    std::int32_t Status() const override { return site.status; }
-    std::optional<std::uint64_t> Length() const override { return std::nullopt; }
-    bool Read(std::span<char>, std::size_t&) override { return false; }
-    http::Cause WhyNot() const override { return {site.failure, "words of the transport"}; }
-    const FailingSite& site;
-  };
-  bool Ready(std::string& cause) override {
-    cause = ready ? "" : "libcurl.so.4: cannot open shared object file";
-    return ready;
-  }
-  std::unique_ptr<http::IRequest> OpenRequest(const http::Server&, const std::string&, const std::string&,
-                                              bool) override {
-    return std::make_unique<Request>(*this);
-  }
-
-  bool ready = true;
-  std::int32_t status = 0;  ///< 0 for no answer at all.
-  http::Failure failure = http::Failure::None;
 };
 
 /// One failure: how it is brought about, the box that is told, and words of its line in the record.
@@ -141,9 +115,9 @@ class Causes : public testing::Test {
     WriteFile(folder / "firmware/a.qal", text);
     gQAL->LoadQALfile(folder / "firmware/a.qal");
   }
-  void Fetch(bool ready, std::int32_t status, http::Failure failure) {
-    FailingSite site;
-    site.ready = ready;
+  void Fetch(std::int32_t status, http::Failure failure, const std::string& missing = {}) {
+    HttpDouble site;
+    site.missing = missing;
     site.status = status;
     site.failure = failure;
     HTTPClass client;
@@ -151,29 +125,12 @@ class Causes : public testing::Test {
   }
   void Save(const char* inTheWay) {
     fs::create_directories(folder / inTheWay);
-    FileEntry entry{"b", "qal", "", 0, "", false, true};
-    struct Offer final : http::ITransport {
-      struct Page final : http::IRequest {
-        bool Send(std::string_view, std::string_view) override { return true; }
-        std::int32_t Status() const override { return 200; }
-        std::optional<std::uint64_t> Length() const override { return std::nullopt; }
-        bool Read(std::span<char> piece, std::size_t& count) override {
-          count = std::exchange(left, std::string()).copy(piece.data(), piece.size());
-          return true;
-        }
-        http::Cause WhyNot() const override { return {}; }
-        std::string left = "FILEVER=11\r\n";
-      };
-      bool Ready(std::string&) override { return true; }
-      std::unique_ptr<http::IRequest> OpenRequest(const http::Server&, const std::string&, const std::string&,
-                                                  bool) override {
-        return std::make_unique<Page>();
-      }
-    } offer;
-    Seam<http::ITransport>::Install(offer);
+    HttpDouble site;
+    site.replies["/b.qal"] = "FILEVER=11\r\n";
+    FileEntry entry;
+    entry.Name = "b", entry.Ext = "qal", entry.Remote = true;
     HTTPClass client;
     DownloadPackage(client, folder / "firmware", entry);
-    Seam<http::ITransport>::Uninstall();
     fs::remove_all((folder / inTheWay).parent_path());
   }
 
@@ -270,11 +227,7 @@ std::vector<Case> Causes::Packages() {
        "changed while it was read"},
       {"package below a file", [this] { gQAL->LoadQALfile(folder / "Tarnwick.log/a.qal"); }, "",
        "Not a directory"},
-      {"short line", load(with(":00")), "", "Too Short"},
-      {"long line", load(with(":0000000100FF00")), "", "Wrong Length"},
       {"checksum", load(with(":00000001FE")), "", "CheckSum"},
-      {"type", load(with(":00000005FB")), "", "Invalid Type"},
-      {"digit", load(with(":0000000X00")), "", "Invalid Character"},
       {"no data", load("DEVICE_ADDRESS_VERSION=Azm, 16, A_0100\r\n"), "", "No Data Found"},
       {"no end", load(with("END_HEX=B")), "", "No Matching END_HEX"},
       {"folder in the way of a package", [this] { Save("firmware/b.qal/x"); },
@@ -297,14 +250,14 @@ std::vector<Case> Causes::Packages() {
 std::vector<Case> Causes::Web() {
   using http::Failure;
   const auto fetch = [this](std::int32_t status, Failure failure) {
-    return [=, this] { Fetch(true, status, failure); };
+    return [=, this] { Fetch(status, failure); };
   };
   return {
-      {"no libcurl", [this] { Fetch(false, 0, Failure::None); }, "", "libcurl.so.4"},
+      {"no libcurl", [this] { Fetch(0, Failure::None, "libcurl.so.4: cannot open"); }, "", "libcurl.so.4"},
       {"site whose user has an @",
        [this] {
          DomainName = "ss@site.example";
-         Fetch(true, 502, Failure::None);
+         Fetch(502, Failure::None);
          DomainName = "site.example";
        },
        kNoSite, "failed: fetching site.example/list.txt: server error: status 502"},
@@ -379,7 +332,7 @@ TEST_F(Causes, EachHasItsToldBoxAndALineOfItsOwnInTheRecord) {
 TEST_F(Causes, TheRecordKeepsNoSecretAndStaysWithinItsBounds) {
   DomainUser = "me";
   DomainPassword = "secret";
-  Fetch(true, 401, http::Failure::None);
+  Fetch(401, http::Failure::None);
   record::Line(std::string(record::kLongestLine + 1, 'x') + "\r\n\tand more");
   EXPECT_THAT(ReadFile(folder / "Tarnwick.log"), testing::Not(testing::HasSubstr("secret")));
   EXPECT_TRUE(ReadFile(folder / "Tarnwick.log").ends_with("xxx...\n"));

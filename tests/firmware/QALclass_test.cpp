@@ -1,8 +1,6 @@
 #include "firmware/QALclass.h"
 
 #include <gmock/gmock.h>
-#include <malloc.h>
-#include <sys/resource.h>
 
 #include <iomanip>
 #include <sstream>
@@ -11,28 +9,6 @@
 #include "platform/text.h"
 #include "support/PlainReader.h"
 #include "support/TempFolder.h"
-
-#ifndef __SANITIZE_ADDRESS__
-namespace {
-
-std::size_t gTaken = 0, gPeak = 0;  ///< Bytes of memory that this program has, and had at most.
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  void* const memory = std::malloc(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  gPeak = std::max(gPeak, gTaken += ::malloc_usable_size(memory));
-  return memory;
-}
-void operator delete(void* memory) noexcept {
-  if (memory != nullptr) gTaken -= ::malloc_usable_size(memory);
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  operator delete(memory);
-}
-#endif
 
 namespace tarnwick::test {
 namespace {
@@ -152,56 +128,6 @@ TEST(QALclass, ReadsAFileOfManyPiecesAsIfItWereOne) {
     }
   }
 }
-
-#ifndef __SANITIZE_ADDRESS__
-TEST(QALclass, TakesAtMostThreeTimesTheFileAndItsImages) {
-  constexpr std::size_t kFile = 12'000'000, kRoom = 100'000;  // For pieces of the file.
-  const auto made = [](const auto& line) {
-    std::string text;
-    for (int i = 0; text.size() < kFile; ++i) {
-      std::string id = "0000";
-      for (int rest = i, at = 3; at >= 0; --at, rest /= 36)
-        id[std::size_t(at)] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ"[rest % 36];
-      text += line(id);
-    }
-    return text;
-  };
-  const std::string device = "DEVICE_ADDRESS_VERSION=", none = "7 : No Data Found For Device at ";
-  const auto alone = made([&](auto& id) { return device + ",," + id + "\r\n"; });
-  const auto nameless = made([&](auto&) { return device + "\r\n"; });
-  const auto fed =
-      made([&](auto& id) { return device + ",," + id + "\r\nSTART_HEX=" + id + "\r\n:020002000000FC\r\n"; });
-  const auto words = made([](auto&) { return ":020002000000FC\r\n"; });
-  const std::string last = device + ",,A\r\nSTART_HEX=A\r\n:02FFFE00000001\r\n", line(kFile, 'x');
-  const struct {
-    std::string text;
-    std::string outcome;
-    std::size_t images = 0;  ///< Bytes of words.
-  } cases[] = {
-      {alone, none + std::to_string(alone.size() / 31)},
-      {nameless, none + std::to_string(nameless.size() / 25)},
-      {fed, "0", fed.size() / 64 * 8},
-      {"START_HEX=A\r\n" + words, "0"},
-      {device + ",,\r\n" + words, "0"},
-      {last + words, "0", 65'600},
-      {line, "0"},
-      {line + "\r\n" + line + "=\r\n", "0"},
-      {"COMMENTS=" + line + "\r\n", "0"},
-      {"HWREV=" + line + "\r\n", "0"},
-      {"START_HEX=" + line + "\r\n", "0"},
-      {device + line + "," + "\r\n", none + "1"},
-  };
-  const TempFolder folder;
-  for (const auto& each : cases) {
-    WriteFile(folder / "a.qal", each.text);
-    QALclass package;
-    const std::size_t before = gPeak = gTaken;
-    package.LoadQALfile(folder / "a.qal");
-    EXPECT_LT(gPeak - before, 3 * each.text.size() + each.images + kRoom) << each.text.substr(0, 60);
-    EXPECT_EQ(Outcome(package), each.outcome);
-  }
-}
-#endif
 
 /// Of the lines told, "..." stands for what a line may go on with.
 TEST(BootPackages, AreAsTold) {

@@ -82,7 +82,11 @@ before=$(ask dump 17)
 ends 0 'AZM(RA) Motor: 5.12 written' program MC_0512 --device azm --port COM5
 [ "$(ask dump 17)" = "$before" ] || fail "a motor was written that was not chosen"
 ask power
-input=$package ends 0 'AZM(RA) Motor: 5.12 written' program - --port COM5 --json
+# The computer is kept awake meanwhile, where it has a program for that.
+mkdir awake
+printf '#!/bin/sh\necho "$*" >>%q\nexec cat\n' "$PWD/held" >awake/systemd-inhibit
+chmod +x awake/systemd-inhibit
+PATH=$PWD/awake:$PATH input=$package ends 0 'AZM(RA) Motor: 5.12 written' program - --port COM5 --json
 [ "$(ask dump 16)" = "$(ask dump 17)" ] || fail "the memory is not that of the package"
 python3 -c 'import json, sys
 lines = [json.loads(line) for line in open("out")]
@@ -90,7 +94,9 @@ assert lines[-1] == {"event": "end", "exit": 0}, lines[-1]
 assert [l["end"] for l in lines if l["event"] == "outcome"] == ["written", "written"]' || fail "its JSON"
 [ ! -e home/Tarnwick.unfinished ] || fail "a note stands of a run that ended"
 ask power
-ends 0 'Contents are Identical' verify MC_0512 --port COM5
+PATH=$PWD/awake:$PATH ends 0 'Contents are Identical' verify MC_0512 --port COM5
+lock='--what=shutdown:sleep:idle:handle-lid-switch --mode=block --who=Tarnwick --why=Working on the telescope mount cat'
+[ "$(<held)" = "$lock"$'\n'"$lock" ] || fail "the computer may sleep within a run: $(<held)"
 ask poke 16 700 1
 ends 3 'Found Difference at Address: 700' verify MC_0512 --port COM5 --json
 python3 -m json.tool --json-lines out >/dev/null || fail "its JSON"

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
-
 #include "mount/MountProcess.h"
 #include "platform/program.h"
 #include "support/TempFolder.h"
@@ -45,19 +43,6 @@ struct Copy {
   test::TempFolder folder;
   std::unique_ptr<ILinkLibrary> library;
 };
-
-TEST(LinkLibrary, ExportsExactlyTheDecoratedNames) {
-  const test::TempFolder folder;
-  const std::string list = "nm -D --defined-only --with-symbol-versions " TARNWICK_LIBRARY
-                           " | sed 's/.* //; s/@@/@/' | LC_ALL=C sort | tr '\n' ' ' >";
-  ASSERT_EQ(std::system((list + (folder / "names").string()).c_str()), 0);
-  EXPECT_EQ(test::ReadFile(folder / "names"),
-            "_debugFilter@8 _doTestForSkelmirra@0 _doTestForUpgradeSupport@0 _endProgrammingCommon@4 "
-            "_enterBootCommon@4 _getDllVersion@12 _getHwRevCommon@8 _getHwRevFromBootCommon@8 "
-            "_getLinkNote@8 _getMcStateCommon@12 _getModelCommon@8 _getSerialMode@0 _getVersionFromBootCommon@8 "
-            "_initSerialCommon@4 _lockHc@0 _readMcProgMemCommon@16 _sendDataCommon@12 "
-            "_startProgrammingCommon@4 ");
-}
 
 TEST(LinkLibrary, OfTheProgramsFolderPassesArgumentsAndAnswersUnchanged) {
   const Copy copy;

@@ -28,3 +28,25 @@ for kept in Tarnwick.log MotorControllers; do [ -e "$data/$kept" ] || fail "$kep
 for file in Tarnwick tarnwick-flash Tarnwick.so user-guide.md tarnwick-flash.1 menu-entry LICENSE; do
   [ -s "portable/$file" ] || fail "the portable folder lacks $file"
 done
+exported=$(nm -D --defined-only --with-symbol-versions portable/Tarnwick.so | sed 's/.* //; s/@@/@/' | sort | xargs)
+[ "$exported" = "$(sort <<'END' | xargs
+_debugFilter@8
+_doTestForSkelmirra@0
+_doTestForUpgradeSupport@0
+_endProgrammingCommon@4
+_enterBootCommon@4
+_getDllVersion@12
+_getHwRevCommon@8
+_getHwRevFromBootCommon@8
+_getLinkNote@8
+_getMcStateCommon@12
+_getModelCommon@8
+_getSerialMode@0
+_getVersionFromBootCommon@8
+_initSerialCommon@4
+_lockHc@0
+_readMcProgMemCommon@16
+_sendDataCommon@12
+_startProgrammingCommon@4
+END
+)" ] || fail "the link library exports $exported"

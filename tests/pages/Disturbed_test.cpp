@@ -1,12 +1,11 @@
-// The user does what can be done at every moment at which the program looks.
+// The program is left, or the session ends, at every moment at which the program looks. What else hands can do
+// meanwhile the campaign of the hands plays.
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <QSessionManager>
-#include <set>
 
 #include "PagesTest.h"
-#include "firmware/QALclass.h"
 #include "programmer/modProgrammer.h"
 
 namespace {
@@ -36,10 +35,8 @@ class Disturbed : public PagesTest {
   Disturbed() { Put("B.qal", PackageText(5, "5", kBoth)); }
   /// The way through the program, told to `moment` before each round of events.
   void Visit(const std::function<void()>& moment) {
-    Azm().state = Alt().state = Azm().bootVersion = Alt().bootVersion = 1;
-    if (gController == nullptr) Start();
-    while (Step() > 1) Click("cmdStepBack");
-    Calls();
+    Azm().bootVersion = Alt().bootVersion = 1;
+    Start();
     int target = 0;
     onPump = [this, &moment, &target] {
       stepping = stepping && Step() != target;
@@ -59,85 +56,9 @@ class Disturbed : public PagesTest {
     for (const char* const button : {"cmdVerify", "cmdProgram"}) Click(button);
     onPump = {};
   }
-  /// Everything that a user can try without meaning to stop anything.
-  void Fiddle() {
-    for (const char* const button : {"cmdStepFwd", "cmdStepFwd", "cmdStepBack", "cmdHelp"}) Click(button);
-    const bool locked = Wizard().Frozen();
-    EXPECT_TRUE(!locked || (window.cursor().shape() == Qt::WaitCursor && !Live("cmdHelp")));
-    if (OnView("lstFirmware") && locked) {
-      const int chosen = Selected("lstFirmware");
-      ClickRow("lstFirmware", 1 - chosen);
-      Find("lstFirmware").setFocus();
-      Key(chosen == 0 ? Qt::Key_Down : Qt::Key_Up);
-      window.setFocus();
-      EXPECT_EQ(Selected("lstFirmware"), chosen);
-    }
-    if (OnView("cmdProgram")) Click("cmdProgram");
-    Key(Qt::Key_Right, Qt::AltModifier);
-    Key(Qt::Key_Space);
-    if (gVerifying) return;
-    user.answers.assign(3, ui::Answer::No);
-    Key(Qt::Key_Escape);
-    Key(Qt::Key_Return);
-    window.close();
-    user.answers.clear();
-  }
 
   bool stepping = false;
 };
-
-TEST_F(Disturbed, AtEveryMomentTheWorkIsDoneAllTheSame) {
-  Visit([] {});
-  const std::vector<std::string> undisturbed = Calls();
-  EXPECT_EQ(Said().size(), 2U);  // Identical, complete.
-  int moments = 0;
-  bool within = false;
-  Visit([&] {
-    if (std::exchange(within, true)) return;
-    ++moments;
-    Fiddle();
-    within = false;
-  });
-  EXPECT_GT(moments, 50);
-  EXPECT_EQ(Calls(), undisturbed);
-  EXPECT_EQ(gQAL->RealFilename(), folder / "MotorControllers/B.qal");
-  ExpectAtRest();
-}
-
-TEST_F(Disturbed, StoppedAtAnyMomentARunLeavesThePageUsable) {
-  Start();
-  WalkTo(4);
-  ClickRow("lstDevices", 0);
-  std::set<std::string> said;
-  for (const char* const button : {"cmdVerify", "cmdProgram"}) {
-    bool reached = true;
-    for (int moment = 1; reached; ++moment) {
-      Azm().state = Alt().state = 1;
-      Click("cmdRefresh");
-      reached = false;
-      onPump = [&, now = 0]() mutable {
-        if ((!gProgramming && !gVerifying) || ++now != moment) return;
-        reached = true;
-        if (gVerifying) return window.close(), void();
-        Key(Qt::Key_Escape);
-        EXPECT_EQ(user.boxes.size(), 1U) << "The page is locked, not the frame.";
-      };
-      Click(button);
-      onPump = {};
-      ExpectAtRest();
-      for (const std::string& box : Said()) said.insert(box);
-    }
-  }
-  EXPECT_THAT(
-      said,
-      testing::UnorderedElementsAre(
-          "Ok i|Contents are Identical", "Ok !|Verify cancelled by user",
-          "YesNo X|Cancelling Programming at this stage would leave the device in Program mode\r\nmaking the "
-          "firmware unusable until reprogrammed!\r\n\r\nAre you sure you want to Cancel Programming?",
-          "Ok i|Programming Complete\r\n\r\nCycle the power on the telescope at this point, then press "
-          "Ok.\r\nThe controller(s) programmed should then be in Running State and\r\nthe proper Version "
-          "displayed."));
-}
 
 TEST_F(Disturbed, LeavingAtAnyMomentEndsTheProgramAtOnce) {
   // Each time in a process of its own, which is started anew: the toolkit has threads by now.

@@ -1,14 +1,9 @@
 // What the four pages show, keep and ask of the link.
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <QTimer>
 
 #include "PagesTest.h"
 #include "firmware/QALclass.h"
 #include "link/Devices.h"
-#include "platform/awake.h"
-#include "programmer/modProgrammer.h"
 #include "settings/Settings.h"
 #include "webupdate/PackageSignature.h"
 
@@ -223,41 +218,6 @@ TEST_F(Pages, FourListsTheDevicesOfThePackageAndChoosesNone) {
   EXPECT_EQ(Selected("lstDevices"), -1);
 }
 
-TEST_F(Pages, FourRunsInOneOrder) {
-  link.serialMode = 2;
-  Start();
-  WalkTo(4);
-  ClickRow("lstDevices", 0);
-  Alt().bootVersion = 1;
-  const std::string noted = "box lockHc getHwRev getVersionFromBoot enterBoot endProgramming";
-  std::vector<std::string> order;
-  std::string face;
-  const auto note = [&](const std::string& line) {
-    const std::string now = Caption("cmdTerminate") + (Wizard().Frozen() ? ", locked" : "");
-    if (std::exchange(face, now) != now) order.push_back("<" + now + ">");
-    if (noted.find(line.substr(0, line.find(' '))) != noted.npos) order.push_back(line);
-    if (line == "box" && user.LastBox().starts_with("Ok i|Programming"))
-      Azm().state = Alt().state = 1;  // Power.
-  };
-  const auto run = [&](const char* button) {
-    user.log = link.log = note;
-    Click(button);
-    user.log = link.log = {};
-    ExpectAtRest();
-    EXPECT_EQ(QApplication::focusWidget(), &Find(button));
-    return std::exchange(order, {});
-  };
-  EXPECT_THAT(run("cmdVerify"), ElementsAre("<Finish>", "<Finish, locked>", "<Cancel, locked>", "lockHc",
-                                            "<Finish, locked>", "getHwRev 16", "getHwRev 17", "box"));
-  EXPECT_THAT(
-      run("cmdProgram"),
-      ElementsAre("<Cancel, locked>", "getHwRev 16", "getHwRev 17", "lockHc", "getVersionFromBoot 16",
-                  "enterBoot 16", "endProgramming 16", "getVersionFromBoot 17", "enterBoot 17",
-                  "endProgramming 17", /* the boot package */ "endProgramming 17", "<Finish, locked>",
-                  "getVersionFromBoot 16", "getVersionFromBoot 17", "box", "getHwRev 16", "getHwRev 17"));
-  EXPECT_THAT(Text("txtStatus"), HasSubstr("State: Running\n"));
-}
-
 /// What was on view of a control when it was painted last.
 struct Painted : QObject {
   using Text = std::function<QString()>;
@@ -299,73 +259,6 @@ TEST_F(Pages, WhatTakesTheMountLongIsPaintedBeforeTheCall) {
   EXPECT_THAT(during["sendData 16"], testing::EndsWith(" : 0%"));
   EXPECT_THAT(during["endProgramming 16"], testing::EndsWith("%, checking ..."));
   link.log = {};
-}
-
-TEST_F(Pages, FourKeepsTheComputerAwakeDuringARun) {
-  const std::filesystem::path said = folder / "said", program = folder / "systemd-inhibit";
-  const std::string path = ::getenv("PATH");
-  const std::unique_ptr<awake::IKeeper> keeper = awake::SystemKeeper();
-  Start();
-  WalkTo(4);
-  ClickRow("lstDevices", 0);
-  const auto held = [] { return ::waitpid(-1, nullptr, WNOHANG) == 0; };
-  ::setenv("PATH", folder.Path().c_str(), 1);
-  Click("cmdVerify");
-  EXPECT_FALSE(held()) << "There is no such program.";
-  WriteFile(program, "#!/bin/sh\necho \"$*\" >'" + said.string() + "'\nexec cat\n");
-  std::filesystem::permissions(program, std::filesystem::perms(0755));
-  ::setenv("PATH", (folder.Path().string() + ":" + path).c_str(), 1);
-  int waits = 0;
-  onPump = [&] {
-    if (!gProgramming && !gVerifying) return;
-    for (; waits < 1000 && ReadFile(said).empty(); ++waits) ::usleep(10'000);
-    EXPECT_TRUE(held());
-  };
-  for (const char* const button : {"cmdVerify", "cmdProgram"}) {
-    Click(button);
-    EXPECT_EQ(ReadFile(said),
-              "--what=shutdown:sleep:idle:handle-lid-switch --mode=block --who=Tarnwick "
-              "--why=Working on the telescope mount cat\n");
-    EXPECT_FALSE(held());
-    std::filesystem::remove(said);
-  }
-  ::setenv("PATH", path.c_str(), 1);
-}
-
-TEST_F(Pages, TheStartTellsOfARunThatWasCutOffAndTheMotorsProgrammingEndsThat) {
-  const std::filesystem::path note = folder / "Tarnwick.unfinished";
-  WriteFile(note, "[16]\r\nNAME= AZM(RA) Motor\r\nHWREV= 5\r\nPACKAGE= A.qal\r\nPERCENT= 40\r\n");
-  Start();
-  EXPECT_THAT(Said(), ElementsAre(HasSubstr("AZM(RA) Motor (last seen: HwRev 5): stopped at 40 % of A.qal")));
-  WalkTo(4);
-  ClickRow("lstDevices", 2);
-  Click("cmdProgram");
-  EXPECT_TRUE(std::filesystem::exists(note)) << "It is about the other motor.";
-  ClickRow("lstDevices", 1);
-  Click("cmdProgram");
-  EXPECT_FALSE(std::filesystem::exists(note));
-}
-
-TEST_F(Pages, FourTouchesNothingWhenACheckFails) {
-  Start();
-  WalkTo(4);
-  ClickRow("lstDevices", 0);
-  Alt().hwRev = 6;
-  const auto refused = [this](const std::string& text) {
-    Click("cmdProgram");
-    EXPECT_THAT(Said(), ElementsAre("Ok !|" + text));
-    EXPECT_TRUE(gDevices[1].State == McState::Running && gDevices[2].State == McState::Running);
-    ExpectAtRest();
-  };
-  refused("[ALT(DEC) Motor] Hardware Revision doesn't match QAL file Hardware Revision");
-  // The rule for 3.0 goes by the table; alone such a device is programmed.
-  Alt() = {.state = 1, .major = 3, .model = 1, .hwRev = 5, .bootHwRev = 5};
-  gModelOverride = true;
-  Click("cmdRefresh");
-  refused("Cannot Program more than one device at a time with V3.0");
-  ClickRow("lstDevices", 2);
-  Click("cmdProgram");
-  EXPECT_THAT(Said(), ElementsAre(testing::StartsWith("Ok i|Programming Complete")));
 }
 
 }  // namespace

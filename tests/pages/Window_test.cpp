@@ -1,10 +1,8 @@
-// The frame's window round the real pages: keys, focus and place; with the real message boxes.
-#include <QMessageBox>
-#include <QTimer>
+// The frame's window round the real pages: keys, focus and place. Keys before real message boxes the campaign of
+// the hands presses.
 #include <stdexcept>
 
 #include "PagesTest.h"
-#include "platform/qt/QtUser.h"
 #include "widgets/Controls.h"
 #include "widgets/Scale.h"
 
@@ -50,48 +48,7 @@ TEST_F(Keys, ActOnTheirReleaseOnWhatIsLive) {
 class Window : public PagesTest {
  public:
   Window() { Start(); }
-  /// When the next box is up, presses and releases `key` as a user does: the release finds the box gone.
-  void AnswerNextBox(Qt::Key key) {
-    QTimer::singleShot(0, &window, [this, key] {
-      auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-      if (box == nullptr || !box->isActiveWindow()) return AnswerNextBox(key);
-      said = box->text().toStdString();
-      QTest::keyPress(box->windowHandle(), key);
-      QTimer::singleShot(0, &window, [this, key] { QTest::keyRelease(window.windowHandle(), key); });
-    });
-  }
-  /// What was asked since, once all that was set off is done.
-  std::string Asked() {
-    for (int round = 0; round < 10; ++round) QTest::qWait(1);
-    return std::exchange(said, {});
-  }
-
-  qt::QtUser real;
-  std::string said;
 };
-
-TEST_F(Window, TheKeyThatAnsweredABoxDoesNothingElse) {
-  WalkTo(2);
-  Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM5"));
-  link.openResult = -1;
-  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
-    AnswerNextBox(key);
-    Key(Qt::Key_Return);
-    EXPECT_EQ(Asked(), "Error Opening COM5");
-  }
-  QTest::keyPress(window.windowHandle(), Qt::Key_Return);  // Held down while a box comes and goes.
-  AnswerNextBox(Qt::Key_Escape);
-  ui::MessageBox("Meanwhile");
-  QTest::keyRelease(window.windowHandle(), Qt::Key_Return);
-  EXPECT_THAT(Calls(), testing::ElementsAre("initSerial COM5", "initSerial COM5"));
-  AnswerNextBox(Qt::Key_Escape);  // Escape asks, and Escape answers No.
-  Key(Qt::Key_Escape);
-  EXPECT_EQ(Asked(), "Are you sure you want to Exit the program?");
-  EXPECT_FALSE(ended);
-  AnswerNextBox(Qt::Key_Return);
-  window.close();
-  EXPECT_TRUE(ended);
-}
 
 TEST_F(Window, AButtonActsOnItsOwnKeyAndOnSpaceUnlessItsPageIsLocked) {
   WalkTo(3);

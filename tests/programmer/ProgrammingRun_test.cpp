@@ -2,8 +2,6 @@
 // they hold its order, its stops and its outcomes.
 #include "programmer/ProgrammingRun.h"
 
-#include <set>
-
 #include "ProgrammerFixture.h"
 #include "platform/program.h"
 #include "programmer/ProgramDevice.h"
@@ -84,21 +82,6 @@ TEST_F(ProgrammingRunTest, HasTheMotorsNameWrittenDownWhileItCannotRun) {
   EXPECT_EQ(ReadUnfinished()[0].Name + ReadUnfinished()[0].Package, "ALT(DEC) Motorchosen.qal");
 }
 
-TEST_F(ProgrammingRunTest, FindsItsDevicesWhereverTheChosenPackageHasThem) {
-  const ImageWords some = CountedWords(3);
-  for (const std::int32_t address : {16, 17}) link.devices[address].bootVersion = 1;
-  Choose(PackageText(5, "5", {{"Hub", 40, some}, {"Alt", 17, some}, {"Hub 2", 41, some}, {"Azm", 16, some}}));
-  std::set<std::string> shown;
-  progress.log = [&](const std::string& event) {
-    if (event.ends_with(" : 100%")) shown.insert(event);
-  };
-  Run();
-  EXPECT_THAT(
-      shown, ElementsAre("label Programming: Alt : 100%", "label Programming: Azm : 100%",
-                         "label Upgrading BootLoader: Alt : 100%", "label Upgrading BootLoader: Azm : 100%"));
-  EXPECT_EQ(gDevices[1].QalIndex * 10 + gDevices[2].QalIndex, 42);
-}
-
 TEST_F(ProgrammingRunTest, TakesTheBlockSizeThatIsAsked) {
   gBlockOverride = true;
   const std::string invalid = "Ok !|Invalid Blocksize specified!";
@@ -123,17 +106,6 @@ TEST_F(ProgrammingRunTest, TakesTheBlockSizeThatIsAsked) {
     EXPECT_EQ(user.boxes, c.boxes);
     EXPECT_EQ(user.inputs, Calls(c.answers.size(), "Blocksize Override|Enter a Blocksize: (1, 2 or 4) | 1"));
   }
-}
-
-TEST_F(ProgrammingRunTest, SendsPaddedWordsAndShowsProgressAtMultiplesOf50) {
-  link.devices[16].bootHwRev = 0;
-  Choose(PackageText(5, "5", {{"Azm", 16, {{300, 0x120A}, {301, 0x118A}}}}));
-  EXPECT_TRUE(ProgramDevice(1, "Programming: ", progress));
-  ASSERT_EQ(link.blocks.size(), 152U);
-  EXPECT_THAT(link.blocks[150], ElementsAre(1, 44, 10, 18, 138, 17));
-  EXPECT_THAT(link.blocks[151], ElementsAre(1, 46, 0xFF, 0x3F, 0xFF, 0x3F));
-  EXPECT_THAT(progress.captions, ElementsAre("MC 0%", "MC 0%", "MC 17%", "MC 33%", "MC 50%", "MC 66%",
-                                             "MC 83%", "MC 99%", "MC 100%"));
 }
 
 }  // namespace

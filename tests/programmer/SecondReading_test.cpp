@@ -138,7 +138,7 @@ class PlainRun {
     const std::filesystem::path path = gQAL->RealFilename();
     std::vector<std::pair<std::int32_t, std::string>> devices;
     for (std::int32_t i = 1; i <= gQAL->Devices(); ++i)
-      devices.push_back({gQAL->DeviceAddress(i), gQAL->DeviceName(i)});
+      if (gQAL->DeviceName(i) != "Hub") devices.push_back({gQAL->DeviceAddress(i), gQAL->DeviceName(i)});
     gQAL->LoadQALfile({}, h == 5 ? BootUpdateText5() : h == 6 ? BootUpdateText6() : BootJumpFixText());
     for (std::size_t i = 0; i < devices.size(); ++i) {
       gQAL->DeviceAddress(static_cast<std::int32_t>(i) + 1, devices[i].first);
@@ -252,8 +252,11 @@ class SecondReading : public ProgrammerFixture {
     for (const std::int32_t address : {16, 17}) {
       DrawDevice(random, scripted.devices[address]);
     }
-    const std::vector<PackageDevice> devices{{"Azm", 16, CountedWords(One(random, {3, 102}))},
-                                             {"Alt", 17, CountedWords(3)}};
+    // No row is for the first one, and so a boot package has no place for it.
+    std::vector<PackageDevice> devices{{"Hub", 40, CountedWords(3)},
+                                       {"Azm", 16, CountedWords(One(random, {3, 102}))},
+                                       {"Alt", 17, CountedWords(3)}};
+    std::rotate(devices.begin(), devices.begin() + static_cast<std::ptrdiff_t>(random() % 3), devices.end());
     WriteFile(path,
               PackageText(One(random, {5, 5, 5, 6, 1}),
                           One<std::string>(random, {"", "", "5", "6", "5,6", "2", "4,2", "0"}), devices));

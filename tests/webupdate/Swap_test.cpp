@@ -1,9 +1,6 @@
 // Fetch, swap and taking back, failed, cut and robbed of their power at every step: old or new, never mixed.
 #include "webupdate/Swap.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <functional>
 #include <random>
 
@@ -225,24 +222,6 @@ TEST_F(SwapTest, ACutSwapOfTheFirstVersionIsCompletedOrToldOrLeftBehind) {
     EXPECT_EQ(begin(), Beginning::What::Go);
     EXPECT_EQ(ReadFile(home / "Tarnwick.so"), "unpacked");
   }
-}
-
-TEST_F(SwapTest, TheScriptWaitsForTheProgramToEndStartsItAndGoes) {
-  const fs::path start = home / "$(touch X) 'new' \"one\" ;`touch Y` *";
-  WriteFile(start, "#!/bin/sh\n[ -e \"${0%/*}/ended\" ] && : >\"${0%/*}/started\"\n");
-  fs::permissions(start, fs::perms(0755));
-  const pid_t program = ::fork();
-  if (program == 0) {
-    Seam<process::Starter>::Uninstall();
-    const bool waits = StartAgain(home, start);
-    ::usleep(300'000);
-    if (waits && fs::exists(home / "WebUpdate.sh")) WriteFile(home / "ended", "");
-    ::_exit(0);
-  }
-  ::waitpid(program, nullptr, 0);
-  for (int waits = 0; !fs::exists(home / "started") && waits < 500; ++waits) ::usleep(10'000);
-  EXPECT_TRUE(fs::exists(home / "started") && !fs::exists(home / "WebUpdate.sh"));
-  EXPECT_EQ(Left().size(), 3U) << "Nothing else.";
 }
 
 }  // namespace

@@ -90,6 +90,14 @@ class Stage {
     return {};
   }
   bool IsNew() const { return mNew; }
+  /// Behind a fetch that nobody disturbed the new program runs, started by the script, which is gone.
+  std::string JudgeUndisturbed() const {
+    const bool isNew = ReadFile(mHome / "shown").ends_with("2.2.5 2.2.5\n");
+    if (!isNew && mKind.tail[0] == '\0') return "the new program was not started";
+    for (const char* const left : {"X", "Y", "WebUpdate.sh"})
+      if (fs::exists(mHome / left)) return std::string("left: ") + left;
+    return {};
+  }
   /// How many calls the undisturbed fetch makes, with all that follows.
   int CountCalls() {
     Prepare();
@@ -102,7 +110,7 @@ class Stage {
   SignedRelease mOffer;
   std::string mList;
   TempFolder mFolder{InMemory()};
-  fs::path mHome = mFolder / "a b";
+  fs::path mHome = mFolder / "$(touch X) 'new' \"one\" ;`touch Y` *";  ///< Nothing of it is for a shell.
   int mCalls = 1;
   bool mNew = false;
 };
@@ -147,6 +155,10 @@ int main(int argc, char** argv) {
     // A second instance has as many again.
     const int calls = stage.CountCalls() * (kind.two ? 2 : 1);
     Counts counts;
+    if (const std::string wrong = stage.JudgeUndisturbed(); !wrong.empty()) {
+      ++counts.bad;
+      std::printf("FAILED: undisturbed: %s\n", wrong.c_str());
+    }
     const int mine = runs / static_cast<int>(std::size(kKinds));
     for (int i = 0; i < mine && run < 0; ++i) {
       // Each call where there are runs enough, else some of them.
