@@ -35,7 +35,8 @@ Exit Work(const flash::Arguments& arguments, flash::Output& output) {
     return Exit::Refused;
   }
   program::Identity identity = program::This();
-  identity.file = identity.name = kName;
+  identity.name = kName;
+  identity.file = identity.name + std::string(program::kFileEnding);
   program::Set(identity);
   record::Open(identity.folder);
   record::Line("start: tarnwick-flash " + program::VersionText() + ", " + program::SystemText());

@@ -1,4 +1,4 @@
-// The exports of Tarnwick.so. Each argument is a 32-bit word or a pointer; the number in an export's
+// The exports of the link library. Each argument is a 32-bit word or a pointer; the number in an export's
 // version is the count of its arguments' bytes, at four each. What results mean: linklib/LinkCore.h.
 //
 // The library is called on one thread and never calls back.
@@ -47,7 +47,7 @@ void Fill(std::int32_t* out, std::int32_t value) {
 
 }  // namespace
 
-#define TARNWICK_EXPORT extern "C" __attribute__((visibility("default"))) std::int32_t
+#define TARNWICK_EXPORT extern "C" std::int32_t
 
 TARNWICK_EXPORT _getDllVersion(std::int32_t* major, std::int32_t* minor, std::int32_t* build) {
   Fill(major, TARNWICK_LIBRARY_MAJOR);

@@ -33,4 +33,13 @@ void Sleep(std::chrono::milliseconds duration) {
   Clock().Sleep(duration);
 }
 
+std::optional<std::time_t> MomentOf(const std::tm& local) {
+  std::tm wanted = local;
+  wanted.tm_isdst = -1;
+  const std::time_t time = std::mktime(&wanted);
+  if (time == -1) return std::nullopt;
+  constexpr std::time_t kHour = 3600;
+  return wanted.tm_mday == local.tm_mday ? time : time + kHour;
+}
+
 }  // namespace tarnwick::clock

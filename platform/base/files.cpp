@@ -1,8 +1,15 @@
 // The words for what goes wrong with files beside the system's own.
 #include "platform/files.h"
 
+#include <array>
+
+#include "beside.h"
+
 namespace tarnwick::files {
 namespace {
+
+constexpr std::string_view kBesideEnding = ".new";
+constexpr std::size_t kUniqueDigits = 16;
 
 class ProblemCategory final : public std::error_category {
  public:
@@ -32,6 +39,31 @@ std::error_code make_error_code(Problem problem) {
 std::optional<std::string> ReadWhole(const std::filesystem::path& path, std::uintmax_t limit) {
   std::error_code unsaid;
   return ReadWhole(path, limit, unsaid);
+}
+
+std::error_code Replace(const std::filesystem::path& path, std::string_view content) {
+  Staged file(path);
+  const std::error_code error = file.Write(content);
+  return error ? error : file.Commit();
+}
+
+std::string UniquePart() {
+  std::array<char, kUniqueDigits + 1> digits{};
+  std::snprintf(digits.data(), digits.size(), "%016llx", static_cast<unsigned long long>(RandomNumber()));
+  return digits.data();
+}
+
+std::filesystem::path BesideName(const std::filesystem::path& target) {
+  std::filesystem::path name = target;
+  (name += "." + UniquePart()) += kBesideEnding;
+  return name;
+}
+
+bool IsBeside(std::string_view name, std::string_view target) {
+  if (name.size() != target.size() + 1 + kUniqueDigits + kBesideEnding.size()) return false;
+  if (!name.starts_with(target) || name[target.size()] != '.' || !name.ends_with(kBesideEnding)) return false;
+  return name.substr(target.size() + 1, kUniqueDigits).find_first_not_of("0123456789abcdef") ==
+         std::string_view::npos;
 }
 
 }  // namespace tarnwick::files

@@ -22,15 +22,15 @@ std::string TimeStamp() {
 
 }  // namespace
 
-std::unique_ptr<std::FILE, CloseFile> gDebugFile;
+files::Stream gDebugFile;
 bool gDebugOn = false;
 
 void OpenDebugLog() {
   gDebugFile.reset();
   std::error_code error;
   if (!std::filesystem::is_directory(kFileName, error)) std::filesystem::remove(kFileName, error);
-  // Exclusive: what could not be deleted may be a link to a file of someone else's.
-  gDebugFile.reset(std::fopen(kFileName, "wbxe"));
+  // Made anew: what could not be deleted may be a link to a file of someone else's.
+  gDebugFile = files::CreateToWrite(kFileName);
   // Unbuffered: each line reaches the file whole and by itself, also when the program ends at once.
   if (gDebugFile) std::setvbuf(gDebugFile.get(), nullptr, _IONBF, 0);
   gDebugOn = false;

@@ -40,6 +40,8 @@ std::string LoaderText() {
 
 }  // namespace
 
+constinit const std::string_view kSharedLibraryEnding = ".so";
+
 std::unique_ptr<SharedLibrary> SharedLibrary::Open(const fs::path& path, std::string& cause) {
   std::error_code error;
   // A name without a folder would be searched for in the system's folders.

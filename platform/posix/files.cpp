@@ -13,6 +13,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "beside.h"
 #include "platform/clock.h"
 #include "posix.h"
 
@@ -68,9 +69,6 @@ void FlushFolder(const fs::path& folder) {
   if (fd.Get() >= 0) ::fsync(fd.Get());
 }
 
-constexpr std::string_view kBesideEnding = ".new";
-constexpr std::size_t kUniqueDigits = 16;
-
 /// Makes the file `path` of `content`, which stays open in `fd`.
 std::error_code WriteNew(const Descriptor& fd, std::string_view content, mode_t mode) {
   // The mode comes before the flush, so that it is kept as surely as the contents are.
@@ -81,14 +79,6 @@ std::error_code WriteNew(const Descriptor& fd, std::string_view content, mode_t 
 
 Descriptor OpenNew(const fs::path& path) {
   return Descriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
-}
-
-/// Whether `name` is one that `Staged` gives what it writes beside `target`.
-bool IsBeside(std::string_view name, std::string_view target) {
-  if (name.size() != target.size() + 1 + kUniqueDigits + kBesideEnding.size()) return false;
-  if (!name.starts_with(target) || name[target.size()] != '.' || !name.ends_with(kBesideEnding)) return false;
-  return name.substr(target.size() + 1, kUniqueDigits).find_first_not_of("0123456789abcdef") ==
-         std::string_view::npos;
 }
 
 /// Deletes what killed programs left beside `target`. What a living one writes is locked by it.
@@ -136,6 +126,27 @@ std::optional<std::string> ReadWhole(const fs::path& path, std::uintmax_t limit,
   return fail(Problem::NoMemory);
 }
 
+Stream OpenToRead(const fs::path& path, std::uintmax_t& size, std::error_code& error) {
+  error.clear();
+  Descriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat info {};
+  if (fd.Get() < 0 || ::fstat(fd.Get(), &info) != 0) {
+    error = LastError();
+  } else if (!S_ISREG(info.st_mode)) {
+    error = Problem::NotOrdinary;
+  }
+  if (error) return nullptr;
+  size = static_cast<std::uintmax_t>(info.st_size);
+  Stream stream(::fdopen(fd.Get(), "rb"));
+  if (!stream) error = LastError();
+  if (stream) fd.Take();
+  return stream;
+}
+
+Stream CreateToWrite(const fs::path& path) {
+  return Stream(std::fopen(path.c_str(), "wbxe"));
+}
+
 std::error_code Append(const fs::path& path, std::string_view text) {
   const int flags = O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
   const Descriptor fd(::open(path.c_str(), flags, 0644));
@@ -145,9 +156,7 @@ std::error_code Append(const fs::path& path, std::string_view text) {
   return WriteAll(fd.Get(), text);
 }
 
-Staged::Staged(const fs::path& path) : mTarget(path), mBeside(path) {
-  (mBeside += "." + UniquePart()) += kBesideEnding;
-}
+Staged::Staged(const fs::path& path) : mTarget(path), mBeside(BesideName(path)) {}
 
 Staged::~Staged() {
   if (mHeld < 0) return;
@@ -174,12 +183,6 @@ std::error_code Staged::Commit() {
   const std::error_code error = Rename(mBeside, mTarget);
   if (!error) ::close(std::exchange(mHeld, -1));
   return error;
-}
-
-std::error_code Replace(const fs::path& path, std::string_view content) {
-  Staged file(path);
-  const std::error_code error = file.Write(content);
-  return error ? error : file.Commit();
 }
 
 std::error_code Create(const fs::path& path, std::string_view content, fs::perms mode) {
@@ -210,13 +213,11 @@ std::error_code Remove(const fs::path& path) {
   return {};
 }
 
-std::string UniquePart() {
+std::uint64_t RandomNumber() {
   std::uint64_t number = 0;
   if (::getrandom(&number, sizeof number, 0) != sizeof number)
     number = static_cast<std::uint64_t>(::getpid()) * 0x9E3779B97F4A7C15u;
-  std::array<char, kUniqueDigits + 1> digits{};
-  std::snprintf(digits.data(), digits.size(), "%016llx", static_cast<unsigned long long>(number));
-  return digits.data();
+  return number;
 }
 
 std::optional<std::tm> LastModified(const fs::path& path) {
@@ -226,14 +227,9 @@ std::optional<std::tm> LastModified(const fs::path& path) {
 }
 
 bool SetLastModified(const fs::path& path, const std::tm& local) {
-  std::tm wanted = local;
-  wanted.tm_isdst = -1;
-  std::time_t time = std::mktime(&wanted);
-  if (time == -1) return false;
-  // Where clocks go forward at midnight, that time of the day does not exist: it is the hour behind it.
-  constexpr std::time_t kHour = 3600;
-  if (wanted.tm_mday != local.tm_mday) time += kHour;
-  const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, timespec{time, 0}};
+  const std::optional<std::time_t> time = clock::MomentOf(local);
+  if (!time) return false;
+  const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, timespec{*time, 0}};
   return ::utimensat(AT_FDCWD, path.c_str(), times.data(), 0) == 0;
 }
 

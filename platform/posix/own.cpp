@@ -49,6 +49,8 @@ bool Answers(const std::string& path) {
 
 }  // namespace
 
+constinit const std::string_view program::kFileEnding = "";
+
 fs::path program::RunningFile() {
   bool gone = false;
   return RunningLink(gone);

@@ -93,11 +93,6 @@ bool Holds(const fs::path& process, const fs::path& resolved) {
 
 }  // namespace
 
-bool Adapter::SameAs(const Adapter& other) const {
-  if (product != other.product || port != other.port) return false;
-  return serial.empty() ? place == other.place : serial == other.serial;
-}
-
 /// Some makers give all their adapters one serial number, which then tells nothing.
 std::optional<Adapter> AdapterOf(const fs::path& device, const System& system) {
   const fs::path resolved = Resolve(device);

@@ -27,6 +27,7 @@ new_tree() {
   put linklib/frames/include/linklib/Frame.h '#include <span>'
   put linklib/core/include/linklib/Session.h '#include "ports/ports.h"' '#include "platform/serial.h"'
   put platform/posix/serial.cpp '#include <termios.h>'
+  put platform/windows/serial.cpp '#include <windows.h>'
   put firmware/QALclass.cpp '#include "QalParser.h"' '#include "platform/text.h"'
   put pages/Step1.cpp '#include <QLabel>' '#include "wizard/PageWindow.h"' '#include "platform/qt/QtText.h"'
   put mount/Mount.cpp '#include "linklib/Frame.h"'
@@ -80,6 +81,7 @@ fault 'programmer/A.cpp:1: includes unistd.h,' programmer/A.cpp '#include <unist
 fault 'app/A.cpp:1: includes sys/stat.h,' app/A.cpp '#include <sys/stat.h>'
 fault 'linklib/core/A.cpp:1: includes termios.h,' linklib/core/A.cpp '#include <termios.h>'
 fault 'platform/base/A.cpp:1: includes fcntl.h,' platform/base/A.cpp '#include <fcntl.h>'
+fault 'link/A.cpp:1: includes windows.h,' link/A.cpp '#include <windows.h>'
 fault 'link/A.cpp:401: the file is longer' link/A.cpp "${page[@]}"
 fault 'link/A.cpp:2: the function is 61 lines' link/A.cpp 'namespace tarnwick {' 'void F() {' "${body[@]}" '}' '}'
 fault 'link/A.h:2: the function is 62 lines' link/A.h 'struct S {' '  S(int a)' '      : mA{a} {' "${body[@]}" '}' '};'

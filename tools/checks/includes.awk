@@ -7,9 +7,9 @@ BEGIN {
   floorOf["linklib"] = floorOf["mount"] = 0  # what they may include is told one by one
   withQt = "^(platform/qt|widgets|wizard/window|webupdate/window|pages|app)/"
   forBothFaces = "^app/(ProgramSettings|TrustedKeys)\\.h$"  # of a target of its own, without Qt
-  withPosix = "^(platform/posix|tests|benchmarks)/"
-  posix = "^(unistd|fcntl|termios|pty|poll|dlfcn|dirent|pwd|grp|sched|signal|spawn|pthread|netdb|strings|libgen|glob|link|elf)\\.h$" \
-          "|^(sys|linux|net|netinet|arpa|asm)/"
+  withSystem = "^(platform/(posix|windows)|tests|benchmarks)/"
+  ofSystem = "^(unistd|fcntl|termios|pty|poll|dlfcn|dirent|pwd|grp|sched|signal|spawn|pthread|netdb|strings|libgen|glob|link|elf)\\.h$" \
+          "|^(sys|linux|net|netinet|arpa|asm)/|^(windows|win[a-z0-9]+|ws2tcpip|setupapi|bcrypt|io|conio|process|direct|shlobj|shellapi)\\.h$"
 }
 
 # A public header's place is the folder that holds its include directory.
@@ -56,7 +56,7 @@ function isQt(header) {
   quoted = $0 ~ /^[^<]*"/
   sub(/[">].*/, "", header)
   if (("/" header "/") ~ /\/\.\.\//) find("includes " header " by a path out of its folder")
-  if (header ~ posix && file !~ withPosix) find("includes " header ", which is for platform/posix alone")
+  if (header ~ ofSystem && file !~ withSystem) find("includes " header ", which is for platform/posix and platform/windows alone")
   if (!(room in floorOf)) next
   other = top(header)
   if (other != "" && (quoted || other in floorOf) && !allowed(other, header)) {

@@ -8,7 +8,9 @@
 
 #include "CatalogueRow.h"
 #include "link/LinkLibrary.h"
+#include "platform/SharedLibrary.h"
 #include "platform/http.h"
+#include "platform/program.h"
 #include "platform/text.h"
 #include "webupdate/HarmlessName.h"
 #include "webupdate/Journal.h"
@@ -179,8 +181,8 @@ std::string InstalledName(const ReleaseFile& file, const std::string& program) {
   if (file.kind == ReleaseFile::Kind::Program) return program;
   if (file.kind == ReleaseFile::Kind::Library) return LinkLibraryFile().filename().string();
   if (!HasVersion(file.name)) return file.name;
-  const std::string stem = file.name.substr(0, file.name.size() - kProgramEnding.size());
-  return IsProgramName(file.name) ? stem : stem + std::string(kSharedLibraryEnding);
+  std::string stem = file.name.substr(0, file.name.size() - kProgramEnding.size());
+  return stem.append(IsProgramName(file.name) ? program::kFileEnding : kSharedLibraryEnding);
 }
 
 }  // namespace tarnwick

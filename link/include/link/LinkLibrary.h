@@ -19,9 +19,8 @@
 
 namespace tarnwick {
 
-/// The link library's file: it lies beside the program.
+/// The link library's file, without the ending that the system's libraries have: it lies beside the program.
 inline constexpr std::string_view kLinkLibraryName = "Tarnwick";
-inline constexpr std::string_view kSharedLibraryEnding = ".so";
 
 /// The exports of the link library, without their decoration. `address` is a bus address.
 class ILinkLibrary {

@@ -8,6 +8,9 @@
 
 namespace tarnwick {
 
+/// What the names of shared libraries end in, such as ".so".
+extern const std::string_view kSharedLibraryEnding;
+
 /// A loaded shared library; it is unloaded with its object, and its exports with it.
 class SharedLibrary {
  public:

@@ -28,4 +28,8 @@ void Sleep(std::chrono::milliseconds duration);
 /// The local date and time of a moment; none where the system has no answer.
 std::optional<std::tm> LocalTime(std::time_t moment);
 
+/// The moment of a local date and time; none where that is out of the system's reach. One that does not exist, as
+/// where clocks go forward at midnight, is the hour behind it.
+std::optional<std::time_t> MomentOf(const std::tm& local);
+
 }  // namespace tarnwick::clock

@@ -3,8 +3,10 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <ctime>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,6 +29,19 @@ std::error_code make_error_code(Problem problem);
 std::optional<std::string> ReadWhole(const std::filesystem::path& path, std::uintmax_t limit,
                                      std::error_code& error);
 std::optional<std::string> ReadWhole(const std::filesystem::path& path, std::uintmax_t limit = UINTMAX_MAX);
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+/// An open file, closed with its object.
+using Stream = std::unique_ptr<std::FILE, CloseFile>;
+
+/// Opens an ordinary file to be read, and tells its size in bytes. None, and the cause in `error`, where that
+/// cannot be done.
+Stream OpenToRead(const std::filesystem::path& path, std::uintmax_t& size, std::error_code& error);
+
+/// Makes the file `path` to be written; none where anything of that name is there, a link too.
+Stream CreateToWrite(const std::filesystem::path& path);
 
 /// Adds `text` to the end of a file, which is made when there is none. A link under the name is not followed,
 /// and only an ordinary file is written to. Not flushed.

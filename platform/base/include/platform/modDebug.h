@@ -3,20 +3,14 @@
 // It is off until the settings switch it on. Nothing here can stop the program or shows a message.
 #pragma once
 
-#include <cstdio>
-#include <memory>
 #include <string_view>
 
 #include "platform/files.h"
 
 namespace tarnwick {
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 /// The open log file; none before `OpenDebugLog`, after `CloseDebugLog`, or where it cannot be made.
-extern std::unique_ptr<std::FILE, CloseFile> gDebugFile;
+extern files::Stream gDebugFile;
 /// Lines are written only while this is true.
 extern bool gDebugOn;
 

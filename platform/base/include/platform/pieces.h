@@ -2,12 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <system_error>
+
+#include "platform/files.h"
 
 namespace tarnwick::files {
 
@@ -31,15 +31,11 @@ class PieceReader {
   std::error_code Error() const { return mError; }
 
  private:
-  struct Closer {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
-
   void MakeRoom();
 
-  std::unique_ptr<std::FILE, Closer> mFile;
   std::error_code mError;
   std::uintmax_t mSize = 0;  ///< Of the file when it was opened.
+  Stream mFile;
   std::uintmax_t mRead = 0;  ///< Bytes read so far.
   std::string mBuffer;
   std::size_t mTaken = 0;

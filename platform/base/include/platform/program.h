@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "platform/seam.h"
 
@@ -24,6 +25,9 @@ struct Identity {
   std::string file = {};  ///< The program's file name; empty where that is `name`.
   std::filesystem::path place = {};  ///< Where an installed program lies; empty where that is `folder`.
 };
+
+/// What the names of program files end in; nothing where a mode tells them apart.
+extern const std::string_view kFileEnding;
 
 /// The identity in use: what was set, else read from the running executable once.
 const Identity& This();

@@ -1,13 +1,7 @@
 #include "platform/pieces.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-
-#include "platform/files.h"
-#include "posix.h"
+#include <cerrno>
 
 namespace tarnwick::files {
 namespace {
@@ -17,23 +11,8 @@ constexpr std::size_t kPiece = 64u << 10;
 
 }  // namespace
 
-PieceReader::PieceReader(const std::filesystem::path& path) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  struct stat info {};
-  if (fd < 0 || ::fstat(fd, &info) != 0) {
-    mError = posix::LastError();
-  } else if (!S_ISREG(info.st_mode)) {
-    mError = Problem::NotOrdinary;
-  } else {
-    mFile.reset(::fdopen(fd, "rb"));
-    if (!mFile) mError = posix::LastError();
-  }
-  if (!mFile) {
-    if (fd >= 0) ::close(fd);
-    return;
-  }
-  std::setvbuf(mFile.get(), nullptr, _IONBF, 0);
-  mSize = static_cast<std::uintmax_t>(info.st_size);
+PieceReader::PieceReader(const std::filesystem::path& path) : mFile(OpenToRead(path, mSize, mError)) {
+  if (mFile) std::setvbuf(mFile.get(), nullptr, _IONBF, 0);
 }
 
 bool PieceReader::Next() {
@@ -43,7 +22,7 @@ bool PieceReader::Next() {
   mFilled += got;
   mRead += got;
   if (std::ferror(mFile.get()) != 0) {
-    mError = posix::LastError();
+    mError = {errno, std::generic_category()};
   } else if (got == 0 && mRead != mSize) {
     mError = Problem::Changed;
   }
