@@ -5,7 +5,6 @@
 #include <QUrl>
 
 #include "PagesTest.h"
-#include "programmer/modProgrammer.h"
 
 namespace tarnwick::test {
 namespace {
@@ -121,26 +120,12 @@ TEST_F(Messages, OfTheProgrammingPage) {
   const std::string failed = "RetryCancel !|Error Verifying Data at Address: 3";
   user.answers = {ui::Answer::Retry, ui::Answer::Cancel};
   Run("cmdVerify", 2, {failed, failed, "Ok !|Verify Cancelled by User"});
-  link.Fail("getVersionFromBoot", 1, 1);
-  Run("cmdProgram", 0, {});
-  Azm().bootVersion = 1;  // The boot loader's renewal does not end.
-  link.Fail("endProgramming", 1);
-  Run("cmdProgram", 0, {"Ok !|Unable to end programming."});
-  EXPECT_EQ(Alt().state, 1) << "The other device is left alone.";
-  Azm().state = 1;
-  Azm().bootVersion = 2;
   Azm().minor = 14;
   Click("cmdRefresh");
   Run("cmdVerify", 0, {"Ok !|AZM(RA) Motor: Cannot Verify if Version Different!"});
   Azm().state = 2;
   Click("cmdRefresh");
   Run("cmdVerify", 1, {"Ok !|AZM(RA) Motor: Verify unsupported when firmware in State: Boot Mode"});
-  gBlockOverride = true;
-  user.inputAnswers = {"4"};
-  link.blocks.clear();
-  onPump = [this] { gCancelProgram = !link.blocks.empty(); };  // Comes after the last block was sent.
-  Run("cmdProgram", 2, {});
-  EXPECT_EQ(Alt().state, 2) << "It was ended all the same.";
 }
 
 TEST_F(Messages, ThreeTakesPackagesThatAreDroppedAndAsksBeforeItReplaces) {

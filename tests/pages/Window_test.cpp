@@ -50,23 +50,6 @@ class Window : public PagesTest {
   Window() { Start(); }
 };
 
-TEST_F(Window, AButtonActsOnItsOwnKeyAndOnSpaceUnlessItsPageIsLocked) {
-  WalkTo(3);
-  for (const bool locked : {true, false}) {
-    Wizard().Frozen(locked);
-    Find("cmdRefresh").setFocus();
-    for (const auto& [key, modifiers] :
-         {std::pair{Qt::Key_R, Qt::AltModifier}, {Qt::Key_Space, Qt::NoModifier}}) {
-      Calls();
-      Key(key, modifiers);
-      EXPECT_EQ(Calls().size(), locked ? 0U : 7U) << key;
-    }
-  }
-  Find("cmdRefresh").setFocus();
-  Key(Qt::Key_Return);
-  EXPECT_EQ(Step(), 4) << "Enter is the default button on a page's button too.";
-}
-
 TEST_F(Window, AFailureOnTheWayToAPageLeavesNoStepUnderWay) {
   WalkTo(2);
   Find<QComboBox>("cboComPort").setCurrentText(QStringLiteral("COM5"));

@@ -1,26 +1,14 @@
-// Numbers read from texts, and files read and replaced.
+// Files read and replaced.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "platform/files.h"
-#include "platform/text.h"
 #include "support/TempFolder.h"
 
 namespace tarnwick {
 namespace {
 
 namespace fs = std::filesystem;
-
-TEST(Text, ReadsANumberFromItsStart) {
-  const std::tuple<const char*, double, bool> kCases[] = {
-      {"", 0, false},    {" 12 ", 12, true}, {"12a", 12, false}, {"-3.5", -3.5, true},  {"+.5", 0.5, true},
-      {"5.", 5, true},   {".", 0, false},    {"+-1", 0, false},  {"1e5", 1, false},     {"0x10", 0, false},
-      {"1 2", 1, false}, {"inf", 0, false},  {"\t1", 0, false},  {"1.2.3", 1.2, false}, {"007", 7, true}};
-  for (const auto& [text, value, whole] : kCases) {
-    EXPECT_EQ(text::NumericPrefix(text), value) << text;
-    EXPECT_EQ(text::IsNumeric(text), whole) << text;
-  }
-}
 
 class Files : public testing::Test {
  protected:
