@@ -169,7 +169,7 @@ void Step4::BeforePageShow(CWizard& wizard, std::int16_t currentStep) {
   wizard.Frozen(true);
   txtStatus->LookAt(0);
   txtStatus->ShowReport();
-  lblFirmware->setText(qt::Bounded(qt::Show("QAL File: " + gQAL->Filename()), kOneLine));
+  lblFirmware->setText(qt::Bounded(qt::ShowName("QAL File: " + gQAL->Filename()), kOneLine));
   lblFirmware->setToolTip(qt::PlainTip(lblFirmware->text()));
   mJudged = gQAL->Identity();
   ListDevices();

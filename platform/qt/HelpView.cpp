@@ -67,7 +67,7 @@ QVariant HelpBrowser::loadResource(int type, const QUrl& name) {
 
 HelpView::HelpView() {
   setObjectName(QStringLiteral("help"));
-  setWindowTitle(qt::Show(program::This().name) + QStringLiteral(" Help"));
+  setWindowTitle(qt::ShowName(program::This().name) + QStringLiteral(" Help"));
   QFont reading = font();
   const double pixels = QFontInfo(reading).pixelSize() * kReadingSize;
   reading.setPixelSize(static_cast<int>(std::lround(pixels)));

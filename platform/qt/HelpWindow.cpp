@@ -20,7 +20,7 @@ void HelpWindow::Show(std::string_view topic) {
 }
 
 void HelpWindow::ShowMessage(std::string_view message) {
-  View().OpenAt(qt::Show(message));
+  View().OpenAt(qt::ShowName(message));
 }
 
 HelpView& HelpWindow::View() {

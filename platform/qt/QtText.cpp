@@ -21,7 +21,8 @@ QString Show(std::string_view text) {
 
 QString ShowName(std::string_view name) {
   if (!text::IsUtf8(name)) return Show(name);
-  return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+  return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()))
+      .replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
 }
 
 QString Bounded(const QString& text, TextBound bound) {

@@ -122,7 +122,7 @@ void AskForAttention(QDialog& box) {
 }  // namespace
 
 ui::Answer QtUser::MessageBox(std::string_view text, ui::Buttons buttons, ui::Icon icon) {
-  QMessageBox box(QMessageBox::NoIcon, Show(program::This().name), Bounded(Show(text), kBoxText),
+  QMessageBox box(QMessageBox::NoIcon, ShowName(program::This().name), Bounded(ShowName(text), kBoxText),
                   ButtonsOf(buttons), BoxOwner::Current());
   box.setIconPixmap(
       BoxIcon(icon, box.style()->pixelMetric(QStyle::PM_MessageBoxIconSize), box.devicePixelRatioF()));

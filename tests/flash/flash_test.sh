@@ -8,25 +8,8 @@ trap 'stop_mount; rm -rf "$PWD"' EXIT
 fail() { echo "FAILED: $*" >&2; tail -n 20 out err >&2; exit 1; }
 cp -r "$portable" home
 mkdir -p home/ports
+. "$here/../support/mount.sh"
 flash=home/tarnwick-flash package=home/MotorControllers/MC_0512.qal
-
-# start_mount OPTION ...: a mount on COM5; ask COMMAND: what it answers.
-start_mount() {
-  stop_mount
-  coproc MOUNT { exec "$mount" --until-eof --link home/ports/COM5 "$@" 2>mount.err; }
-  mount_pid=$MOUNT_PID
-  local told
-  read -r told <&"${MOUNT[0]}"
-}
-stop_mount() {
-  [ -z "${mount_pid-}" ] || { kill "$mount_pid" && wait "$mount_pid" || true; } 2>/dev/null
-  mount_pid=
-}
-ask() {
-  local line
-  echo "$*" >&"${MOUNT[1]}"
-  while read -r line <&"${MOUNT[0]}" && [ "$line" != end ] && [ "$line" != ok ]; do echo "$line"; done
-}
 
 # ends STATUS TEXT ARGUMENT ...: flash, with nobody to be asked, ends so, and tells TEXT on the way.
 ends() {

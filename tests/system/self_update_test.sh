@@ -35,10 +35,8 @@ cleanup() {
 trap cleanup EXIT
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$work/display" 2>"$work/xvfb.log" &
-for _ in {1..100}; do [ -s "$work/display" ] && break; sleep 0.1; done
-DISPLAY=:$(<"$work/display")
-export DISPLAY QT_QPA_PLATFORM=xcb XDG_RUNTIME_DIR=$work
+. "$source/tests/support/desktop.sh"
+start_display
 site=$work/site/firmware/catalogue
 mkdir -p "$site"
 nginx -p "$work" -e nginx.log -c "$source/tools/site/nginx.conf" &
@@ -53,20 +51,10 @@ offer() {
   "$build/bin/tarnwick-site" build --key "$build/keys/update.key" --public-key "$build/keys/update.pub" \
     "$work/sources" "$site" >/dev/null
 }
-# Prints the window with exactly that title, once it is on view and is none of the windows $2 ...
-window() {
-  local id
-  for _ in {1..600}; do
-    for id in $(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null); do
-      [[ " ${*:2} " == *" $id "* ]] || { echo "$id"; return; }
-    done
-    sleep 0.1
-  done
-  fail "no window \"$1\""
-}
+# press WINDOW KEY ...: no key counts in a box's first moment.
 press() {
   xdotool windowfocus --sync "$1"
-  sleep 0.6 # no key counts in a box's first moment
+  sleep 0.6
   xdotool key --delay 100 "${@:2}"
 }
 # installed NAME: a folder with the program under that name.

@@ -50,7 +50,7 @@ void frmWebUpdate::ShowModal() {
 
 bool frmWebUpdate::Form_Load() {
   Loading = true;
-  setWindowTitle(qt::Show(Title()));
+  setWindowTitle(qt::ShowName(Title()));
   CentreOnScreen();
   cmdDownload->setEnabled(false);
   cmdRemove->setEnabled(false);

@@ -1,5 +1,6 @@
 // The keys of the frame's window, wherever the focus is.
 #include <QApplication>
+#include <QCursor>
 #include <QKeyEvent>
 #include <QWindow>
 #include <algorithm>
@@ -79,7 +80,15 @@ void WizardWindow::PressEnter() {
   mWizard->TranslateKey(code, 0);
 }
 
+/// A window that moved under the pointer, and the pointer with it, as a step does: the toolkit takes the pointer to
+/// be where it was in the window, until it moves again.
+bool WizardWindow::IsElsewhere(const QPushButton& button) {
+  return !button.rect().contains(button.mapFromGlobal(QCursor::pos()));
+}
+
 bool WizardWindow::eventFilter(QObject* watched, QEvent* event) {
+  const auto* const button = qobject_cast<const QPushButton*>(watched);
+  if (button != nullptr) return event->type() == QEvent::ToolTip && IsElsewhere(*button);
   const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
   if (watched != windowHandle() || !isKey || QApplication::activePopupWidget() != nullptr) return false;
   const auto* const key = static_cast<QKeyEvent*>(event);

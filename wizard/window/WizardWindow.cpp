@@ -52,6 +52,7 @@ void WizardWindow::MakeButton(FrameButton button, const char* name, const std::s
   made.widget = new QPushButton(this);
   made.widget->setObjectName(QLatin1String(name));
   made.widget->setAutoDefault(false);
+  made.widget->installEventFilter(this);
   made.tabPosition = static_cast<int>(button);
   Caption(button, caption);
 }
@@ -217,7 +218,7 @@ void WizardWindow::FocusPage(IWizardPage& page) {
 }
 
 void WizardWindow::FrameCaption(const std::string& caption) {
-  setWindowTitle(qt::Show(caption));
+  setWindowTitle(qt::ShowName(caption));
 }
 
 void WizardWindow::SetWaitPointer(bool on) {

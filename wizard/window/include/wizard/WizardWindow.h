@@ -67,6 +67,7 @@ class WizardWindow final : public QWidget, public IWizardFrame, public qt::ILock
   bool IsLockedFor(const QKeyEvent& key) const override;
 
  protected:
+  /// Sees the window's keys, and the tool tips of the four buttons.
   bool eventFilter(QObject* watched, QEvent* event) override;
   /// Within a lock the focus goes to nothing but the terminate button.
   bool focusNextPrevChild(bool next) override;
@@ -90,6 +91,7 @@ class WizardWindow final : public QWidget, public IWizardFrame, public qt::ILock
   bool KeyPressed(int key, Qt::KeyboardModifiers modifiers);
   bool KeyReleased(int key);
   void PressEnter();
+  static bool IsElsewhere(const QPushButton& button);
 
   CWizard* mWizard = nullptr;
   qt::BoxOwner mBoxes{*this};

@@ -10,7 +10,8 @@ namespace tarnwick::qt {
 /// Windows-1252 to what Qt shows. CR LF becomes the line feed that Qt's widgets break lines at.
 QString Show(std::string_view text);
 
-/// The name of a file to what Qt shows: UTF-8 where it is that, else by the code page.
+/// The name of a file, or a text that may hold one, to what Qt shows: UTF-8 where it is that, else by the code
+/// page. CR LF becomes the line feed.
 QString ShowName(std::string_view name);
 
 /// How much of a text is shown.
