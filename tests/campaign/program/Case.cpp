@@ -24,6 +24,7 @@ const std::array<std::vector<const char*>, kDimensions> kNames = {{
     {"no fault", "cut", "pull", "port lost", "cancel", "kill", "deleted", "replaced", "state", "model",
      "revision", "boot-revision", "boot-version", "read", "enter", "start", "send", "end"},
     {"recovered in peace", "recovery cut"},
+    {"window", "terminal", "script"},
 }};
 
 std::string ListOf(const Draw& draw, int revision) {
@@ -85,6 +86,7 @@ Case CaseOf(const Draw& draw, Number seed, Number number) {
   c.byte = 1 + dice.Below(16);
   c.between = c.byte > 8;
   c.again = draw[Again] == 1;
+  c.face = static_cast<Face>(draw[Faces]);
   c.againAt = 1 + dice.Below(blocks * 14);
   return c;
 }

@@ -14,6 +14,9 @@ using Number = std::uint32_t;
 /// What strikes in the midst of a run.
 enum class Fault { None, Cut, Pull, HangUp, Cancel, Kill, Deleted, Replaced, FailedCall };
 
+/// Which face of the program is played: its window, tarnwick-flash with a person, or alone.
+enum class Face { Window, Terminal, Script };
+
 /// One case: the mount, the packages, the settings, and what goes wrong when.
 struct Case {
   std::int32_t model = 5;
@@ -34,6 +37,7 @@ struct Case {
   bool between = false;  ///< A cancel comes behind the end of the first image.
   bool again = false;    ///< The recovery is cut once as well.
   Number againAt = 1;
+  Face face = Face::Window;
   bool tell = false;  ///< What the owner reads and does is told on standard output.
 };
 
@@ -50,6 +54,7 @@ enum Dimension : std::size_t {
   Blocks,
   Faults,
   Again,
+  Faces,
   kDimensions
 };
 using Draw = std::array<std::size_t, kDimensions>;

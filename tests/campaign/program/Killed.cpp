@@ -166,7 +166,8 @@ class Player {
 
  private:
   void Kill() {
-    ::kill(mProcess, mCase.count % 2 == 0 ? SIGKILL : SIGTERM);
+    // A command takes SIGTERM for a wish.
+    ::kill(mProcess, mCase.count % 2 == 0 || mCase.face != Face::Window ? SIGKILL : SIGTERM);
     mKilled = true;
     mWorld.NoteStruck();
   }
@@ -266,7 +267,7 @@ Report PlayKilled(const Case& played, World& world, const std::vector<std::strin
 
 int PlayAsPlayer(const Case& played, int socket, const std::filesystem::path& folder) {
   FarWorld world(socket);
-  const Report report = Owner(played, world, folder).Play();
+  const Report report = PlayFace(played, world, folder);
   for (const auto& [address, variant] : report.written)
     world.Ask({.what = What::Written, .number = variant, .limit = address});
   world.Ask(What::Done, report.notes, report.gaveUp + "|" + report.wrong);

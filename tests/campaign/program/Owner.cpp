@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <iostream>
 
+#include "Reading.h"
+#include "Shell.h"
 #include "programmer/Advice.h"
 #include "support/TempFolder.h"
 
@@ -10,17 +12,6 @@ namespace tarnwick::campaign {
 namespace {
 
 constexpr int kMostSteps = 80;
-const std::map<std::string, std::int32_t> kMotors = {{"AZM(RA) Motor", 16}, {"ALT(DEC) Motor", 17}};
-
-bool Says(std::string_view text, std::string_view words) {
-  return text.find(words) != std::string_view::npos;
-}
-
-/// The number behind `words`; 0 when they are not there.
-std::int32_t NumberBehind(std::string_view text, std::string_view words) {
-  const std::size_t at = text.find(words);
-  return at == std::string_view::npos ? 0 : std::atoi(std::string(text.substr(at + words.size())).c_str());
-}
 
 }  // namespace
 
@@ -226,8 +217,7 @@ ui::Answer Owner::Answered(std::string_view text) {
   if (Says(text, "begun and not ended") && Says(text, advice::kResume)) {
     ++mReport.notes;
     mNamed = NumberBehind(text, "HwRev ");
-    const std::size_t end = text.find(".qal"), begin = text.rfind(' ', end) + 1;
-    mPackage = text.substr(begin, end - begin);
+    mPackage = PackageNamed(text);
   } else if (Says(text, "want to Cancel Programming?")) {
     if (std::exchange(mHesitates, false)) return No;
     mCancelled = mReport.cancelled = true;
@@ -271,6 +261,11 @@ void Owner::PressCancel() {
   if (mCancelled == mScreen.IsLive("cmdTerminate"))
     mReport.wrong = "Cancel is dead after No, or live after Yes";
   mPumping = false;
+}
+
+Report PlayFace(const Case& played, IWorld& world, const std::filesystem::path& folder) {
+  if (played.face == Face::Window) return Owner(played, world, folder).Play();
+  return Shell(played, world, folder).Play();
 }
 
 }  // namespace tarnwick::campaign

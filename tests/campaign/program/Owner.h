@@ -71,4 +71,7 @@ class Owner final : ui::IUserInterface {
   Report mReport;
 };
 
+/// Plays the case by the face of the program that it was drawn for.
+Report PlayFace(const Case& played, IWorld& world, const std::filesystem::path& folder);
+
 }  // namespace tarnwick::campaign

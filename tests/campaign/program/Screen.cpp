@@ -3,10 +3,9 @@
 #include <QApplication>
 #include <QTest>
 #include <QWindow>
-#include <algorithm>
-#include <sstream>
 #include <stdexcept>
 
+#include "Reading.h"
 #include "platform/awake.h"
 #include "programmer/modProgrammer.h"
 #include "support/ResetGlobals.h"
@@ -98,18 +97,11 @@ std::string Screen::Progress() {
 }
 
 std::vector<std::string> Screen::Lines(const char* text) {
-  std::istringstream all(Find<QPlainTextEdit>(text).toPlainText().toStdString());
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(all, line);) lines.push_back(line);
-  return lines;
+  return LinesOf(Find<QPlainTextEdit>(text).toPlainText().toStdString());
 }
 
 std::string Screen::Reported(const std::string& motor, const std::string& what) {
-  const std::vector<std::string> lines = Lines("txtStatus");
-  auto at = std::find(lines.begin(), lines.end(), "Device: " + motor);
-  const std::string wanted = "    " + what + ": ";
-  at = std::find_if(at, lines.end(), [&](const std::string& line) { return line.starts_with(wanted); });
-  return at == lines.end() ? "" : at->substr(wanted.size());
+  return campaign::Reported(Lines("txtStatus"), motor, what);
 }
 
 bool Screen::IsAtRest() {

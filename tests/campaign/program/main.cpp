@@ -79,7 +79,7 @@ Result PlayCase(const Case& played, const std::vector<std::string>& arguments) {
     if (played.tell) player.insert(player.end(), {"--tell", "1"});
     report = PlayKilled(played, world, player);
   } else {
-    report = Owner(played, world, folder.Path()).Play();
+    report = PlayFace(played, world, folder.Path());
   }
   Result result{.wrong = report.wrong, .struck = world.Struck() || report.cancelled, .runs = report.runs};
   const bool untouched = !report.gaveUp.empty() && world.Untouched();

@@ -6,7 +6,7 @@
 namespace tarnwick::test {
 
 /// Installs itself for its lifetime.
-class ClockDouble final : public clock::IClock {
+class ClockDouble : public clock::IClock {
  public:
   ClockDouble() { Seam<clock::IClock>::Install(*this); }
   ~ClockDouble() override { Seam<clock::IClock>::Uninstall(); }
