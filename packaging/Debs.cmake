@@ -1,7 +1,5 @@
 # The packages of a Debian, one for each component: `cmake --build build/release --target debs` leaves them in
-# the build folder. Who maintains them, and where the project lives:
-set(TARNWICK_MAINTAINER "Tarnwick maintainers <maintainers@tarnwick.example>" CACHE STRING "Name and address for packages")
-set(TARNWICK_SITE "https://tarnwick.example" CACHE STRING "Address of the project")
+# the build folder.
 
 set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_CURRENT_SOURCE_DIR}/each-generator.cmake)
 set(CPACK_DEB_COMPONENT_INSTALL ON)

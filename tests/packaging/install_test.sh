@@ -14,6 +14,9 @@ cmake --install "$build" --component portable --prefix "$PWD/portable" >/dev/nul
 for program in system/bin/*; do
   [ -s "system/share/man/man1/$(basename "$program").1.gz" ] || fail "$program has no manual page"
 done
+for size in 16x16 22x22 24x24 32x32 48x48 64x64 128x128 256x256 scalable; do
+  [ -s "$(echo "system/share/icons/hicolor/$size/apps/org.tarnwick.Tarnwick".*)" ] || fail "there is no icon of $size"
+done
 before=$(find system | sort)
 chmod -R a-w system
 "$mount" --link "$data/ports/COM5" </dev/null >/dev/null 2>&1 && fail "a port in a folder that nobody made"

@@ -2,9 +2,9 @@
 # The files for the desktop are valid, and the script beside the program puts an entry into the menu that
 # starts the program from any folder, and takes everything away again.
 #
-#   packaging_test.sh PACKAGING
+#   packaging_test.sh PACKAGING METAINFO
 set -euo pipefail
-packaging=$1
+packaging=$1 metainfo=$2
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 id=org.tarnwick.Tarnwick
@@ -14,7 +14,7 @@ failed=0
 fail() { echo "FAILED: $*" >&2; failed=1; }
 
 desktop-file-validate "$packaging/$id.desktop" || fail "the desktop entry"
-appstreamcli validate --no-net "$packaging/$id.metainfo.xml" || fail "the metainfo"
+appstreamcli validate --no-net "$metainfo" || fail "the metainfo"
 
 # starts FOLDER: its entry is valid and starts the program that lies there.
 starts() {
