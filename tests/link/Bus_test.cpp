@@ -55,7 +55,8 @@ TEST_F(Bus, ClosesAPortThatWasOpenedWhenTheUserGoesOnWithoutOne) {
 TEST_F(Bus, ForgetsWhatItKnewAndKeepsWhatADeviceLastTold) {
   gDevices[1].HwRevApp = gDevices[1].HwRevBoot = 7;
   EXPECT_TRUE(FindDevices());
-  EXPECT_EQ(gDevices[1].HwRevApp * 10 + gDevices[1].HwRevBoot, 20);
+  EXPECT_EQ(gDevices[1].HwRevApp, 2);
+  EXPECT_EQ(gDevices[1].HwRevBoot, 0) << "Of a device that was there before.";
   link.devices[16] = {.state = 2, .bootHwRev = 5, .bootVersion = 1};
   EXPECT_TRUE(FindDevices());
   EXPECT_EQ(SeenText(LastSeen(16)), "Vendral Corvane, HwRev 2") << "An old boot loader is not believed.";

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "settings/Settings.h"
 #include "platform/program.h"
+#include "settings/Settings.h"
 #include "support/LinkDouble.h"
 
 namespace tarnwick {
@@ -18,30 +18,65 @@ class Devices : public testing::Test {
   DeviceEntry& row = (SetupDevices(0), gDevices[1]);
 };
 
+/// What a device answers, and the row of the table then.
+struct Case {
+  test::ScriptedDevice answers;
+  const char* state;
+  const char* calls;  ///< Those behind the one for its state.
+  double version = 0;
+  std::int32_t revision = 0, running = 8, boot = 9, bootVersion = 0;  ///< Before: 7, 8, 9 and 7.
+};
+
+const Case kRefreshed[] = {{.answers = {.state = 0, .hwRev = 4}, .state = "No Response", .calls = ""},
+                           {.answers = {.state = 4, .hwRev = 4}, .state = "Unknown", .calls = ""},
+                           {.answers = {.state = 1, .major = 4, .minor = 25, .hwRev = 6},
+                            .state = "Running",
+                            .calls = "getHwRev 16;getModel 16;",
+                            .version = 4.25,
+                            .revision = 6,
+                            .running = 6},
+                           {.answers = {.state = 1, .major = 4, .minor = 25, .hwRev = 5, .hwRevResult = 0},
+                            .state = "Running",
+                            .calls = "getHwRev 16;getModel 16;",
+                            .version = 4.25,
+                            .running = 0},
+                           {.answers = {.state = 2, .bootHwRev = 6, .bootHwRevResult = 7},
+                            .state = "Boot Mode",
+                            .calls = "getHwRevFromBoot 16;getVersionFromBoot 16;",
+                            .revision = 6,
+                            .boot = 6,
+                            .bootVersion = 2},
+                           {.answers = {.state = 3, .bootHwRev = 5, .bootVersionResult = 1},
+                            .state = "Program",
+                            .calls = "getHwRevFromBoot 16;getVersionFromBoot 16;",
+                            .revision = 5,
+                            .boot = 5},
+                           {.answers = {.state = 3, .bootHwRev = 6, .bootHwRevResult = 0},
+                            .state = "Program",
+                            .calls = "getHwRevFromBoot 16;",
+                            .boot = 0},
+                           {.answers = {.state = 3, .bootHwRev = 7},
+                            .state = "Program",
+                            .calls = "getHwRevFromBoot 16;",
+                            .revision = 7,
+                            .boot = 7}};
+
 TEST_F(Devices, AreRefreshedAsTheirStateAllows) {
-  const struct {
-    std::int32_t state, app, appResult, boot, bootResult, versionResult;  // What the device answers.
-    const char* calls;  // Those behind the one for its state.
-    // State and name, version, revision now, running and in boot mode, boot version; 7, 8 and 9 before.
-    std::tuple<std::int32_t, std::string, double, std::int32_t, std::int32_t, std::int32_t, std::int32_t> row;
-  } kCases[] = {
-      {0, 4, 1, 6, 1, 0, "", {0, "No Response", 0, 0, 8, 9, 0}},
-      {1, 6, 1, 6, 1, 0, "getHwRev 16;getModel 16;", {1, "Running", 4.25, 6, 6, 9, 0}},
-      {1, 5, 0, 6, 1, 0, "getHwRev 16;getModel 16;", {1, "Running", 4.25, 0, 5, 9, 0}},
-      {2, 4, 1, 6, 7, 0, "getHwRevFromBoot 16;getVersionFromBoot 16;", {2, "Boot Mode", 0, 6, 8, 6, 2}},
-      {3, 4, 1, 5, 1, 1, "getHwRevFromBoot 16;getVersionFromBoot 16;", {3, "Program", 0, 5, 8, 5, 0}},
-      {3, 4, 1, 6, 0, 0, "getHwRevFromBoot 16;", {3, "Program", 0, 0, 8, 6, 0}},
-      {3, 4, 1, 7, 1, 0, "getHwRevFromBoot 16;", {3, "Program", 0, 7, 8, 7, 0}},
-      {4, 4, 1, 6, 1, 0, "", {-1, "Unknown", 0, 0, 8, 9, 0}}};
-  for (const auto& c : kCases) {
-    mount = {c.state, 4, 25, 5, 0, c.app, c.appResult, c.boot, c.bootResult, 2, c.versionResult, {}};
+  for (const Case& c : kRefreshed) {
+    SCOPED_TRACE(testing::Message() << c.state << ", state " << c.answers.state);
+    mount = c.answers;
     row = {0, 16, "", 7, "", McState::Unknown, "", 7, 9, 8, 7, 7};
     RefreshDevice(1);
-    EXPECT_EQ(std::tuple(static_cast<std::int32_t>(row.State), row.StateName, row.Version, row.HwRev,
-                         row.HwRevApp, row.HwRevBoot, row.BootVersion),
-              c.row);
+    EXPECT_EQ(static_cast<std::int32_t>(row.State), c.answers.state == 4 ? -1 : c.answers.state);
+    EXPECT_EQ(row.StateName, c.state);
+    EXPECT_EQ(row.Version, c.version);
+    EXPECT_EQ(row.HwRev, c.revision);
+    EXPECT_EQ(row.HwRevApp, c.running);
+    EXPECT_EQ(row.HwRevBoot, c.boot);
+    EXPECT_EQ(row.BootVersion, c.bootVersion);
     EXPECT_EQ(link.TakeCalls(), std::string("getMcState 16;") + c.calls);
-    EXPECT_EQ(std::to_string(row.Model) + row.ModelName, "0Unknown");
+    EXPECT_EQ(row.Model, 0);
+    EXPECT_EQ(row.ModelName, "Unknown");
   }
   row.Version = 9;
   ReadDeviceState(1);

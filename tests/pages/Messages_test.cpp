@@ -5,6 +5,7 @@
 #include <QUrl>
 
 #include "PagesTest.h"
+#include "programmer/modProgrammer.h"
 
 namespace tarnwick::test {
 namespace {
@@ -120,6 +121,11 @@ TEST_F(Messages, OfTheProgrammingPage) {
   const std::string failed = "RetryCancel !|Error Verifying Data at Address: 3";
   user.answers = {ui::Answer::Retry, ui::Answer::Cancel};
   Run("cmdVerify", 2, {failed, failed, "Ok !|Verify Cancelled by User"});
+  onPump = [this] {
+    if (gVerifying) window.close();
+  };
+  Run("cmdVerify", 0, {"Ok !|Verify cancelled by user"});
+  onPump = {};
   Azm().minor = 14;
   Click("cmdRefresh");
   Run("cmdVerify", 0, {"Ok !|AZM(RA) Motor: Cannot Verify if Version Different!"});

@@ -67,7 +67,8 @@ TEST_F(ProgrammingRunTest, HasTheMotorsNameWrittenDownWhileItCannotRun) {
   link.log = note;
   Run({1});
   EXPECT_EQ(noted["getVersionFromBoot 16"], 0U);
-  EXPECT_EQ(noted["enterBoot 16"] * 10 + noted["endProgramming 16"], 11U);
+  EXPECT_EQ(noted["enterBoot 16"], 1U);
+  EXPECT_EQ(noted["endProgramming 16"], 1U);
   EXPECT_EQ(ReadUnfinished().size(), 0U) << "It is written.";
   link.devices[16].state = link.devices[17].state = 1;
   Refresh();
@@ -79,7 +80,8 @@ TEST_F(ProgrammingRunTest, HasTheMotorsNameWrittenDownWhileItCannotRun) {
   user.answers = {ui::Answer::No};
   Run();
   ASSERT_EQ(ReadUnfinished().size(), 1U);
-  EXPECT_EQ(ReadUnfinished()[0].Name + ReadUnfinished()[0].Package, "ALT(DEC) Motorchosen.qal");
+  EXPECT_EQ(ReadUnfinished()[0].Name, "ALT(DEC) Motor");
+  EXPECT_EQ(ReadUnfinished()[0].Package, "chosen.qal");
 }
 
 TEST_F(ProgrammingRunTest, TakesTheBlockSizeThatIsAsked) {

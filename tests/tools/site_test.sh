@@ -28,20 +28,28 @@ refused() {
   rm "src/$2"
 }
 good=$packages/MC_0512.qal
-cp "$packages/MC_0513_DAMAGED.qal" src/MotorControllers/ && refused 'CheckSum Error at line 33' MotorControllers/MC_0513_DAMAGED.qal
+cp "$packages/MC_0513_DAMAGED.qal" src/MotorControllers/
+refused 'CheckSum Error at line 33' MotorControllers/MC_0513_DAMAGED.qal
 for name in 'a,b.qal' 'a%b.qal' .a.qal con.qal; do
-  cp "$good" "src/Accessories/$name" && refused 'takes no file of this name' "Accessories/$name"
+  cp "$good" "src/Accessories/$name"
+  refused 'takes no file of this name' "Accessories/$name"
 done
-cp "$good" src/Accessories/mc_0512.qal && refused 'another file of this name' Accessories/mc_0512.qal
-sed 's/MODELNUMBER=5/MODELNUMBER=0/' "$good" >src/Accessories/a.qal &&
-  refused 'a.qal: line 8: the MODELNUMBER 0 is that of no mount' Accessories/a.qal
-echo x >src/Accessories/readme && refused 'neither a package nor the note of one' Accessories/readme
-printf 'for \303\251toiles\n' >src/MotorControllers/MC_0512.txt && refused 'line 1: UTF-8' MotorControllers/MC_0512.txt
-printf '<html>\nUnauthorised copies\n' >src/MotorControllers/MC_0512.txt &&
-  refused 'MC_0512.qal: line 2 of its note' MotorControllers/MC_0512.txt
-mkdir src/Motorcontrollers && "$tool" build src one 2>err && fail "a misspelt folder was passed over"
-grep -q 'Motorcontrollers: not one of' err && rmdir src/Motorcontrollers
-echo '  $5 off' >src/MotorControllers/MC_0512.txt && refused 'begins with "$"' MotorControllers/MC_0512.txt
+cp "$good" src/Accessories/mc_0512.qal
+refused 'another file of this name' Accessories/mc_0512.qal
+sed 's/MODELNUMBER=5/MODELNUMBER=0/' "$good" >src/Accessories/a.qal
+refused 'a.qal: line 8: the MODELNUMBER 0 is that of no mount' Accessories/a.qal
+echo x >src/Accessories/readme
+refused 'neither a package nor the note of one' Accessories/readme
+printf 'for \303\251toiles\n' >src/MotorControllers/MC_0512.txt
+refused 'line 1: UTF-8' MotorControllers/MC_0512.txt
+printf '<html>\nUnauthorised copies\n' >src/MotorControllers/MC_0512.txt
+refused 'MC_0512.qal: line 2 of its note' MotorControllers/MC_0512.txt
+mkdir src/Motorcontrollers
+"$tool" build src one 2>err && fail "a misspelt folder was passed over"
+grep -q 'Motorcontrollers: not one of' err
+rmdir src/Motorcontrollers
+echo '  $5 off' >src/MotorControllers/MC_0512.txt
+refused 'begins with "$"' MotorControllers/MC_0512.txt
 
 # A release: program and library with one key, the list above all rows, a signature line behind each file.
 mkdir -p src/Program
@@ -94,5 +102,7 @@ before=$(<keys/update.key)
 rm keys/update.pub
 "$tool" keygen keys
 [ "$(<keys/update.pub)" = "$pub" ] && [ "$(<keys/update.key)" = "$before" ] || fail "the public half was not mended"
-mkdir -p left && echo half >left/update.pub
-"$tool" keygen left && "$tool" check-key left/update.pub
+mkdir -p left
+echo half >left/update.pub
+"$tool" keygen left
+"$tool" check-key left/update.pub

@@ -84,6 +84,27 @@ class Server {
   std::jthread mThread{[this](const std::stop_token& stop) { Serve(stop); }};
 };
 
+/// Pages in the place of what was asked for, and what only looks like one.
+std::vector<Behaviour> Pages() {
+  const auto page = [](const char* name, const std::string& content) {
+    return Behaviour{.name = name, .once = "HTTP/1.1 200 OK\r\n\r\n" + content, .content = content};
+  };
+  return {
+      page("answers for another, as portals do", "<html>Log in"),
+      page("answers at length", "\r\n <!doctype HTML><p>"),
+      page("answers with a mark", "\xEF\xBB\xBF<!DOCTYPE html>"),
+      page("answers in XML", "<?xml version=\"1.0\"?><html/>"),
+      page("answers with a comment", "<!-- sign in -->\n<html>"),
+      page("answers with a script", "\n\n<script>top.location='/'</script>"),
+      page("answers with a refresh", "<META http-equiv=refresh>"),
+      page("answers in UTF-16", std::string("\xFE\xFF\0<\0h", 6)),
+      page("answers in WISPr", "<WISPAccessGatewayParam>"),
+      page("refuses by a page", "<hTmL>uNAUTHORISED"),
+      page("refuses by a page, backwards", "Unauthorised<HTML>"),
+      page("only looks as if it refused", "UNAUTHORISED <HTM>"),
+  };
+}
+
 std::vector<Behaviour> Behaviours() {
   const std::string ok = "HTTP/1.1 200 OK\r\n";
   const std::string chunked = ok + "Transfer-Encoding: chunked\r\n\r\n";
@@ -92,56 +113,54 @@ std::vector<Behaviour> Behaviours() {
   some.resize(64 << 10);
   while (most.size() < http::kLargestAnswer) most += some;
   return {
-      {"closes without a word", "", {}, {}, 0, "broken off"},
-      {"says nothing", "", {}, {}, 10, "too slow"},
-      {"closes in the content",
-       ok + "Content-Length: 40\r\n\r\n" + some.substr(0, 39),
-       {},
-       {},
-       0,
-       "broken off"},
-      {"stalls in the content", ok + "Content-Length: 40\r\n\r\nabcd", {}, {}, 10, "too slow"},
-      {"tells too short a length", ok + "Content-Length: 4\r\n\r\nabcdefgh", "abcd"},
-      {"tells a length of a terabyte",
-       ok + "Content-Length: 1099511627776\r\n\r\n",
-       {},
-       some,
-       0,
-       "too large"},
-      {"trickles content", ok + "Content-Length: 4000\r\n\r\n", {}, "x", 40},
-      {"never ends", ok + "\r\n", {}, some, 0, "too large"},
-      {"never ends a failure", "HTTP/1.1 500 Oh\r\n\r\n", {}, some},
-      {"never ends a redirection", "HTTP/1.1 302 Oh\r\nLocation: /\r\n\r\n", {}, some, 1},
-      {"never ends its headers", ok, {}, "a: " + some.substr(0, 1000) + "\r\n"},
-      {"never ends to continue", "", {}, "HTTP/1.1 100 Continue\r\n\r\n"},
-      {"sends chunks", chunked + "4\r\nabcd\r\n1\r\n\0\r\n0\r\n\r\n"s, "abcd\0"s},
-      {"breaks off between chunks", chunked + "4\r\nabcd\r\n"},
-      {"sends a chunk of all memory", chunked + "FFFFFFFFFFFFFFFF\r\n" + some},
-      {"packs what was not to be packed", ok + "Content-Encoding: GZIP\r\nContent-Length: 4\r\n\r\nabcd"},
-      {"packs the transfer", ok + "Transfer-Encoding: deflate, chunked\r\n\r\n4\r\nabcd\r\n0\r\n\r\n"},
-      {"redirects to a file", "HTTP/1.1 302 Oh\r\nLocation: file:///etc/passwd\r\n\r\n"},
-      {"speaks something else", "SSH-2.0-x\r\n", {}, {}, 10},
-      {"sends a part", "HTTP/1.1 206 Part\r\nContent-Range: bytes 0-3/8\r\nContent-Length: 4\r\n\r\nabcd"},
-      {"sends nothing, by status", "HTTP/1.1 204 No\r\n\r\n", ""},
-      {"answers for another, as portals do", ok + "\r\n<html>Log in", "<html>Log in"},
-      {"answers at length", ok + "\r\n\r\n <!doctype HTML><p>", "\r\n <!doctype HTML><p>"},
-      {"answers with a mark", ok + "\r\n\xEF\xBB\xBF<!DOCTYPE html>", "\xEF\xBB\xBF<!DOCTYPE html>"},
-      {"answers in XML", ok + "\r\n<?xml version=\"1.0\"?><html/>", "<?xml version=\"1.0\"?><html/>"},
-      {"answers with a comment", ok + "\r\n<!-- sign in -->\n<html>", "<!-- sign in -->\n<html>"},
-      {"answers with a script", ok + "\r\n\n\n<script>top.location='/'</script>",
-       "\n\n<script>top.location='/'</script>"},
-      {"answers with a refresh", ok + "\r\n<META http-equiv=refresh>", "<META http-equiv=refresh>"},
-      {"answers in UTF-16", ok + "\r\n" + std::string("\xFE\xFF\0<\0h", 6), std::string("\xFE\xFF\0<\0h", 6)},
-      {"answers in WISPr", ok + "\r\n<WISPAccessGatewayParam>", "<WISPAccessGatewayParam>"},
-      {"wants a sign-in for the network", "HTTP/1.1 511 Network Authentication Required\r\n\r\n<html>"},
-      {"wants a sign-in for the proxy", "HTTP/1.1 407 No\r\nProxy-Authenticate: Basic realm=x\r\n\r\n<html>"},
-      {"cannot reach the site, as proxies say", "HTTP/1.1 504 Gateway Timeout\r\n\r\n<html>"},
-      {"refuses by a page", ok + "\r\n<hTmL>uNAUTHORISED", "<hTmL>uNAUTHORISED"},
-      {"refuses by a page, backwards", ok + "\r\nUnauthorised<HTML>", "Unauthorised<HTML>"},
-      {"only looks as if it refused", ok + "\r\nUNAUTHORISED <HTM>", "UNAUTHORISED <HTM>"},
-      {"refuses by status", "HTTP/1.1 403 No\r\n\r\npage", {}},
-      {"has not got it", "HTTP/1.1 404 No\r\n\r\npage", {}, {}, 0, "not found"},
-      {"sends all that there may be", ok + "Content-Length: 67108864\r\n\r\n", most, some},
+      {.name = "closes without a word", .once = "", .cause = "broken off"},
+      {.name = "says nothing", .once = "", .pause = 10, .cause = "too slow"},
+      {.name = "closes in the content",
+       .once = ok + "Content-Length: 40\r\n\r\n" + some.substr(0, 39),
+       .cause = "broken off"},
+      {.name = "stalls in the content",
+       .once = ok + "Content-Length: 40\r\n\r\nabcd",
+       .pause = 10,
+       .cause = "too slow"},
+      {.name = "tells too short a length",
+       .once = ok + "Content-Length: 4\r\n\r\nabcdefgh",
+       .content = "abcd"},
+      {.name = "tells a length of a terabyte",
+       .once = ok + "Content-Length: 1099511627776\r\n\r\n",
+       .again = some,
+       .cause = "too large"},
+      {.name = "trickles content", .once = ok + "Content-Length: 4000\r\n\r\n", .again = "x", .pause = 40},
+      {.name = "never ends", .once = ok + "\r\n", .again = some, .cause = "too large"},
+      {.name = "never ends a failure", .once = "HTTP/1.1 500 Oh\r\n\r\n", .again = some},
+      {.name = "never ends a redirection",
+       .once = "HTTP/1.1 302 Oh\r\nLocation: /\r\n\r\n",
+       .again = some,
+       .pause = 1},
+      {.name = "never ends its headers", .once = ok, .again = "a: " + some.substr(0, 1000) + "\r\n"},
+      {.name = "never ends to continue", .once = "", .again = "HTTP/1.1 100 Continue\r\n\r\n"},
+      {.name = "sends chunks", .once = chunked + "4\r\nabcd\r\n1\r\n\0\r\n0\r\n\r\n"s, .content = "abcd\0"s},
+      {.name = "breaks off between chunks", .once = chunked + "4\r\nabcd\r\n"},
+      {.name = "sends a chunk of all memory", .once = chunked + "FFFFFFFFFFFFFFFF\r\n" + some},
+      {.name = "packs what was not to be packed",
+       .once = ok + "Content-Encoding: GZIP\r\nContent-Length: 4\r\n\r\nabcd"},
+      {.name = "packs the transfer",
+       .once = ok + "Transfer-Encoding: deflate, chunked\r\n\r\n4\r\nabcd\r\n0\r\n\r\n"},
+      {.name = "redirects to a file", .once = "HTTP/1.1 302 Oh\r\nLocation: file:///etc/passwd\r\n\r\n"},
+      {.name = "speaks something else", .once = "SSH-2.0-x\r\n", .pause = 10},
+      {.name = "sends a part",
+       .once = "HTTP/1.1 206 Part\r\nContent-Range: bytes 0-3/8\r\nContent-Length: 4\r\n\r\nabcd"},
+      {.name = "sends nothing, by status", .once = "HTTP/1.1 204 No\r\n\r\n", .content = ""},
+      {.name = "wants a sign-in for the network",
+       .once = "HTTP/1.1 511 Network Authentication Required\r\n\r\n<html>"},
+      {.name = "wants a sign-in for the proxy",
+       .once = "HTTP/1.1 407 No\r\nProxy-Authenticate: Basic realm=x\r\n\r\n<html>"},
+      {.name = "cannot reach the site, as proxies say", .once = "HTTP/1.1 504 Gateway Timeout\r\n\r\n<html>"},
+      {.name = "refuses by status", .once = "HTTP/1.1 403 No\r\n\r\npage"},
+      {.name = "has not got it", .once = "HTTP/1.1 404 No\r\n\r\npage", .cause = "not found"},
+      {.name = "sends all that there may be",
+       .once = ok + "Content-Length: 67108864\r\n\r\n",
+       .content = most,
+       .again = some},
   };
 }
 
@@ -163,7 +182,8 @@ TEST_F(HttpTest, IsAskedForTheFileAndShownCredentialsOnlyWhenItAsks) {
   const std::string asks = "HTTP/1.1 401 No\r\nWWW-Authenticate: Basic realm=x\r\n" + end;
   const std::string moves = "HTTP/1.1 302 There\r\nLocation: http://127.0.0.2/there\r\n" + end;
   const std::string secures = "HTTP/1.1 302 There\r\nLocation: https://127.0.0.2/there\r\n" + end;
-  const Behaviour answers{"", "HTTP/1.1 200 OK\r\n\r\ncontent"}, insists{"", asks}, circles{"", moves};
+  const Behaviour answers{.name = "", .once = "HTTP/1.1 200 OK\r\n\r\ncontent"},
+      insists{.name = "", .once = asks}, circles{.name = "", .once = moves};
   const std::string a = "GET http://127.0.0.1/a", there = "GET http://127.0.0.2/there";
   const std::string shown = "\r\nAuthorization: Basic bWU6c2VjcmV0";
   const struct {
@@ -199,7 +219,7 @@ TEST_F(HttpTest, IsAskedForTheFileAndShownCredentialsOnlyWhenItAsks) {
 }
 
 TEST_F(HttpTest, GetsAForm) {
-  const Behaviour answers{"", "HTTP/1.1 200 OK\r\n\r\ncontent"};
+  const Behaviour answers{.name = "", .once = "HTTP/1.1 200 OK\r\n\r\ncontent"};
   const http::CurlTransport transport;
   const Server server(answers);
   Ask("", [](HTTPClass& client) {
@@ -218,7 +238,9 @@ TEST_F(HttpTest, GetsAForm) {
 }
 
 TEST_F(HttpTest, AServerThatDoesWhatNoneShouldGivesAllOrNothing) {
-  for (const Behaviour& behaviour : Behaviours()) {
+  std::vector<Behaviour> behaviours = Behaviours();
+  for (const Behaviour& each : Pages()) behaviours.push_back(each);
+  for (const Behaviour& behaviour : behaviours) {
     SCOPED_TRACE(behaviour.name);
     const Server server(behaviour);
     http::Limits limits;
@@ -262,10 +284,12 @@ TEST_F(HttpTest, AServerThatDoesWhatNoneShouldGivesAllOrNothing) {
 
 TEST_F(HttpTest, IsGivenUpAtAnyMoment) {
   const std::string begin = "HTTP/1.1 200 OK\r\nContent-Length: 4000000\r\n\r\n", some(100'000, 'x');
-  const Behaviour behaviours[] = {{"says nothing", "", {}, {}, 10},
-                                  {"stalls in the content", begin + "abcd", {}, {}, 10},
-                                  {"trickles content", begin, {}, "x", 5},
-                                  {"sends without a break", begin, {}, some}};
+  const Behaviour behaviours[] = {
+      {.name = "says nothing", .once = "", .pause = 10},
+      {.name = "stalls in the content", .once = begin + "abcd", .pause = 10},
+      {.name = "trickles content", .once = begin, .again = "x", .pause = 5},
+      {.name = "sends without a break", .once = begin, .again = some},
+  };
   const http::CurlTransport transport;
   for (const Behaviour& behaviour : behaviours) {
     SCOPED_TRACE(behaviour.name);

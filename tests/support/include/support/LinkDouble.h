@@ -1,4 +1,6 @@
-// A scripted link library: every call logged, every result scripted, devices as plain values.
+// A scripted link library: every call logged, every result scripted, devices as plain values. What it simplifies:
+// no time passes, each call succeeds in any state of its device, and what is sent changes no memory. A call that
+// fails fills nothing, as its contract says.
 #pragma once
 
 #include <functional>
@@ -44,8 +46,9 @@ class LinkDouble : public ILinkLibrary {
   std::int32_t doTestForSkelmirra() override { return Log("testSkelmirra", skelmirraResult); }
   std::int32_t doTestForUpgradeSupport() override { return Log("testUpgradeSupport", upgradeSupportResult); }
   std::int32_t getModelCommon(std::int32_t address, std::int32_t& model) override {
-    model = devices[address].model;
-    return Answer("getModel", address, devices[address].modelResult);
+    const std::int32_t result = Answer("getModel", address, devices[address].modelResult);
+    if ((result & 0xFFFF) == 1) model = devices[address].model;
+    return result;
   }
   std::int32_t getMcStateCommon(std::int32_t address, std::int32_t& major, std::int32_t& minor) override {
     const ScriptedDevice& device = devices[address];
@@ -54,27 +57,29 @@ class LinkDouble : public ILinkLibrary {
     return state;
   }
   std::int32_t getHwRevCommon(std::int32_t address, std::int32_t& revision) override {
-    revision = devices[address].hwRev;
-    return Answer("getHwRev", address, devices[address].hwRevResult);
+    const std::int32_t result = Answer("getHwRev", address, devices[address].hwRevResult);
+    if (result != 0) revision = devices[address].hwRev;
+    return result;
   }
   std::int32_t getHwRevFromBootCommon(std::int32_t address, std::int32_t& revision) override {
-    revision = devices[address].bootHwRev;
-    return Answer("getHwRevFromBoot", address, devices[address].bootHwRevResult);
+    const std::int32_t result = Answer("getHwRevFromBoot", address, devices[address].bootHwRevResult);
+    if (result != 0) revision = devices[address].bootHwRev;
+    return result;
   }
   std::int32_t getVersionFromBootCommon(std::int32_t address, std::int32_t& version) override {
-    version = devices[address].bootVersion;
-    return Answer("getVersionFromBoot", address, devices[address].bootVersionResult);
+    const std::int32_t result = Answer("getVersionFromBoot", address, devices[address].bootVersionResult);
+    if (result == 0) version = devices[address].bootVersion;
+    return result;
   }
   std::int32_t readMcProgMemCommon(std::int32_t address, std::int32_t first, std::int32_t last,
                                    std::span<std::int32_t> words) override {
     if (logTransfers)
       Log("read " + std::to_string(address) + " " + std::to_string(first) + " " + std::to_string(last), 0);
     const auto& memory = devices[address].memory;
-    for (std::int32_t word = first; word <= last; ++word) {
-      const auto found = memory.find(word);
-      if (found == memory.end()) return 0;
-      words[static_cast<std::size_t>(word - first)] = found->second;
-    }
+    for (std::int32_t word = first; word <= last; ++word)
+      if (!memory.contains(word)) return 0;
+    for (std::int32_t word = first; readResult == 1 && word <= last; ++word)
+      words[static_cast<std::size_t>(word - first)] = memory.at(word);
     return readResult;
   }
   std::int32_t enterBootCommon(std::int32_t address) override { return Move("enterBoot", address, 2); }
