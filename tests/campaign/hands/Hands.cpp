@@ -110,17 +110,21 @@ void Hands::Act(Milliseconds at) {
     for (int i = 0; i < times; ++i) {
       Tap(at + i * (held + Milliseconds(70 + Draw(100))), stroke.key, stroke.modifiers, held);
     }
-  } else if (what < 96) {
+  } else if (what < 90) {
     const QPoint from = aim();
     Click(at, from, Draw(10) == 0 ? aim() : from, held);
   } else {
-    Plan({.kind = what < 98 ? Kind::Wheel : Kind::Close, .at = at, .place = aim()});
+    const Kind kind = what < 92 ? Kind::Wheel : what < 93 ? Kind::Close : Kind::Drop;
+    Plan({.kind = kind, .at = at, .place = aim()});
   }
 }
 
 void Hands::Do(Deed deed) {
   const bool byPlace = deed.kind == Kind::MouseDown || deed.kind == Kind::MouseUp || deed.kind == Kind::Wheel;
-  deed.window = byPlace ? QGuiApplication::topLevelAt(deed.place) : QGuiApplication::focusWindow();
+  QWidget* const active = QApplication::activeWindow();
+  deed.window = byPlace             ? QGuiApplication::topLevelAt(deed.place)
+                : active != nullptr ? active->windowHandle()
+                                    : nullptr;
   if (done) done(deed);
   mDone.push_back(deed);
 }
@@ -161,6 +165,8 @@ void Hands::Pass(const Deed& deed) {
     case Kind::Close:
       // A window manager asks only what has the keyboard: a window behind a box is not asked.
       if (window == QGuiApplication::focusWindow()) window->close();
+      break;
+    case Kind::Drop:  // Let go where the pointer says that it is taken.
       break;
   }
 }

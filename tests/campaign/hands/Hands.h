@@ -16,7 +16,7 @@ using Milliseconds = std::chrono::milliseconds;
 
 /// One thing that the hands did.
 struct Deed {
-  enum class Kind { KeyDown, KeyUp, MouseDown, MouseUp, Wheel, Close };
+  enum class Kind { KeyDown, KeyUp, MouseDown, MouseUp, Wheel, Close, Drop };
   Kind kind = Kind::KeyDown;
   Milliseconds at{};
   int key = 0;

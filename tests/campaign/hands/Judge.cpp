@@ -41,6 +41,7 @@ void Judge::Done(const Deed& deed, const View& view) {
       if (!mBoxes.empty() && deed.at >= mBoxes.back().from) mBoxes.back().answered = true;
       break;
     case Kind::Wheel:
+    case Kind::Drop:
       break;
   }
 }
