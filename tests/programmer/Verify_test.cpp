@@ -38,6 +38,14 @@ TEST_F(VerifyTest, ReadsTheGivenWordsOneByOneTheFirstOfOldHardwareFromItsTop) {
   EXPECT_THAT(link.calls, ElementsAre("read 16 65532 65532", "read 16 65535 65535", "read 16 4 4"));
 }
 
+TEST_F(VerifyTest, LocksTheHandControlBeforeAnythingIsRead) {
+  link.serialMode = 2;
+  EXPECT_EQ(VerifyAll(std::array{1}, progress), VerifyEnd::Identical);
+  ASSERT_GE(link.calls.size(), 3U);
+  link.calls.resize(3);
+  EXPECT_THAT(link.calls, ElementsAre("getSerialMode", "lockHc", "read 16 0 0"));
+}
+
 TEST_F(VerifyTest, TakesNoResultButOneForAnAnswer) {
   EXPECT_EQ(VerifyRefusal(1), "");
   link.readResult = 2;
