@@ -8,12 +8,15 @@ is not installed.
 """
 import os
 import random
+import shlex
 import shutil
 import subprocess
 import sys
 import tempfile
 
 FILLER = (0xFF, 0x3F)
+BATCH = 100       # Packages that are made and read together.
+PLACE = 0x20000   # Bytes from one block to the next where outside readers read many.
 
 
 def record(kind, address, data):
@@ -79,62 +82,97 @@ def plainly_read(package, address):
     return words
 
 
-def whole(words):
-    """The image with its padding, as bytes."""
-    count = (max(words) + 4) // 4 * 4
-    return b"".join(bytes(words.get(i, FILLER)) for i in range(count))
+def laid(words, size, gap):
+    """The words as `size` bytes, `gap` for each that is not there."""
+    data = bytearray(bytes(gap) * (size // 2))
+    for index, pair in words.items():
+        data[2 * index : 2 * index + 2] = bytes(pair)
+    return data
 
 
-def run(*command, status=0):
+def run(*command):
     done = subprocess.run(command, capture_output=True)
-    assert done.returncode == status, (command, done.returncode, done.stdout, done.stderr)
+    assert done.returncode == 0, (command, done.returncode, done.stdout, done.stderr)
     return done
 
 
-def by_peers(package, words, start):
-    """Holds the hex lines of one block against `words` by the outside readers."""
-    block = package[package.index(start):]
-    with open("block.hex", "wb") as out:
-        out.writelines(line + b"\n" for line in block[: block.index(b"END_HEX")].split(b"\r\n") if line.startswith(b":"))
-    run("objcopy", "-I", "ihex", "-O", "binary", "block.hex", "block.bin")
-    with open("block.bin", "rb") as got:
-        first, top = min(words), max(words) + 1
-        assert got.read() == b"".join(bytes(words.get(i, (0, 0))) for i in range(first, top)), "objcopy"
-    if shutil.which("srec_cat"):
-        size = len(whole(words))
-        got = run("srec_cat", "-disable-sequence-warnings", "block.hex", "-intel", "-generate", "0", str(size),
-                  "-repeat-data", "0xFF", "0x3F", "-exclude", "-within", "block.hex", "-intel", "-o", "-", "-binary")
-        assert got.stdout == whole(words), "srec_cat"
-
-
-def one(tools, draw):
+def make(tools, number):
+    """Writes the hex files of seed `number`; its images, and the commands that make and load its package."""
+    draw = random.Random(number)
     images = [image_of(draw) for _ in range(draw.choice([1, 1, 2]))]
     left = draw.random() < 0.3
-    for number, image in enumerate(images):
+    files = []
+    for image in images:
         data = {2 * i + half: pair[half] for i, pair in image.items() for half in (0, 1)}
         if left:  # Configuration words, elsewhere.
-            data |= {0x10200: 1, 0x10201: 2, 0x600007: 5}
-        with open(f"{number}.hex", "w", newline="") as out:
+            data |= {0x10200: 1, 0x10201: 2, 0x10202: 3, 0x10203: 4, 0x600007: 5}
+        files.append(f"{number}.{len(files)}.hex")
+        with open(files[-1], "w", newline="") as out:
             out.write(hex_file(draw, data))
-    out = run(f"{tools}/qalmake", "--model", "5", "--name", "CORVANE", "--version", "5.14", "--comments", "für \u20ac",
-              "--date", "2024.03.05", *(["--hwrev", "5,6"] if draw.random() < 0.5 else []),
-              *(["--leave-out", "0x8100-0x400000"] if left else []),
-              "a.qal", *(f"{i}.hex" for i in range(len(images))))
-    assert (b"2 words left out" in out.stdout) == left, out.stdout
-    with open("a.qal", "rb") as file:
+    commands = [[f"{tools}/qalmake", "--model", "5", "--name", "CORVANE", "--version", "5.14", "--comments",
+                 "für \u20ac", "--date", "2024.03.05", *(["--hwrev", "5,6"] if draw.random() < 0.5 else []),
+                 *(["--leave-out", "0x8100-0x400000"] if left else []), f"{number}.qal", *files]]
+    commands += [[f"{tools}/qalinfo", "--dump", str(device), f"{number}.qal"] for device in (1, 2)]
+    script = [f"{shlex.join(command)} >{number}.{name}" for command, name in zip(commands, ("out", 1, 2))]
+    return images, left, [f"seed={number}", *script]
+
+
+def by_package(number, images, left):
+    """Holds one package by the plain reader and by the loader; the hex lines of each of its blocks."""
+    with open(f"{number}.out") as said:
+        told = [line for line in said if "left out" in line]
+    assert told == [f"{number}.{i}.hex: 3 words left out: 0x8100-0x8101, 0x300003\n" for i in range(len(images) * left)], told
+    with open(f"{number}.qal", "rb") as file:
         package = file.read()
     for device, address in ((1, 16), (2, 17)):
         words = images[(device - 1) % len(images)]
         assert plainly_read(package, address) == words, "the plain reader"
-        dump = run(f"{tools}/qalinfo", "--dump", str(device), "a.qal").stdout.decode()
-        read, base = {}, 0
-        for line in dump.split():
-            data = bytes.fromhex(line[9:-2])
-            base = data[1] << 16 if line[7:9] == "04" else base
-            read |= {base + int(line[3:7], 16) + i: b for i, b in enumerate(data)} if line[7:9] == "00" else {}
-        assert bytes(read[i] for i in range(len(read))) == whole(words), "qalinfo"
-        if device <= len(images):
-            by_peers(package, words, b"START_HEX=FW_" + (b"%d_" % device if len(images) > 1 else b""))
+        read, base = bytearray(), 0
+        with open(f"{number}.{device}") as dump:
+            for line in dump:
+                data = bytes.fromhex(line[9:-3])
+                base = data[1] << 16 if line[7:9] == "04" else base
+                assert line[7:9] != "00" or base + int(line[3:7], 16) == len(read), "the order of qalinfo"
+                read += data if line[7:9] == "00" else b""
+        assert read == laid(words, (max(words) + 4) // 4 * 8, FILLER), "qalinfo"
+    blocks = package.split(b"START_HEX=FW_")[1:]
+    assert len(blocks) == len(images), "blocks"
+    return [block[block.index(b"\n") + 1 : block.index(b"END_HEX")] for block in blocks]
+
+
+def by_peers(blocks):
+    """Holds the hex lines of blocks, each of them (seed, words, lines), by the outside readers: in one file,
+    each block at a place of its own."""
+    with open("blocks.hex", "wb") as out:
+        out.write(f"{record(0, 0, [0, 0])}\n".encode())
+        for place, (_, _, lines) in enumerate([*blocks, (0, {}, f"{record(0, 0, [0, 0])}\n".encode())], 1):
+            out.write(f"{record(4, 0, (place * PLACE >> 16).to_bytes(2, 'big'))}\n".encode() + lines)
+    readers = {"objcopy": ["objcopy", "-I", "ihex", "-O", "binary", "blocks.hex", "blocks.bin"],
+               "srec_cat": ["srec_cat", "-disable-sequence-warnings", "blocks.hex", "-intel", "-o", "blocks.bin", "-binary"]}
+    for name, command in readers.items():
+        if not shutil.which(name):
+            continue
+        run(*command)
+        with open("blocks.bin", "rb") as got:
+            got.seek(PLACE)
+            for seed, words, _ in blocks:
+                assert got.read(PLACE) == laid(words, PLACE, (0, 0)), f"seed {seed}: {name}"
+
+
+def judge(tools, seeds):
+    """All that is made of `seeds`, in one run of each outside reader."""
+    made = {number: make(tools, number) for number in seeds}
+    with open("batch.sh", "w") as out:
+        out.write("trap '[ $? = 0 ] || echo \"seed $seed\" >&2' EXIT\n")
+        out.writelines(line + "\n" for _, _, script in made.values() for line in script)
+    run("sh", "-e", "batch.sh")
+    blocks = []
+    for number, (images, left, _) in made.items():
+        try:
+            blocks += zip([number] * 2, images, by_package(number, images, left))
+        except AssertionError as error:
+            raise AssertionError(f"seed {number}: {error}") from error
+    by_peers(blocks)
 
 
 def refusals(tools):
@@ -178,14 +216,17 @@ def refusals(tools):
 
 def main():
     tools, count, seed = os.path.abspath(sys.argv[1]), int((sys.argv + ["", "10000"])[2] or 10000), int((sys.argv[3:] or [1])[0])
-    with tempfile.TemporaryDirectory() as folder:
-        os.chdir(folder)
-        refusals(tools)
-        for number in range(seed, seed + count):
+    memory = "/dev/shm" if os.path.isdir("/dev/shm") else None  # Nothing here is to outlive a power cut.
+    for first in range(seed, seed + count, BATCH):
+        with tempfile.TemporaryDirectory(dir=memory) as folder:
+            os.chdir(folder)
+            if first == seed:
+                refusals(tools)
             try:
-                one(tools, random.Random(number))
+                judge(tools, range(first, min(first + BATCH, seed + count)))
             except AssertionError as error:
-                sys.exit(f"seed {number}: {error}")
+                sys.exit(str(error))
+            os.chdir("/")
     print(f"{count} packages: all readers agree.")
 
 

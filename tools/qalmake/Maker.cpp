@@ -25,6 +25,22 @@ bool IsLeftOut(const Wish& wish, std::uint32_t word) {
                      [word](const WordRange& range) { return word >= range.first && word <= range.second; });
 }
 
+/// Takes the words that are not for the package off `words`. Which they were, or nothing where there are none.
+std::string LeaveOut(const Wish& wish, std::vector<HexWord>& words) {
+  std::vector<WordRange> out;
+  const std::size_t all = words.size();
+  std::erase_if(words, [&](const HexWord& word) {
+    if (!IsLeftOut(wish, word.index)) return false;
+    if (out.empty() || out.back().second + 1 != word.index) out.emplace_back(word.index, word.index);
+    out.back().second = word.index;
+    return true;
+  });
+  std::string told;
+  for (const auto& [first, last] : out)
+    told += (told.empty() ? ": " : ", ") + Hex(first) + (first == last ? "" : "-" + Hex(last));
+  return told.empty() ? told : std::to_string(all - words.size()) + " words left out" + told;
+}
+
 /// The words of a part that go into the package.
 std::vector<HexWord> WordsOf(const Wish& wish, const Part& part, Made& made) {
   HexBytes bytes;
@@ -32,10 +48,8 @@ std::vector<HexWord> WordsOf(const Wish& wish, const Part& part, Made& made) {
   if (const std::string wrong = ReadHexFile(part.text, bytes); !wrong.empty())
     return fault(wrong), std::vector<HexWord>();
   std::vector<HexWord> words = bytes.Words();
-  const std::size_t all = words.size();
-  std::erase_if(words, [&](const HexWord& word) { return IsLeftOut(wish, word.index); });
-  if (words.size() != all)
-    made.remarks.push_back(part.file + ": " + std::to_string(all - words.size()) + " words left out");
+  if (const std::string out = LeaveOut(wish, words); !out.empty())
+    made.remarks.push_back(part.file + ": " + out);
   if (words.empty() || words.back().index == 0) {
     fault("there is no word above word 0, without which no package loads");
   } else if (words.back().index > kLastWord) {
