@@ -101,8 +101,7 @@ fs::path ChosenPackage::Locate() {
 
 Exit ChosenPackage::Judge() {
   mPath = Locate();
-  if (!AcceptSignature(mPath)) return Exit::Refused;
-  Reload();
+  if (!AcceptSignature(LoadSigned(*gQAL, mPath))) return Exit::Refused;
   return PackageFits() ? Exit::Done : Exit::Refused;
 }
 

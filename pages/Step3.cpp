@@ -99,10 +99,21 @@ std::filesystem::path Step3::SelectedPackage() const {
 }
 
 void Step3::ShowOpinions() {
-  const bool any = lstFirmware->Selected() >= 0;
-  // A signer's name is that of a file.
-  lblSignature->setText(any ? qt::ShowName(SignatureText(JudgeSignatureOf(SelectedPackage()))) : QString());
-  lblFit->setText(any ? qt::Show(mMarks->Say(lstFirmware->Selected())) : QString());
+  if (lstFirmware->Selected() < 0) {
+    lblSignature->clear();
+    lblFit->clear();
+    return;
+  }
+  ShowSignature(JudgeSignatureOf(SelectedPackage()));
+  ShowFit();
+}
+
+void Step3::ShowSignature(const PackageSignature& signature) {
+  lblSignature->setText(qt::ShowName(SignatureText(signature)));  // A signer's name is that of a file.
+}
+
+void Step3::ShowFit() {
+  lblFit->setText(qt::Show(mMarks->Say(lstFirmware->Selected())));
 }
 
 void Step3::ListFirmware(const std::string& selectName) {
@@ -127,12 +138,14 @@ void Step3::lstFirmware_Click() {
   const std::filesystem::path note = NoteOf(package);
   if (const auto text = ReadNote(note)) {
     txtFirmware->TextNow(*text);
+    ShowSignature(JudgeSignatureOf(package));
   } else {
     wizard.Frozen(true);
-    gQAL->LoadQALfile(package);
+    const PackageSignature signature = LoadSigned(*gQAL, package);
     txtFirmware->TextNow(DescribePackage());
+    ShowSignature(signature);
   }
-  ShowOpinions();
+  ShowFit();
   wizard.Frozen(false);
 }
 
@@ -201,7 +214,7 @@ void Step3::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel)
   } else {
     wizard.Frozen(true);
     const std::filesystem::path judged = SelectedPackage();
-    cancel = !AcceptSignature(judged) || !AcceptPackage();
+    cancel = !AcceptPackage();
     wizard.Frozen(false);
     // Whatever came in between, only what was judged goes on.
     const bool same = lstFirmware->Selected() >= 0 && SelectedPackage() == judged;
@@ -210,8 +223,12 @@ void Step3::BeforePageHide(CWizard& wizard, std::int16_t nextStep, bool& cancel)
 }
 
 bool Step3::AcceptPackage() {
-  gQAL->LoadQALfile(SelectedPackage());
-  if (!PackageFits()) return false;
+  const PackageSignature signature = LoadSigned(*gQAL, SelectedPackage());
+  const QString told = lblSignature->text();
+  ShowSignature(signature);
+  if (!AcceptSignature(signature)) return false;
+  const bool asTold = told == lblSignature->text() || signature.state == PackageSignature::State::DoesNotFit;
+  if (!asTold || !PackageFits()) return false;
   txtStatus->Refresh();
   return true;
 }

@@ -162,8 +162,21 @@ TEST_F(Pages, ThreeSaysWhatFitsAndWhoSigned) {
   EXPECT_THAT(Said(), ElementsAre("NoYes X|The signature of this package does not fit. It may have been "
                                   "altered. Use it all the same?"));
   EXPECT_EQ(Step(), 3);
-  user.answers = {ui::Answer::Yes};
+  Put("L.qal", SignPackage(good, key.secret));
+  ClickRow("lstFirmware", last - 1);
+  ClickRow("lstFirmware", last);
+  Put("L.qal", good);
   Click("cmdStepFwd");
+  EXPECT_EQ(Find<QLabel>("lblSignature").text().toStdString(), unsignedOne) << "No other file's line.";
+  EXPECT_EQ(Step(), 3);
+  Put("L.qal", altered);
+  user.answers = {ui::Answer::Yes};
+  user.log = [&](const std::string& what) {
+    if (what == "box") Put("L.qal", PackageText(5, "5", {{"Azm", 16, CountedWords(7)}}));
+  };
+  Click("cmdStepFwd");
+  user.log = nullptr;
+  EXPECT_EQ(gQAL->Identity().Size, altered.size()) << "What was asked about goes on, not what came meanwhile.";
   EXPECT_EQ(Step(), 4);
 }
 

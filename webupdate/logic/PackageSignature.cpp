@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "firmware/QALclass.h"
 #include "firmware/SignatureLine.h"
 #include "platform/files.h"
 #include "platform/http.h"
@@ -80,8 +81,19 @@ PackageSignature JudgeSignatureOf(const fs::path& path) {
   return package ? JudgeSignature(*package, PackageSigners()) : PackageSignature();
 }
 
-bool AcceptSignature(const fs::path& path) {
-  if (JudgeSignatureOf(path).state != State::DoesNotFit) return true;
+PackageSignature LoadSigned(QALclass& package, const fs::path& path) {
+  const auto text = files::ReadWhole(path, http::kLargestAnswer);
+  if (text && !text->empty()) {
+    package.LoadQALfile(path, *text);
+    return JudgeSignature(*text, PackageSigners());
+  }
+  package.LoadQALfile(path);
+  const bool another = !package.ErrorsFound() && package.Identity().Size <= http::kLargestAnswer;
+  return {another ? State::DoesNotFit : State::None};
+}
+
+bool AcceptSignature(const PackageSignature& signature) {
+  if (signature.state != State::DoesNotFit) return true;
   return ui::MessageBox(kAltered, ui::Buttons::NoYes, ui::Icon::Critical) == ui::Answer::Yes;
 }
 

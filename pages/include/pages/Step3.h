@@ -16,6 +16,7 @@ class ListBox;
 class PackageMarks;
 class StatusBox;
 class TextBox;
+struct PackageSignature;
 
 class Step3 final : public PageWindow {
  public:
@@ -47,7 +48,10 @@ class Step3 final : public PageWindow {
   std::filesystem::path PackageOf(int row) const;
   /// The two lines under the list: who signed the selected package, and whether it fits the mount.
   void ShowOpinions();
-  /// Loads the selected package and holds it against the devices. False after a message.
+  void ShowSignature(const PackageSignature& signature);
+  void ShowFit();
+  /// Loads the selected package and holds it against the devices. False after a message, and where it is no
+  /// longer signed as the line under the list told, which then tells anew.
   bool AcceptPackage();
   void LayOutControls();
 

@@ -14,6 +14,8 @@
 
 namespace tarnwick {
 
+class QALclass;
+
 /// A signer whose packages are believed.
 struct PackageSigner {
   std::string name;  ///< As it is shown.
@@ -38,9 +40,13 @@ PackageSignature JudgeSignature(std::string_view package, const std::vector<Pack
 /// Takes the file at `path`. One that cannot be read, or is larger than any answer of the site, has none.
 PackageSignature JudgeSignatureOf(const std::filesystem::path& path);
 
-/// Whether the file at `path` may be used as far as its signature goes: asks the user where that does not
-/// fit.
-bool AcceptSignature(const std::filesystem::path& path);
+/// Loads the file at `path` into `package`, which identifies what it loads, and judges the signature of the
+/// very bytes that it took: whoever puts another file there meanwhile gets neither. A file that could not be
+/// read whole, and then can be loaded, is another one by now: its signature does not fit.
+PackageSignature LoadSigned(QALclass& package, const std::filesystem::path& path);
+
+/// Whether a package may be used as far as its signature goes: asks the user where that does not fit.
+bool AcceptSignature(const PackageSignature& signature);
 
 /// `package` with a signature of its content in place of any that it had. Empty where the content does not
 /// end in a line end, so that it could not be told from the signature.
