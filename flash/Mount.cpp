@@ -1,7 +1,6 @@
 #include "Mount.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "firmware/PackageFolder.h"
 #include "firmware/QALclass.h"
@@ -9,6 +8,7 @@
 #include "link/Connection.h"
 #include "link/Devices.h"
 #include "link/OpeningCause.h"
+#include "platform/cli.h"
 #include "platform/files.h"
 #include "platform/program.h"
 #include "platform/serial.h"
@@ -23,9 +23,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The largest package that is taken from standard input, in bytes; the largest that a site can give.
-constexpr std::size_t kLargestInput = 64u << 20;
-
 /// The one USB adapter among the ports; empty when there is none, or more than one.
 std::string OnlyAdapter() {
   std::string only;
@@ -35,16 +32,6 @@ std::string OnlyAdapter() {
     only = port.name;
   }
   return only;
-}
-
-/// Reads standard input to its end; false when it is longer than a package can be.
-bool ReadInput(std::string& content) {
-  char piece[4096];
-  for (std::size_t count = 1; count != 0 && content.size() <= kLargestInput;) {
-    count = std::fread(piece, 1, sizeof piece, stdin);
-    content.append(piece, count);
-  }
-  return content.size() <= kLargestInput;
 }
 
 }  // namespace
@@ -79,8 +66,8 @@ ChosenPackage::~ChosenPackage() {
 }
 
 fs::path ChosenPackage::TakeInput() {
-  std::string content;
-  if (!ReadInput(content)) return {};
+  const std::string content = cli::ReadInput();
+  if (content.empty()) return {};
   const fs::path folder = fs::temp_directory_path() / ("tarnwick-" + files::UniquePart());
   if (files::MakeFolder(folder)) return {};
   mTaken = folder;

@@ -18,4 +18,14 @@ std::optional<int> AnswerCommonWords(std::span<char* const> words, std::string_v
   return std::fflush(stdout) == 0 ? 0 : 2;
 }
 
+std::string ReadInput() {
+  std::string content;
+  char piece[4096];
+  for (std::size_t count = 1; count != 0 && content.size() <= kLargestInput;) {
+    count = std::fread(piece, 1, sizeof piece, stdin);
+    content.append(piece, count);
+  }
+  return content.size() <= kLargestInput ? content : std::string();
+}
+
 }  // namespace tarnwick::cli

@@ -22,6 +22,8 @@ for told in 'Comments  *Simulated mount only: Motor control 5.12' 'record id MC_
   'No errors' '  Remark: line 10: 16 words inside the image of device 1 (AZM MOTOR) .* word 160: they are padded' 'Error 4 : Hex Line CheckSum Error at Line 33' 'Error 1 : QAL File Not Found at Line 0'; do
   grep -q "$told" out || fail "no '$told' in: $(<out)"
 done
+expect 0 - <"$sample"
+grep -q 'record id MC_0512' out && ! grep -q 'file.s name is' out || fail "standard input: $(<out)"
 expect 0 "$sample"
 expect 1 --strict "$sample"
 expect 1 --dump 1 "$damaged"

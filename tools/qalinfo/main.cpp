@@ -34,7 +34,7 @@ constexpr const char* kUsage =
     "  or:  qalinfo --dump N FILE\n\n"
     "Prints and checks firmware packages: the header, the devices, the first error, and what the format "
     "passes\n"
-    "over without a word.\n\n"
+    "over without a word. FILE is \"-\" for standard input.\n\n"
     "  --strict   what is passed over counts as an error\n"
     "  --json     one JSON object a file, one a line\n"
     "  --dump N   the image of device N, from 1, as Intel HEX\n\n"
@@ -98,10 +98,13 @@ int Run(const Options& options) {
   int status = kGood;
   for (const char* file : options.files) {
     QALclass package;
-    package.LoadQALfile(file);
+    const std::string input = std::string_view(file) == "-" ? cli::ReadInput() : std::string();
+    package.LoadQALfile(file, input);
     if (options.dump != 0) return Dump(package, options.dump);
     const bool found = package.LastError() != 1;
-    const std::vector<QalRemark> remarks = found ? LintFile(file, package) : std::vector<QalRemark>();
+    const std::vector<QalRemark> remarks = !found          ? std::vector<QalRemark>()
+                                           : input.empty() ? LintFile(file, package)
+                                                           : LintText(input, package.Filename(), package);
     if (package.ErrorsFound() || (options.strict && !remarks.empty())) status = kErrors;
     (options.json ? qalinfo::WriteJson : qalinfo::WriteText)(stdout, package, remarks);
   }

@@ -15,6 +15,7 @@
 #include <QTemporaryDir>
 #include <filesystem>
 #include <iostream>
+#include <span>
 
 #include "BadLuckScenes.h"
 #include "Director.h"
@@ -22,6 +23,7 @@
 #include "app/App.h"
 #include "firmware/QALclass.h"
 #include "mount/MountProcess.h"
+#include "platform/cli.h"
 #include "platform/program.h"
 #include "platform/text.h"
 #include "wizard/WizardWindow.h"
@@ -222,7 +224,16 @@ int Run(QApplication& application, const fs::path& folder, Means means, const QS
 }  // namespace
 }  // namespace tarnwick::tour
 
+constexpr const char* kHelp =
+    "Usage: tarnwick-tour [--dark] [--keyboard] [--site CONFIGURATION] DIR\n\n"
+    "Drives the real window through the main job, and leaves pictures and a protocol in DIR.\n\n"
+    "  --dark                on a dark desktop\n"
+    "  --keyboard            without the mouse\n"
+    "  --site CONFIGURATION  nginx's, of the sample update site\n";
+
 int main(int argc, char* argv[]) {
+  const auto words = std::span(argv, static_cast<std::size_t>(argc)).subspan(1);
+  if (const auto answered = tarnwick::cli::AnswerCommonWords(words, "tarnwick-tour", kHelp)) return *answered;
   QApplication application(argc, argv);
   QCommandLineParser options;
   options.addOption({QStringLiteral("dark"), QStringLiteral("On a dark desktop.")});
