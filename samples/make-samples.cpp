@@ -160,7 +160,7 @@ std::string PackageOf(const Sample& sample) {
 
 bool Write(const std::filesystem::path& path, std::string_view content) {
   const std::error_code error = files::Replace(path, content);
-  if (error) std::fprintf(stderr, "%s: %s\n", path.c_str(), error.message().c_str());
+  if (error) std::fprintf(stderr, "%s: %s\n", path.string().c_str(), error.message().c_str());
   return !error;
 }
 

@@ -113,13 +113,16 @@ bool Move(const std::wstring& from, const std::wstring& to) {
   return ::MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
 }
 
-/// A file that runs cannot be replaced, but it can be moved aside, to go with a later sweep. The one case in
-/// which there is a moment without a file of that name.
+/// A file that runs, or that somebody reads, cannot be replaced but moved aside, and goes with its last user or
+/// with a later sweep. The one case in which there is a moment without a file of that name.
 bool MoveAside(const std::wstring& from, const fs::path& to) {
   const std::wstring place = win32::Wide(to);
   const std::wstring aside = win32::Wide(BesideName(to));
   if (!Move(place, aside)) return false;
-  if (Move(from, place)) return true;
+  if (Move(from, place)) {
+    ::DeleteFileW(aside.c_str());
+    return true;
+  }
   const DWORD error = ::GetLastError();
   Move(aside, place);
   ::SetLastError(error);

@@ -137,9 +137,9 @@ std::error_code Child::Start(const Command& command) {
   Handle own(::CreateNamedPipeW(name.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_FIRST_PIPE_INSTANCE,
                                 PIPE_TYPE_BYTE | PIPE_REJECT_REMOTE_CLIENTS, 1, 65536, 65536, 0, nullptr));
   if (!own) return LastError();
-  const Handle far(::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-  if (!far) return LastError();
-  Streams streams(far.Get(), far.Get());
+  const Handle theirs(::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+  if (!theirs) return LastError();
+  Streams streams(theirs.Get(), theirs.Get());
   Handle process = Launch(command, CREATE_NO_WINDOW, &streams, EndsWithUs());
   if (!process) return LastError();
   mProcess = NumberOf(process.Take());

@@ -1,6 +1,9 @@
 // What the files of this folder share.
 #pragma once
 
+// Wide calls, and none of the headers' names that are not asked for.
+#define UNICODE
+#define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
 #include <cstdint>

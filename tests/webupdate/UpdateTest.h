@@ -10,6 +10,7 @@
 #include "platform/process.h"
 #include "settings/Settings.h"
 #include "support/HttpDouble.h"
+#include "support/InMemory.h"
 #include "support/LinkDouble.h"
 #include "support/SignedRelease.h"
 #include "support/TempFolder.h"

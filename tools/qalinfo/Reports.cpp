@@ -56,12 +56,12 @@ void WriteDevices(std::FILE* out, const QALclass& package) {
 }  // namespace
 
 std::string ShownPath(const QALclass& package) {
-  const std::string& path = package.RealFilename().native();
+  const std::string path = package.RealFilename().string();
   return text::IsUtf8(path) ? path : text::ToUtf8(path);
 }
 
 void WriteText(std::FILE* out, const QALclass& package, const std::vector<QalRemark>& remarks) {
-  std::fprintf(out, "%s\n", text::NamesForTerminal(package.RealFilename().native()).c_str());
+  std::fprintf(out, "%s\n", text::NamesForTerminal(package.RealFilename().string()).c_str());
   WriteHeader(out, package);
   WriteDevices(out, package);
   if (!package.ErrorsFound()) {

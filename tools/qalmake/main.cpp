@@ -179,7 +179,7 @@ bool TakeFiles(Options& options, Arguments files) {
 }
 
 int Make(Options& options, const std::string& path) {
-  const std::string name = std::filesystem::path(path).filename();
+  const std::string name = std::filesystem::path(path).filename().string();
   const auto told = Narrow(name);
   if (!told || !text::EqualNoCase(name.substr(name.size() - std::min<std::size_t>(4, name.size())), ".qal")) {
     Wrong(path + ": no name of a package, which ends in .qal and is written in Windows-1252");

@@ -18,7 +18,7 @@ constexpr fs::perms kAll = kOwner | fs::perms::group_read | fs::perms::others_re
 
 bool Put(const fs::path& file, const std::string& key, fs::perms mode) {
   const std::error_code error = files::Create(file, key + "\n", mode);
-  if (error) std::fprintf(stderr, "%s: %s\n", file.c_str(), error.message().c_str());
+  if (error) std::fprintf(stderr, "%s: %s\n", file.string().c_str(), error.message().c_str());
   return !error;
 }
 
@@ -44,7 +44,7 @@ bool MakeKeyFiles(const fs::path& folder) {
   if (files::FileExists(secret)) {
     const auto key = ReadKeyFile(secret);
     if (key && !files::FileExists(open)) return Put(open, KeyText(*PublicHalf(*key)), kAll);
-    std::fprintf(stderr, "%s: there is a key already\n", secret.c_str());
+    std::fprintf(stderr, "%s: there is a key already\n", secret.string().c_str());
     return false;
   }
   const std::optional<KeyPair> pair = MakeKeyPair();
@@ -59,7 +59,7 @@ bool MakeKeyFiles(const fs::path& folder) {
 
 std::optional<SecretKey> ReadKeyFile(const fs::path& file) {
   const auto key = ReadSecretKey(files::ReadWhole(file, kLongestKeyFile).value_or(""));
-  if (!key) std::fprintf(stderr, "%s: no secret key\n", file.c_str());
+  if (!key) std::fprintf(stderr, "%s: no secret key\n", file.string().c_str());
   return key;
 }
 

@@ -83,12 +83,12 @@ void AddPackage(SitePlan& plan, const fs::path& file, char tag, const Signing& s
     return AddFault(plan, file,
                     package.LastErrorMessage() + " at line " + std::to_string(package.LastErrorLine()));
   }
-  for (const QalRemark& remark : LintText(*content, file.filename(), package)) {
+  for (const QalRemark& remark : LintText(*content, file.filename().string(), package)) {
     if (remark.Harmful) AddFault(plan, file, "line " + std::to_string(remark.Line) + ": " + remark.What);
   }
   if (signing.key) content = SignPackage(*content, *signing.key);
   plan.files.push_back(
-      {file.filename(), *content, tag, PackageDate(package, file), NoteLines(plan, NoteOf(file), package)});
+      {file.filename().string(), *content, tag, PackageDate(package, file), NoteLines(plan, NoteOf(file), package)});
 }
 
 /// The lines "NAME, VERSION" of the versions, by name.
@@ -116,7 +116,7 @@ bool IsVersion(std::string_view text) {
 std::vector<std::string> NamesIn(const fs::path& folder) {
   std::vector<std::string> names;
   std::error_code missing;
-  for (const auto& entry : fs::directory_iterator(folder, missing)) names.push_back(entry.path().filename());
+  for (const auto& entry : fs::directory_iterator(folder, missing)) names.push_back(entry.path().filename().string());
   std::sort(names.begin(), names.end());
   return names;
 }

@@ -122,7 +122,7 @@ void ReadBack(SitePlan& plan) {
 
 bool Put(const fs::path& path, std::string_view content) {
   const std::error_code error = files::Replace(path, content);
-  if (error) std::fprintf(stderr, "%s: %s\n", path.c_str(), error.message().c_str());
+  if (error) std::fprintf(stderr, "%s: %s\n", path.string().c_str(), error.message().c_str());
   return !error;
 }
 

@@ -39,7 +39,7 @@ std::string_view HeadOf(std::string_view text) {
 FileEntry LocalEntry(const fs::path& package, std::string name) {
   FileEntry entry;
   entry.Name = std::move(name);
-  entry.LocalFile = package.filename();
+  entry.LocalFile = package.filename().string();
   entry.Local = true;
   std::error_code gone;
   const std::uintmax_t size = fs::file_size(package, gone);

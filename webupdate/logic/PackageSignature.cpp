@@ -54,7 +54,7 @@ std::vector<PackageSigner> PackageSigners() {
   for (fs::directory_iterator entry(program::This().folder, error), end; !error && entry != end;
        entry.increment(error)) {
     if (entry->path().extension() != kKeyEnding) continue;
-    const std::string name = entry->path().stem();
+    const std::string name = entry->path().stem().string();
     const auto key = ReadPublicKey(files::ReadWhole(entry->path(), kLongestKeyFile).value_or(""));
     if (key && name.size() <= kLongestName && std::none_of(name.begin(), name.end(), text::IsControl))
       signers.push_back({name, *key});

@@ -11,6 +11,7 @@
 #include "Tracer.h"
 #include "platform/files.h"
 #include "support/SignedRelease.h"
+#include "support/InMemory.h"
 #include "support/TempFolder.h"
 #include "webupdate/Journal.h"
 

@@ -12,6 +12,7 @@
 #include <QTest>
 #include <QWindow>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <vector>
 

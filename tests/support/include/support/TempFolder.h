@@ -1,34 +1,21 @@
 // A folder that lives as long as its object.
 #pragma once
 
-#include <stdlib.h>
-#include <sys/statvfs.h>
-#include <unistd.h>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
-namespace tarnwick::test {
+#include "platform/files.h"
 
-/// Where flushing costs no time, for tests that do little else; the usual folder where there is none.
-inline std::filesystem::path InMemory() {
-  struct statvfs info {};
-  const char* const memory = "/dev/shm";
-  const bool usable =
-      ::statvfs(memory, &info) == 0 && (info.f_flag & ST_NOEXEC) == 0 && ::access(memory, W_OK) == 0;
-  return usable ? std::filesystem::path(memory) : std::filesystem::temp_directory_path();
-}
+namespace tarnwick::test {
 
 class TempFolder {
  public:
   explicit TempFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
-    std::string pattern = (parent / "tarnwick-test-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    mPath = pattern;
+    mPath = parent / ("tarnwick-test-" + files::UniquePart());
+    std::filesystem::create_directory(mPath);
   }
   ~TempFolder() {
     std::error_code error;
