@@ -122,7 +122,9 @@ TEST_F(Messages, OfTheProgrammingPage) {
   user.answers = {ui::Answer::Retry, ui::Answer::Cancel};
   Run("cmdVerify", 2, {failed, failed, "Ok !|Verify Cancelled by User"});
   onPump = [this] {
-    if (gVerifying) window.close();
+    if (!gVerifying) return;
+    EXPECT_EQ(Caption("cmdTerminate"), "Cancel");
+    window.close();
   };
   Run("cmdVerify", 0, {"Ok !|Verify cancelled by user"});
   onPump = {};
