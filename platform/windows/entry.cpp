@@ -1,4 +1,8 @@
-// Where the system enters a program: its words are handed to `main` in UTF-8, whatever code page the system has.
+// Where the system enters a program: its words are handed to `main` in UTF-8, whatever code page the system has,
+// and what it is given to read keeps every byte.
+#include <fcntl.h>
+#include <io.h>
+
 #include <string>
 #include <vector>
 
@@ -13,6 +17,9 @@ extern "C" int wmain(int count, wchar_t** wide) {
   std::vector<char*> pointers;
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
+  constexpr int kInput = 0;
+  DWORD mode = 0;
+  if (::GetConsoleMode(::GetStdHandle(STD_INPUT_HANDLE), &mode) == 0) ::_setmode(kInput, _O_BINARY);
   const UINT before = ::GetConsoleOutputCP();
   ::SetConsoleOutputCP(CP_UTF8);
   const int status = ProgramMain(count, pointers.data());
