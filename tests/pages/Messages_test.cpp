@@ -6,6 +6,7 @@
 
 #include "PagesTest.h"
 #include "programmer/modProgrammer.h"
+#include "settings/Settings.h"
 
 namespace tarnwick::test {
 namespace {
@@ -134,6 +135,10 @@ TEST_F(Messages, OfTheProgrammingPage) {
   Azm().state = 2;
   Click("cmdRefresh");
   Run("cmdVerify", 1, {"Ok !|AZM(RA) Motor: Verify unsupported when firmware in State: Boot Mode"});
+  Alt() = {.state = 1, .major = 3, .model = 1, .hwRev = 5, .bootHwRev = 5};
+  gModelOverride = true;
+  Click("cmdRefresh");
+  Run("cmdProgram", 0, {"Ok !|Cannot Program more than one device at a time with V3.0"});
 }
 
 TEST_F(Messages, ThreeTakesPackagesThatAreDroppedAndAsksBeforeItReplaces) {
