@@ -53,6 +53,7 @@ QIcon SignOf(const QWidget& list, Kind kind) {
 
 PackageMarks::PackageMarks(ListBox& list, std::function<std::filesystem::path(int)> path)
     : mList(list), mPath(std::move(path)) {
+  mList.setIconSize(QSize(Pixels(12), Pixels(12)));  // Else a picture for a fine screen is drawn as large as its pixels.
   mTimer.setSingleShot(true);
   connect(&mTimer, &QTimer::timeout, this, [this] { Contain([this] { JudgeSome(); }); });
 }

@@ -88,22 +88,27 @@ void Step4::LayOutControls() {
   asides->addWidget(cmdCopy);
   grid->addLayout(asides, 3, 1);
   grid->addWidget(Line1, 4, 0, 1, 2);
-  grid->addWidget(mBar, 5, 0, 1, 2);
-  grid->addWidget(lblLeft, 6, 0, 1, 2);
-  grid->addWidget(txtOutcome, 5, 0, 2, 2);  // Over the bar, which is empty when there is an outcome.
+  auto* const progress = new QVBoxLayout;
+  progress->setSpacing(Pixels(4));
+  progress->addWidget(mBar);
+  progress->addWidget(lblLeft, 1);
+  grid->addLayout(progress, 5, 0, 1, 2);
+  grid->addWidget(txtOutcome, 5, 0, 1, 2);  // Over the bar, which is empty when there is an outcome.
   txtOutcome->raise();
   grid->setRowStretch(1, 1);
   grid->setColumnStretch(0, 2);
   grid->setColumnStretch(1, 3);
   mBar->setFixedHeight(Pixels(18));
-  // As high as the outcome that stands there after a run, so that nothing above it moves.
-  lblLeft->setFixedHeight(Pixels(36));
+  // The longest outcome of one motor and a line of the other. The room is kept, so that nothing above moves.
+  txtOutcome->setFixedHeight(Pixels(66));
+  QSizePolicy kept = txtOutcome->sizePolicy();
+  kept.setRetainSizeWhenHidden(true);
+  txtOutcome->setSizePolicy(kept);
   lblLeft->setAlignment(Qt::AlignTop);
   QPalette readable = lblLeft->palette();  // Also on the locked page, where it is all that tells.
   readable.setColor(QPalette::Disabled, QPalette::WindowText,
                     readable.color(QPalette::Active, QPalette::WindowText));
   lblLeft->setPalette(readable);
-  txtOutcome->setFixedHeight(Pixels(58));
   lblFirmware->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 }
 

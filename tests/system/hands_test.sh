@@ -87,8 +87,8 @@ point() {
   eval "$(xdotool getwindowgeometry --shell "$frame")"
   xdotool mousemove --window "$frame" $((HEIGHT * $1 / 300)) $((HEIGHT * $2 / 300))
 }
-program_button="245 142" refresh_button="503 168" web_button="373 17" help_button="48 279" terminate_button="608 279"
-package_part="150 35 254 209" program_part="150 133 190 18" terminate_part="566 268 84 24" report_part="353 27 270 14" outcome_part="150 188 470 50"
+program_button="245 125" web_button="373 17" help_button="48 279" terminate_button="608 279"
+package_part="150 35 254 209" program_part="150 116 190 18" terminate_part="566 268 84 24" report_part="353 27 270 14" outcome_part="150 176 470 60"
 click() { point "$@"; xdotool click 1; }
 # The boxes on view: tool tips have the same title.
 boxes() {
@@ -217,7 +217,7 @@ a_lock_keeps_the_focus() {
   ask line latency=1
   begin
   xdotool key --delay 100 space space
-  until_true 20 told_some 'outcome:' || fail "the run does not end"
+  until_true 90 told_some 'outcome:' || fail "the run does not end"
   [ "$(told ' 5.12 written')" = 2 ] || fail "Space stopped the run"
   ask power
   answer Return
