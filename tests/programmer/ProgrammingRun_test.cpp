@@ -32,6 +32,7 @@ class ProgrammingRunTest : public ProgrammerFixture {
   }
   void Run(std::vector<std::int32_t> rows = {1, 2}) {
     const bool together = rows.size() != 1;
+    gCancelProgram = true;  // Of an earlier run, and nothing to this one.
     ProgrammingRun(std::move(rows), together, judged).Execute(progress);
     EXPECT_FALSE(gProgramming);
   }
