@@ -81,6 +81,7 @@ function packages(    small, large) {
   row("64 MB: objcopy / qalinfo", share(wall("objcopy/64MB"), wall("qalinfo/64MB")), 7, 1)
   row("1 MB: srec_cat / qalinfo", share(wall("srec_cat/1MB"), wall("qalinfo/1MB")), 8, 1)
   row("1 MB: qalinfo with its remarks / the image alone", share(wall("remarks/1MB"), wall("qalinfo/1MB")), 3)
+  row("1 MB: qalmake of four hex files / qalinfo", share(wall("qalmake/1MB"), wall("qalinfo/1MB")), 3)
   row("a 64 KB image: srec_cat / qalinfo", share(wall("srec_cat/image"), wall("qalinfo/image")), 1, 1)
   row("a 64 KB image: objcopy / qalinfo", share(wall("objcopy/image"), wall("qalinfo/image")), 1, 1)
   row("a 64 KB image: python3-intelhex / qalinfo", share(wall("intelhex/image"), wall("qalinfo/image")), 1, 1)

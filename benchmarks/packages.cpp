@@ -50,11 +50,15 @@ std::string Package(std::string_view lines, int others = 0) {
 
 struct Tool {
   std::string name;
-  std::vector<std::string> command;  ///< "HEX", "QAL" and "OUT" stand for the files.
+  std::vector<std::string> command;  ///< "HEX", "QAL" and "OUT" stand for the files, "PART" for a quarter.
 };
 
 const Tool kQalinfo = {"qalinfo", {TARNWICK_QALINFO, "--dump", "1", "QAL"}};
 const Tool kRemarks = {"remarks", {TARNWICK_QALINFO, "QAL"}};
+const Tool kQalmake = {"qalmake",
+                       {TARNWICK_QALMAKE, "--model", "5", "--version", "5.14", "--device", "A,16", "--device",
+                        "B,17", "--device", "C,18", "--device", "D,19", "OUT.qal", "PART", "PART", "PART",
+                        "PART"}};
 const Tool kSrecCat = {"srec_cat",
                        {"srec_cat", "-disable-sequence-warnings", "HEX", "-intel",
                         "-contradictory-bytes=ignore", "-redundant-bytes=ignore", "-o", "OUT", "-binary"}};
@@ -86,6 +90,8 @@ void Process(benchmark::State& state, const Tool& tool, const std::filesystem::p
   for (std::string& argument : command) {
     if (argument == "HEX") argument = stem.string() + ".hex";
     if (argument == "QAL") argument = stem.string() + ".qal";
+    if (argument == "PART") argument = stem.string() + ".part";
+    if (argument == "OUT.qal") argument = stem.string() + ".made.qal";
     if (argument == "OUT") argument = stem.string() + "." + tool.name;
   }
   for ([[maybe_unused]] auto _ : state) {
@@ -138,13 +144,14 @@ void RegisterProcesses(const test::TempFolder& folder) {
     int runs;
     std::vector<Tool> tools;
   } files[] = {{"image", 4096 * 45, 31, {kQalinfo, kSrecCat, kObjcopy, kIntelHex}},
-               {"1MB", kMega, 31, {kQalinfo, kRemarks, kSrecCat}},
+               {"1MB", kMega, 31, {kQalinfo, kRemarks, kQalmake, kSrecCat}},
                {"64MB", 64 * kMega, 9, {kQalinfo, kSrecCat, kObjcopy}}};
   for (const auto& file : files) {
     const std::string lines = HexLines(file.size);
     const auto stem = folder / file.name;
     test::WriteFile(stem.string() + ".qal", Package(lines));
     test::WriteFile(stem.string() + ".hex", lines + ":00000001FF\r\n");
+    test::WriteFile(stem.string() + ".part", HexLines(file.size / 4) + ":00000001FF\r\n");
     for (const Tool& tool : file.tools) {
       benchmark::RegisterBenchmark((tool.name + "/" + file.name).c_str(), Process, tool, stem)
           ->Iterations(1)

@@ -102,7 +102,9 @@ void QalLint::State::Keep(std::string_view piece) {
 void QalLint::State::EndLine(std::string_view text) {
   ++line;
   if (line == 1) FirstLine(text);
-  const auto inside = static_cast<std::int32_t>(std::count(text.begin(), text.end(), '\r')) + partEnds;
+  std::int32_t inside = partEnds;
+  if (text.find('\r') != std::string_view::npos)  // Seldom, and looked for faster than counted.
+    inside += static_cast<std::int32_t>(std::count(text.begin(), text.end(), '\r'));
   if (inside > 0 && otherEnds == 0) otherEndsLine = line;
   otherEnds += inside;
   partEnds = 0;

@@ -24,12 +24,13 @@ std::string KeyLine(std::string_view key, std::string_view value) {
 }
 
 std::string Record(std::uint8_t type, std::uint16_t address, std::span<const std::uint8_t> bytes) {
-  std::string line = ":";
-  line.reserve(1 + 2 * (bytes.size() + 5) + text::kLineEnd.size());
+  const std::size_t length = 1 + 2 * (bytes.size() + 5);
+  std::string line(length + text::kLineEnd.size(), ':');
+  std::size_t at = 1;
   unsigned sum = 0;
   const auto put = [&](unsigned byte) {
-    line += "0123456789ABCDEF"[byte >> 4 & 0xF];
-    line += "0123456789ABCDEF"[byte & 0xF];
+    line[at++] = "0123456789ABCDEF"[byte >> 4 & 0xF];
+    line[at++] = "0123456789ABCDEF"[byte & 0xF];
     sum += byte & 0xFF;
   };
   put(static_cast<unsigned>(bytes.size()));
@@ -38,7 +39,7 @@ std::string Record(std::uint8_t type, std::uint16_t address, std::span<const std
   put(type);
   for (const std::uint8_t byte : bytes) put(byte);
   put(LineCheckSum(sum));
-  return line.append(text::kLineEnd);
+  return line.replace(length, text::kLineEnd.size(), text::kLineEnd);
 }
 
 }  // namespace

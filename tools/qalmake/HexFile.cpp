@@ -1,7 +1,7 @@
 #include "HexFile.h"
 
+#include <algorithm>
 #include <numeric>
-#include <optional>
 #include <span>
 
 namespace tarnwick::qalmake {
@@ -22,15 +22,19 @@ constexpr std::array<std::int8_t, 256> kDigits = [] {
   return table;
 }();
 
-/// The bytes that `digits` are; none where they are no pairs of hexadecimal digits.
-std::optional<std::vector<std::uint8_t>> BytesOf(std::string_view digits) {
-  std::vector<std::uint8_t> bytes(digits.size() / 2);
-  for (std::size_t i = 0; i < digits.size(); ++i) {
-    const int digit = kDigits[static_cast<unsigned char>(digits[i])];
-    if (digit < 0 || digits.size() % 2 != 0) return std::nullopt;
-    bytes[i / 2] = static_cast<std::uint8_t>(bytes[i / 2] << 4 | digit);
+/// Bytes of the longest record: count, address, type, 255 of data, checksum.
+constexpr std::size_t kLongestRecord = 260;
+
+/// Puts what `digits` are into `bytes`, of which there are half as many. False where one is no hexadecimal digit.
+bool ReadDigits(std::string_view digits, std::span<std::uint8_t> bytes) {
+  int wrong = 0;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    const int high = kDigits[static_cast<unsigned char>(digits[2 * i])];
+    const int low = kDigits[static_cast<unsigned char>(digits[2 * i + 1])];
+    wrong |= high | low;
+    bytes[i] = static_cast<std::uint8_t>((high & 0xF) << 4 | (low & 0xF));
   }
-  return bytes;
+  return wrong >= 0;
 }
 
 /// Reads records one after the other; the last extended address counts for those behind it.
@@ -43,12 +47,14 @@ class Reader {
   std::string Line(std::string_view line) {
     if (mEnded) return "a line behind the end-of-file record";
     if (line.front() != ':') return "no record: it does not begin with a colon";
-    const auto record = BytesOf(line.substr(1));
-    if (!record) return "no record: not all pairs of hexadecimal digits";
-    if (record->size() < 5 || record->size() != 5u + (*record)[0]) return "the record has another length";
-    if (std::accumulate(record->begin(), record->end(), 0u) % 0x100 != 0) return "the checksum differs";
-    return Record((*record)[3], (*record)[1] * 0x100u + (*record)[2],
-                  std::span(*record).subspan(4, (*record)[0]));
+    line.remove_prefix(1);
+    if (line.size() / 2 > kLongestRecord) return "the record has another length";
+    const std::span record = std::span(mRecord).first(line.size() / 2);
+    if (line.size() % 2 != 0 || !ReadDigits(line, record))
+      return "no record: not all pairs of hexadecimal digits";
+    if (record.size() < 5 || record.size() != 5u + record[0]) return "the record has another length";
+    if (std::accumulate(record.begin(), record.end(), 0u) % 0x100 != 0) return "the checksum differs";
+    return Record(record[3], record[1] * 0x100u + record[2], record.subspan(4, record[0]));
   }
 
  private:
@@ -67,29 +73,35 @@ class Reader {
 
   std::string Data(std::uint32_t address, std::span<const std::uint8_t> data) {
     if (address + data.size() > kSegment) return "the record goes on behind the last address of its 64 KB";
-    for (const std::uint8_t value : data) {
-      if (!mBytes.Put(mBase + address++, value)) return "another record gives another value for a byte of it";
-    }
-    return {};
+    return mBytes.Put(mBase + address, data) ? "" : "another record gives another value for a byte of it";
   }
 
   HexBytes& mBytes;
+  std::array<std::uint8_t, kLongestRecord> mRecord{};
   std::uint32_t mBase = 0;
   bool mEnded = false;
 };
 
 }  // namespace
 
-bool HexBytes::Put(std::uint32_t address, std::uint8_t value) {
-  if (mPage == nullptr || mNumber != address / kPage) {
-    mNumber = static_cast<std::uint32_t>(address / kPage);
-    mPage = &mPages[mNumber];
+bool HexBytes::Put(std::uint32_t address, std::span<const std::uint8_t> values) {
+  while (!values.empty()) {
+    if (mPage == nullptr || mNumber != address / kPage) {
+      mNumber = static_cast<std::uint32_t>(address / kPage);
+      mPage = &mPages[mNumber];
+    }
+    const std::size_t place = address % kPage;
+    const std::size_t count = std::min(values.size(), kPage - place);
+    const std::span there = std::span(mPage->values).subspan(place, count);
+    const std::span given = std::span(mPage->given).subspan(place, count);
+    for (std::size_t i = 0; i < count; ++i) {
+      if (given[i] && there[i] != values[i]) return false;
+    }
+    std::copy_n(values.begin(), count, there.begin());
+    std::fill(given.begin(), given.end(), true);
+    address += static_cast<std::uint32_t>(count);
+    values = values.subspan(count);
   }
-  Page& page = *mPage;
-  const std::size_t place = address % kPage;
-  if (page.given[place] && page.values[place] != value) return false;
-  page.values[place] = value;
-  page.given[place] = true;
   return true;
 }
 

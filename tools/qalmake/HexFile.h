@@ -2,9 +2,9 @@
 #pragma once
 
 #include <array>
-#include <bitset>
 #include <cstdint>
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,8 +21,8 @@ struct HexWord {
 /// Bytes at addresses of 32 bits. Memory follows what is given.
 class HexBytes {
  public:
-  /// False where another value is there already.
-  bool Put(std::uint32_t address, std::uint8_t value);
+  /// Puts `values` at `address` and behind; they end below 2^32. False where another value is there already.
+  bool Put(std::uint32_t address, std::span<const std::uint8_t> values);
   /// All words of which at least one byte was given, ascending.
   std::vector<HexWord> Words() const;
 
@@ -30,7 +30,7 @@ class HexBytes {
   static constexpr std::size_t kPage = 4096;
   struct Page {
     std::array<std::uint8_t, kPage> values;
-    std::bitset<kPage> given;
+    std::array<bool, kPage> given{};
   };
   std::map<std::uint32_t, Page> mPages;  ///< By address / kPage.
   std::uint32_t mNumber = 0;             ///< Of the page that was written last.

@@ -70,6 +70,7 @@ std::vector<HexWord> WordsOf(const Wish& wish, const Part& part, Made& made) {
 /// The records that give `words`. What cannot be told becomes a fault.
 std::string RecordsOf(const std::vector<HexWord>& words, const std::string& file, Made& made) {
   std::string records;
+  records.reserve(words.size() * 6);
   std::vector<std::uint8_t> bytes;
   for (std::size_t i = 0; i < words.size();) {
     const std::uint32_t first = words[i].index;
