@@ -2,9 +2,11 @@
 
 #include <QIcon>
 #include <QPainter>
+#include <QStyledItemDelegate>
 #include <array>
 
 #include "platform/contain.h"
+#include "platform/qt/Contrast.h"
 #include "platform/qt/QtText.h"
 #include "widgets/ListBox.h"
 #include "widgets/Scale.h"
@@ -21,8 +23,11 @@ constexpr int kSlice = 8;   ///< ms
 constexpr int kBreak = 1;   ///< ms
 constexpr int kRetry = 50;  ///< ms while the page is locked
 
+/// Item value: the kind of opinion, for the sign in front of the name.
+constexpr int kOpinion = Qt::UserRole + 1;
+
 /// A cross, a tick, or nothing.
-QPixmap Drawn(Kind kind, QColor colour, qreal scale) {
+QPixmap Drawn(Kind kind, const QColor& colour, qreal scale) {
   const int size = Pixels(12);
   QPixmap picture(QSize(size, size) * scale);
   picture.setDevicePixelRatio(scale);
@@ -40,20 +45,40 @@ QPixmap Drawn(Kind kind, QColor colour, qreal scale) {
   return picture;
 }
 
-/// In the colours of the list's text.
-QIcon SignOf(const QWidget& list, Kind kind) {
-  QIcon sign;
-  const qreal scale = list.devicePixelRatioF();
-  sign.addPixmap(Drawn(kind, list.palette().color(QPalette::Text), scale), QIcon::Normal);
-  sign.addPixmap(Drawn(kind, list.palette().color(QPalette::HighlightedText), scale), QIcon::Selected);
-  return sign;
-}
+/// Draws name and sign in one colour that can be read, also with other colours of the desktop, in a selected
+/// row, and where the window is not the active one. Some desktops' own cannot.
+class SignDelegate final : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+    QStyledItemDelegate::initStyleOption(option, index);
+    if (option->widget == nullptr) return;
+    const auto group = option->state.testFlag(QStyle::State_Active) ? QPalette::Active : QPalette::Inactive;
+    const bool selected = option->state.testFlag(QStyle::State_Selected);
+    const auto role = selected ? QPalette::HighlightedText : QPalette::Text;
+    const auto behind = selected ? QPalette::Highlight : QPalette::Base;
+    const QColor colour =
+        qt::ReadableOn(option->palette.color(group, behind), option->palette.color(group, role));
+    option->palette.setColor(group, role, colour);
+    const QVariant opinion = index.data(kOpinion);
+    if (!opinion.isValid()) return;
+    const QPixmap sign = Drawn(static_cast<Kind>(opinion.toInt()), colour, option->widget->devicePixelRatioF());
+    option->features |= QStyleOptionViewItem::HasDecoration;
+    option->icon = QIcon();
+    option->icon.addPixmap(sign, QIcon::Normal);
+    option->icon.addPixmap(sign, QIcon::Selected);  // Or the style would tint it.
+    option->decorationSize = sign.deviceIndependentSize().toSize();
+  }
+};
 
 }  // namespace
 
 PackageMarks::PackageMarks(ListBox& list, std::function<std::filesystem::path(int)> path)
     : mList(list), mPath(std::move(path)) {
   mList.setIconSize(QSize(Pixels(12), Pixels(12)));  // Else a picture for a fine screen is drawn as large as its pixels.
+  mList.setItemDelegate(new SignDelegate(&mList));
   mTimer.setSingleShot(true);
   connect(&mTimer, &QTimer::timeout, this, [this] { Contain([this] { JudgeSome(); }); });
 }
@@ -80,7 +105,7 @@ void PackageMarks::JudgeSome() {
 
 void PackageMarks::Mark(int row, const PackageOpinion& opinion) {
   QListWidgetItem* const item = mList.item(row);
-  item->setIcon(SignOf(mList, opinion.kind));
+  item->setData(kOpinion, static_cast<int>(opinion.kind));
   const QString text = qt::Show(opinion.text);
   item->setData(Qt::AccessibleDescriptionRole, text);
   item->setToolTip(qt::PlainTip(text));

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/qt/Contrast.h"
+
 /// What is built into a library is reached once this was called, from outside of all namespaces.
 static void InitPages() {
   Q_INIT_RESOURCE(pages);
@@ -32,25 +34,13 @@ QColor Mix(const QColor& a, const QColor& b, double share) {
   return {mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue())};
 }
 
-double Luminance(const QColor& colour) {
-  const auto linear = [](double part) {
-    return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-  };
-  return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
-}
-
-double Contrast(const QColor& a, const QColor& b) {
-  const auto [low, high] = std::minmax({Luminance(a), Luminance(b)});
-  return (high + 0.05) / (low + 0.05);
-}
-
 /// The palette's link colour, brought towards the text as far as it takes to be read: many dark
 /// palettes leave links in the blue that was meant for paper.
 QColor LinkColour(const QPalette& palette) {
   const QColor base = palette.color(QPalette::Base);
   const QColor text = palette.color(QPalette::Text);
   QColor link = palette.color(QPalette::Link);
-  for (int i = 0; i < 10 && Contrast(link, base) < 4.5; ++i) link = Mix(link, text, 0.2);
+  for (int i = 0; i < 10 && Contrast(link, base) < kReadable; ++i) link = Mix(link, text, 0.2);
   return link;
 }
 
