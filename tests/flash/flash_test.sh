@@ -104,7 +104,7 @@ ends 5 'Verify Cancelled by User' verify MC_0512_AZM --port COM5 --yes=retry
 for signal in TERM HUP; do
   start_mount --line paced=on --baud 115200
   "$flash" program MC_0512 --port COM5 --device azm </dev/null >out 2>err &
-  until grep -q 'begins' home/Tarnwick.log && [ -e home/Tarnwick.unfinished ]; do sleep 0.05; done
+  until tail -n 1 home/Tarnwick.log | grep -q "writing: "; do sleep 0.05; done
   kill "-$signal" $!
   status=0
   wait $! || status=$?

@@ -88,7 +88,9 @@ PackageSignature LoadSigned(QALclass& package, const fs::path& path) {
     return JudgeSignature(*text, PackageSigners());
   }
   package.LoadQALfile(path);
-  const bool another = !package.ErrorsFound() && package.Identity().Size <= http::kLargestAnswer;
+  // What could not be read a moment ago and now can is not what was judged. An empty file has nothing to sign.
+  const auto size = package.Identity().Size;
+  const bool another = !package.ErrorsFound() && size > 0 && size <= http::kLargestAnswer;
   return {another ? State::DoesNotFit : State::None};
 }
 
