@@ -1,9 +1,10 @@
-# The simulated mount as a child of a test, on COM5 of the folder `home`. Sourced; `mount` is its program.
+# The simulated mount as a child of a test, on COM5 of the folder `home`, or what `com5` names. Sourced; `mount` is
+# its program.
 
 # start_mount OPTION ...: in the place of the one before.
 start_mount() {
   stop_mount
-  coproc MOUNT { exec "$mount" --until-eof --link home/ports/COM5 "$@" 2>mount.err; }
+  coproc MOUNT { exec "$mount" --until-eof --link "${com5-home/ports/COM5}" "$@" 2>mount.err; }
   mount_pid=$MOUNT_PID
   local told
   read -r told <&"${MOUNT[0]}"

@@ -4,28 +4,11 @@
 set -euo pipefail
 portable=$1 mount=$2 wine=$3
 com5=$WINEPREFIX/dosdevices/com5
+. "$(dirname "$(realpath "$0")")/../support/mount.sh"
 cd "$(mktemp -d)"
 trap 'stop_mount; rm -rf "$PWD" "$com5"' EXIT
 fail() { echo "FAILED: $*" >&2; tail -n 20 out err home/Tarnwick.log >&2; exit 1; }
 cp -r "$portable" home
-
-# start_mount OPTION ...: a mount on COM5; ask COMMAND: what it answers.
-start_mount() {
-  stop_mount
-  coproc MOUNT { exec "$mount" --until-eof --link "$com5" "$@" 2>mount.err; }
-  mount_pid=$MOUNT_PID
-  local told
-  read -r told <&"${MOUNT[0]}"
-}
-stop_mount() {
-  [ -z "${mount_pid-}" ] || { kill "$mount_pid" && wait "$mount_pid" || true; } 2>/dev/null
-  mount_pid=
-}
-ask() {
-  local line
-  echo "$*" >&"${MOUNT[1]}"
-  while read -r line <&"${MOUNT[0]}" && [ "$line" != end ] && [ "$line" != ok ]; do echo "$line"; done
-}
 
 # ends STATUS TEXT ARGUMENT ...: flash, with nobody to be asked, ends so, and tells TEXT on the way.
 ends() {
